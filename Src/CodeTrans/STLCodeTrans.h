@@ -105,8 +105,8 @@ extern long CodeTrans_iTransErrCnt;
 
 // Decodes `srcLen` bytes of GBK or Big5 into UTF-16LE. `dstLen` is the capacity of `dst` in bytes (0: no
 // limit) and on return the bytes written, always even and at most 2 * srcLen; the result is the same number.
-// No terminator. Output that does not fit is dropped. An encoding other than ENCODE_GBK and ENCODE_BIG5, or no
-// model, turns every pair into the code unit 0.
+// No terminator. Output that does not fit is dropped. An encoding other than ENCODE_GBK and ENCODE_BIG5, or
+// no model, turns every pair into the code unit 0.
 unsigned long GBKBig5_ToUnicode(int encoding, char const* src, unsigned long srcLen, char* dst,
                                 unsigned long& dstLen);
 
@@ -123,7 +123,8 @@ int UTF8Char_ToUnicode(char const* s, unsigned long len, wchar_t& cp);
 unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst);
 
 // Encodes `count` wide characters (zero included) as UTF-8 into a new zero-terminated block that the caller
-// frees with free(). Returns the bytes produced, terminator not counted; 0 and a null block when out of memory.
+// frees with free(). Returns the bytes produced, terminator not counted; 0 and a null block when out of
+// memory.
 unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst);
 
 // Decodes zero-terminated UTF-8 into UTF-16LE code units and returns their number. The terminator is one

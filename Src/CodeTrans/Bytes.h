@@ -1,0 +1,76 @@
+// How code units and sequences lie in byte buffers: the few rules that every codec of the engine shares.
+//
+// Callers' buffers need no alignment, so units are read and written through memcpy.
+#ifndef CODETRANS_BYTES_H
+#define CODETRANS_BYTES_H
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+// UTF-16LE code units: low byte first on every host.
+inline void StoreUnit16(char* to, unsigned unit)
+{
+    to[0] = static_cast<char>(unit & 0xFF);
+    to[1] = static_cast<char>(unit >> 8);
+}
+
+inline unsigned LoadUnit16(const char* from)
+{
+    return static_cast<unsigned char>(from[0]) | static_cast<unsigned>(static_cast<unsigned char>(from[1]))
+                                                     << 8;
+}
+
+// Wide characters in the host's own form, which is little-endian where callers exchange them as bytes.
+inline void StoreWide(void* to, wchar_t wide)
+{
+    memcpy(to, &wide, sizeof wide);
+}
+
+inline wchar_t LoadWide(const void* from)
+{
+    wchar_t wide;
+    memcpy(&wide, from, sizeof wide);
+    return wide;
+}
+
+inline bool IsContinuation(unsigned char byte)
+{
+    return (byte & 0xC0) == 0x80;
+}
+
+// The code point of a two- and a three-byte UTF-8 sequence. Only the low six bits of a continuation byte are
+// looked at.
+inline unsigned DecodeTwo(const unsigned char* s)
+{
+    return (s[0] & 0x1FU) << 6 | (s[1] & 0x3FU);
+}
+
+inline unsigned DecodeThree(const unsigned char* s)
+{
+    return (s[0] & 0x0FU) << 12 | (s[1] & 0x3FU) << 6 | (s[2] & 0x3FU);
+}
+
+constexpr char UTF8_BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
+
+inline const char* SkipByteOrderMark(const char* text)
+{
+    return strncmp(text, UTF8_BYTE_ORDER_MARK, 3) == 0 ? text + 3 : text;
+}
+
+struct CFree {
+    void operator()(void* block) const { free(block); }
+};
+
+// Zero-filled scratch memory; large blocks cost only the pages that are touched.
+template <typename Element>
+std::unique_ptr<Element[], CFree> ZeroedScratch(size_t count)
+{
+    void* block = calloc(count, sizeof(Element));
+    if (block == nullptr) throw std::bad_alloc();
+    return std::unique_ptr<Element[], CFree>(static_cast<Element*>(block));
+}
+
+#endif  // CODETRANS_BYTES_H

@@ -1,0 +1,106 @@
+// Encoding detection: one walk of the model's byte automaton over the text, then a weighing of four sums.
+//
+// Every consumed byte moves the walk to at most one new node, and that node's value alone is added: the
+// values of nodes on its failure chain are not. The code knows nothing of what text looks like; the model
+// does. A model is trusted but for two guards that a sound one never meets: an index outside the node table
+// is no transition, and a failure chain longer than the table has nodes (so it runs in a circle) is cut at
+// the root.
+#include <climits>
+
+#include "STLCodeTrans.h"
+
+namespace
+{
+// Totals over the valued nodes entered. Unsigned sums wrap where signed ones would be undefined; they are
+// read as signed.
+struct Scores {
+    unsigned sumGbk = 0, sumBig5 = 0, sumUnicode = 0, sumUtf8 = 0;
+    int positiveGbk = 0, positiveBig5 = 0, positiveUnicode = 0, positiveUtf8 = 0;
+    int nonPositiveUnicode = 0;
+    int highBytes = 0;    // bytes of 80 and above consumed
+    int decidedCode = 0;  // ends the walk when it is not 0
+
+    void Add(int value)
+    {
+        const TrieAdjustments add = UnpackTrieValue(value);
+        decidedCode = TrieValueCode(value);
+        sumGbk += static_cast<unsigned>(add.gbk);
+        sumBig5 += static_cast<unsigned>(add.big5);
+        sumUnicode += static_cast<unsigned>(add.unicode);
+        sumUtf8 += static_cast<unsigned>(add.utf8);
+        positiveGbk += add.gbk > 0;
+        positiveBig5 += add.big5 > 0;
+        positiveUnicode += add.unicode > 0;
+        positiveUtf8 += add.utf8 > 0;
+        nonPositiveUnicode += add.unicode <= 0;
+    }
+};
+
+constexpr int ROOT = 0;
+constexpr int NO_NODE = -1;
+
+// The node that `state` moves to on `byte`.
+int Child(const TrieNode* trie, unsigned nodeCount, int state, unsigned char byte)
+{
+    const unsigned child = static_cast<unsigned>(trie[state].nBase) + byte;
+    return child < nodeCount && trie[child].nCheck == state ? static_cast<int>(child) : NO_NODE;
+}
+
+int FailureLink(const TrieNode* trie, unsigned nodeCount, int state)
+{
+    const int fail = trie[state].nFail;
+    return static_cast<unsigned>(fail) < nodeCount ? fail : ROOT;
+}
+
+Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length)
+{
+    Scores scores;
+    int state = ROOT;
+    for (unsigned long i = 0; i < length && scores.decidedCode == 0; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        scores.highBytes += byte >= 0x80;
+
+        int next = Child(trie, nodeCount, state, byte);
+        for (unsigned hops = 0; next == NO_NODE && state != ROOT; ++hops) {
+            state = hops < nodeCount ? FailureLink(trie, nodeCount, state) : ROOT;
+            next = Child(trie, nodeCount, state, byte);
+        }
+        if (next == NO_NODE) continue;  // not even the root knows this byte
+        state = next;
+        if (trie[state].nValue != TRIE_VALUE_NONE) scores.Add(trie[state].nValue);
+    }
+    return scores;
+}
+
+// Candidates in this order; a later one must beat the best sum so far, so ties go to the earlier. GBK, Big5
+// and UTF-8 also need positive nodes in proportion to the high bytes; one that is refused for lack of them
+// keeps its sum in the way of the rest. UTF-16LE needs ten positive nodes for each other one and refuses
+// nobody.
+int Decide(const Scores& s)
+{
+    if (s.decidedCode != 0) return s.decidedCode;
+
+    int best = static_cast<int>(s.sumGbk);
+    int code = s.positiveGbk > s.highBytes / 4 || s.highBytes == 0 ? ENCODE_GBK : ENCODE_UNKNOWN;
+    if (const int sum = static_cast<int>(s.sumBig5); sum > best) {
+        best = sum;
+        code = s.positiveBig5 > s.highBytes / 4 ? ENCODE_BIG5 : ENCODE_UNKNOWN;
+    }
+    if (const int sum = static_cast<int>(s.sumUtf8); sum > best) {
+        best = sum;
+        code = s.positiveUtf8 > s.highBytes / 6 ? ENCODE_UTF8 : ENCODE_UNKNOWN;
+    }
+    if (static_cast<int>(s.sumUnicode) > best && (s.positiveUnicode + 9) / (s.nonPositiveUnicode + 1) > 9)
+        code = ENCODE_UNICODE;
+    return code;
+}
+}  // namespace
+
+int CodeTrans_CodeDetect(char const* buf, unsigned long len)
+{
+    // No model, or one without nodes: a root that knows no byte.
+    static constexpr TrieNode CHILDLESS = {INT_MIN, -1, ROOT, TRIE_VALUE_NONE};
+    const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());
+    if (g_pstTrieTable == nullptr || nodeCount == 0) return Decide(Walk(&CHILDLESS, 1, buf, len));
+    return Decide(Walk(g_pstTrieTable, nodeCount, buf, len));
+}

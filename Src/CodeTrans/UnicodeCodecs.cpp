@@ -1,0 +1,150 @@
+// UTF-8 to and from wide characters and UTF-16LE code units, without the C library's locales.
+//
+// Only the Basic Multilingual Plane is represented: four-byte sequences and wide characters above U+FFFF
+// vanish, surrogates are characters like any other. The two decoders differ on purpose: the one to wide
+// characters takes continuation bytes as they come, the one to UTF-16 checks them.
+#include <cstdio>
+
+#include "Bytes.h"
+#include "STLCodeTrans.h"
+
+namespace
+{
+// The one rule that turns a code point of up to 31 bits into UTF-8 bytes (one to six, RFC 2279).
+int EncodeUtf8(unsigned long cp, unsigned char* out)
+{
+    if (cp <= 0x7F) {
+        out[0] = static_cast<unsigned char>(cp);
+        return 1;
+    }
+    const int length = cp <= 0x7FF ? 2 : cp <= 0xFFFF ? 3 : cp <= 0x1FFFFF ? 4 : cp <= 0x3FFFFFF ? 5 : 6;
+    for (int i = length - 1; i > 0; --i, cp >>= 6) out[i] = static_cast<unsigned char>(0x80 | (cp & 0x3F));
+    // As many leading one bits as bytes, then a zero bit, then what is left of the code point.
+    out[0] = static_cast<unsigned char>((0xFF00U >> length & 0xFF) | cp);
+    return length;
+}
+
+// A zero-terminated text decoded up to its first zero character.
+std::wstring DecodeToWide(const char* src)
+{
+    // Each source byte yields one wide character at most; the terminator takes half of the one more.
+    const auto scratch = ZeroedScratch<wchar_t>(strlen(src) + 1);
+    utf8_to_unicode(reinterpret_cast<unsigned char*>(const_cast<char*>(src)), scratch.get());
+    return scratch.get();
+}
+
+void DumpByte(unsigned char byte)
+{
+    printf("%02X", byte);
+}
+}  // namespace
+
+unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst)
+{
+    const unsigned long length = strlen(reinterpret_cast<const char*>(src));
+    char* const out = reinterpret_cast<char*>(dst);
+    unsigned long written = 0;
+    const auto put = [&](unsigned cp) {
+        StoreWide(out + written, static_cast<wchar_t>(cp));
+        written += sizeof(wchar_t);
+    };
+    for (unsigned long i = 0; i < length; ++i) {
+        if (src[i] <= 0x7F) {
+            put(src[i]);
+        } else if ((src[i] & 0xE0) == 0xC0 && i + 1 < length) {
+            put(DecodeTwo(src + i));
+            i += 1;
+        } else if ((src[i] & 0xF0) == 0xE0 && i + 2 < length) {
+            put(DecodeThree(src + i));
+            i += 2;
+        }
+    }
+    // Half a wide character on purpose: a caller who needs a whole one zeroes the destination first.
+    out[written] = out[written + 1] = 0;
+    return written;
+}
+
+unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst)
+{
+    const bool representable = count < static_cast<unsigned long>(PTRDIFF_MAX) / 3;
+    *dst = representable ? static_cast<unsigned char*>(calloc(3 * count + 1, 1)) : nullptr;
+    if (*dst == nullptr) return 0;
+
+    unsigned long written = 0;
+    for (unsigned long i = 0; i < count; ++i) {
+        // As unsigned, negative values are above U+FFFF and dropped with the rest of those.
+        const auto cp = static_cast<unsigned>(LoadWide(src + i));
+        if (cp <= 0xFFFF) written += static_cast<unsigned long>(EncodeUtf8(cp, *dst + written));
+    }
+    return written;
+}
+
+int utf8tou(char* src, char* dst)
+{
+    const auto* s = reinterpret_cast<const unsigned char*>(src);
+    int units = 0;
+    const auto put = [&](unsigned cp) {
+        StoreUnit16(dst, cp);
+        dst += 2;
+        ++units;
+    };
+    // The zero terminator is no continuation byte, so no look ahead passes it.
+    while (*s != 0) {
+        if (*s <= 0x7F) {
+            put(*s);
+            s += 1;
+        } else if ((*s & 0xE0) == 0xC0 && IsContinuation(s[1])) {
+            put(DecodeTwo(s));
+            s += 2;
+        } else if ((*s & 0xF0) == 0xE0 && IsContinuation(s[1]) && IsContinuation(s[2])) {
+            put(DecodeThree(s));
+            s += 3;
+        } else if ((*s & 0xF8) == 0xF0 && IsContinuation(s[1]) && IsContinuation(s[2]) &&
+                   IsContinuation(s[3])) {
+            s += 4;
+        } else {
+            s += 1;
+        }
+    }
+    *dst = 0;  // one byte, not a code unit
+    return units;
+}
+
+int unicode_to_utf8_one(unsigned long cp, unsigned char* out, int outSize)
+{
+    constexpr int LONGEST = 6;
+    if (out == nullptr || outSize < LONGEST || cp > 0x7FFFFFFF) return 0;
+    return EncodeUtf8(cp, out);
+}
+
+std::wstring utf8_to_unicode(char const* src)
+{
+    return DecodeToWide(src);
+}
+
+std::wstring UtfStr2Unicode(char const* src)
+{
+    return DecodeToWide(SkipByteOrderMark(src));
+}
+
+std::string unicode_to_utf8(std::wstring src)
+{
+    unsigned char* block = nullptr;
+    unicode_to_utf8(src.data(), src.size(), &block);
+    const std::unique_ptr<unsigned char, CFree> owner(block);
+    if (block == nullptr) throw std::bad_alloc();
+    return reinterpret_cast<const char*>(block);
+}
+
+void dump_utf8(unsigned char* text)
+{
+    for (; *text != 0; ++text) DumpByte(*text);
+    putchar('\n');
+}
+
+void dump_unicode(wchar_t* text, unsigned long size)
+{
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+    for (unsigned long i = 0; i < size; ++i) DumpByte(bytes[i]);
+    putchar('\n');
+}

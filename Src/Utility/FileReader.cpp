@@ -1,0 +1,114 @@
+// Reading a file, or a stretch of it, into memory in one piece.
+//
+// The result of a read is the number of bytes asked for, even where the file had fewer. The string form drops
+// every zero byte, so a UTF-16LE file reaches its caller without them.
+#include <strings.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "Utility.h"
+#include "global_linux.h"
+
+CReadFile::CReadFile()
+    : m_fpFileRead(nullptr),
+      m_mutex(PTHREAD_MUTEX_INITIALIZER),
+      m_nReaderCount(0),
+      m_bOpening(false),
+      m_nFileSize(0)
+{
+}
+
+CReadFile::~CReadFile()
+{
+    pthread_mutex_destroy(&m_mutex);
+    if (m_fpFileRead != nullptr) fclose(m_fpFileRead);
+}
+
+bool CReadFile::Holds(const char* name)
+{
+    const CMutexGuard guard(m_mutex);
+    return strcasecmp(name, m_sFileName.c_str()) == 0;
+}
+
+bool CReadFile::Open(const char* name)
+{
+    while (m_nReaderCount >= 1) YieldProcessor();
+    FILE* const file = fopen(name, "rb");
+    if (file == nullptr) {
+        m_bOpening = false;
+        WriteLog(std::string("Failed open file  ") + name, nullptr, false);
+        return false;
+    }
+
+    const CMutexGuard guard(m_mutex);
+    m_bOpening = true;
+    if (m_fpFileRead != nullptr) fclose(m_fpFileRead);
+    m_fpFileRead = file;
+    m_nFileSize = FileSize(file);
+    if (m_nFileSize < 0) {
+        m_nFileSize = 0;
+        WriteError("_fstat( _fileno(m_fpFileRead) failed", nullptr);
+        WriteError(name, nullptr);
+    }
+    m_sFileName = name;
+    m_bOpening = false;
+    return true;
+}
+
+long CReadFile::ReadHeld(char* buffer, long nOffset, unsigned long nReadSize)
+{
+    const CMutexGuard guard(m_mutex);
+    if (m_fpFileRead == nullptr) {
+        buffer[0] = 0;
+        return 0;
+    }
+    ++m_nReaderCount;
+    fseek(m_fpFileRead, nOffset, SEEK_SET);
+    const size_t supplied = fread(buffer, 1, nReadSize, m_fpFileRead);
+    memset(buffer + supplied, 0, nReadSize - supplied + 1);
+    --m_nReaderCount;
+    return static_cast<long>(nReadSize);
+}
+
+long CReadFile::ReadFile(const char* name, char** buffer, long nOffset, unsigned long nReadSize, bool bWhole)
+{
+    while (m_bOpening) YieldProcessor();
+    if (!Holds(name) && !Open(name)) return 0;
+
+    const unsigned long count =
+        nReadSize == 0 && bWhole ? static_cast<unsigned long>(m_nFileSize) : nReadSize;
+    *buffer = count < LONG_MAX ? new (std::nothrow) char[count + 1] : nullptr;
+    if (*buffer == nullptr) return 0;
+    return ReadHeld(*buffer, nOffset, count);
+}
+
+long CReadFile::ReadFile(const char* name, std::string& content, long nOffset, unsigned long nReadSize,
+                         bool bWhole)
+{
+    char* block = nullptr;
+    const long count = ReadFile(name, &block, nOffset, nReadSize, bWhole);
+    const std::unique_ptr<char[]> buffer(block);
+    if (count > 0) {
+        char* const kept = std::remove(block, block + count, '\0');
+        content.assign(block, kept);
+        return static_cast<long>(content.size());
+    }
+    content.clear();
+    g_sLastErrorMessage = std::string("Error read file ") + name;
+    WriteError(g_sLastErrorMessage, nullptr);
+    return 0;
+}
+
+long ReadFile(const char* name, char** buffer, long nOffset, unsigned long nReadSize, bool bWhole)
+{
+    return CReadFile().ReadFile(name, buffer, nOffset, nReadSize, bWhole);
+}
+
+long ReadFile(const char* name, std::string& content, long nOffset, unsigned long nReadSize, bool bWhole)
+{
+    return CReadFile().ReadFile(name, content, nOffset, nReadSize, bWhole);
+}
