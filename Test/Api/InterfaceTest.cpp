@@ -95,10 +95,10 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
         {"zero bytes go first", ENCODE_GBK, "x\0y\0"_b, ENCODE_GBK, "xy", 2},
         {"Unicode to Unicode", ENCODE_UNICODE, "xy", ENCODE_UNICODE, mark16 + "xy\0\0\0\0\0\0\0\0\0"_b, 11},
         {"Unicode to GBK", ENCODE_UNICODE, "xyz", ENCODE_GBK,
-         "\xA1\xA1"
+         "\xBB\xF6"
          "z",
          3},
-        {"Unicode to UTF-8", ENCODE_UNICODE, "x\1\1", ENCODE_UTF8, mark8, 0},
+        {"Unicode to UTF-8", ENCODE_UNICODE, "x\1\1", ENCODE_UTF8, mark8 + "\0\0"_b, 2},
         {"undecided to UTF-8", ENCODE_UTF8, "\xFF\xFF", ENCODE_UTF8, mark8, 0},
         {"undecided to GBK", ENCODE_UTF8, "\xFF\xFF", ENCODE_GBK, "", 0},
         {"no such target", ENCODE_UTF8, "x", ENCODE_BIG5, "", 0},
