@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <functional>
+#include <memory>
 
 #include "Utility.h"
 
@@ -17,7 +18,8 @@ class Interface : public testing::Test
 protected:
     Interface() { g_sLogPath.clear(); }
     ~Interface() override { TQ_Exit(); }
-    static std::string LastError() { return TQ_GetLastErrorMsg(); }
+    // The library keeps each copy for the life of the process; freed here for the leak checker's sake.
+    static std::string LastError() { return std::unique_ptr<const char[]>(TQ_GetLastErrorMsg()).get(); }
     // A model whose detection gives `code` for any text with the byte 'x', ENCODE_UNKNOWN for others with
     // high bytes.
     static void LoadDecidingFor(int code)
@@ -148,9 +150,9 @@ void ExpectWithLittleMemory(rlim_t bytes, const std::function<bool()>& expectati
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
-#ifndef __SANITIZE_ADDRESS__  // whose shadow memory needs more than any such limit
 TEST_F(Interface, ShortMemoryIsAResultNotACrash)
 {
+    if (IsSanitized()) GTEST_SKIP() << "shadow memory needs more than any such limit";
     LoadDecidingFor(ENCODE_UTF8);
     constexpr size_t SIZE = 100 << 20;
     WriteBytes("in", std::string(SIZE, 'x'));
@@ -166,7 +168,6 @@ TEST_F(Interface, ShortMemoryIsAResultNotACrash)
     ExpectWithLittleMemory(300 << 20,
                            [&] { return TQ_ToGBK(gbk.data(), SIZE, out.data(), 8, ENCODE_UTF8) == 0; });
 }
-#endif
 
 TEST_F(Interface, SamplesConvertToTheSameText)
 {

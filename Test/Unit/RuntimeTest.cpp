@@ -1,8 +1,8 @@
 // Runtime support: names, the reader, log files, the last-error text and returned buffers.
 #include <malloc.h>
 
+#include <algorithm>
 #include <ctime>
-#include <regex>
 #include <thread>
 
 #include "Support.h"
@@ -162,24 +162,27 @@ TEST_F(Runtime, LogsGoToDatedFiles)
     EXPECT_EQ(Messages(".err", "logs"), "named\n");
 }
 
+std::string DigitsAsZero(std::string text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+    return text;
+}
+
 TEST_F(Runtime, LogsThatCannotBeWrittenArePrinted)
 {
     testing::internal::CaptureStdout();
     WriteError("message", "/no/such");
     WriteLog(static_cast<FILE*>(nullptr), "to no stream");
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(std::regex_match(
-        printed, std::regex("\\[[-0-9]{10} [:0-9]{8}\\] message\nCannot write log file "
-                            "/no/such/[0-9]{8}\\.err!\r\n"
-                            "\\[[-0-9]{10} [:0-9]{8}\\] to no stream\nCannot write log file!\r\n")))
-        << printed;
+    EXPECT_EQ(DigitsAsZero(testing::internal::GetCapturedStdout()),
+              "[0000-00-00 00:00:00] message\nCannot write log file /no/such/00000000.err!\r\n"
+              "[0000-00-00 00:00:00] to no stream\nCannot write log file!\r\n");
 
     FILE* const stream = fopen("stream", "w");
     g_bLog = false;
     WriteLog(stream, "to a stream");
     fclose(stream);
-    EXPECT_TRUE(
-        std::regex_match(ReadBytes("stream"), std::regex("\\[[-0-9]{10} [:0-9]{8}\\] to a stream\n")));
+    EXPECT_EQ(DigitsAsZero(ReadBytes("stream")), "[0000-00-00 00:00:00] to a stream\n");
 }
 
 TEST_F(Runtime, LastErrorTextIsCopied)
@@ -209,19 +212,19 @@ TEST_F(Runtime, BufferManagerFreesTheOldestInBatches)
     EXPECT_NE(copy, text.c_str());
     EXPECT_EQ(copy, text);
 
-    // Freed memory shows by what the sanitizer build says of reading it, and here by what the allocator hands
-    // out again.
+    // What is freed shows by what the allocator holds, and in the sanitizers' build by the reads below.
     std::vector<char*> buffers;
-    for (int i = 0; i < 19998; ++i) buffers.push_back(manager.AddBuffer(new char[1000]()));
-    const size_t heldBefore = mallinfo2().uordblks;
+    for (int i = 0; i < 19997; ++i) buffers.push_back(manager.AddBuffer(new char[1000]()));
+    const size_t held = mallinfo2().uordblks;
     manager.ReleaseBuf(false);
-    EXPECT_EQ(mallinfo2().uordblks, heldBefore) << "20,001 entries are not yet too many";
+    manager.AddBuffer(static_cast<char*>(nullptr));
+    EXPECT_EQ(mallinfo2().uordblks, held) << "20,001 entries are not yet too many";
     EXPECT_EQ(*copy, 't');
-    manager.AddBuffer(new char[1]);
-    EXPECT_LT(mallinfo2().uordblks, heldBefore - 9990UL * 1000) << "one more, and the oldest 10,000 go";
-    EXPECT_EQ(*buffers[9998], 0) << "the later ones stay";
+    manager.AddBuffer(static_cast<char*>(nullptr));
+    EXPECT_LE(mallinfo2().uordblks, held - (IsSanitized() ? 0 : 9990UL * 1000)) << "one more, and 10,000 go";
+    EXPECT_EQ(*buffers[9997], 0) << "the later ones stay";
     manager.ReleaseBuf(true);
-    EXPECT_LT(mallinfo2().uordblks, heldBefore - 19900UL * 1000);
+    EXPECT_LE(mallinfo2().uordblks, held - (IsSanitized() ? 0 : 19900UL * 1000));
     manager.ReleaseBuf(true);
 }
 }  // namespace

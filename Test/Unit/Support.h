@@ -18,6 +18,16 @@
 
 #include "STLCodeTrans.h"
 
+// The sanitizers bring an allocator of their own, which needs more memory and keeps other books.
+constexpr bool IsSanitized()
+{
+#ifdef __SANITIZE_ADDRESS__
+    return true;
+#else
+    return false;
+#endif
+}
+
 // "\x41\0"_b keeps its zero bytes.
 inline std::string operator""_b(const char* text, size_t size)
 {
@@ -52,7 +62,7 @@ private:
 class GuardedBuffer
 {
 public:
-    explicit GuardedBuffer(size_t size) : m_size(size)
+    explicit GuardedBuffer(size_t size)
     {
         const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
         m_mapped = (size / page + 2) * page;
@@ -72,7 +82,7 @@ public:
     std::string str(size_t size) const { return std::string(m_data, size); }
 
 private:
-    size_t m_size, m_mapped;
+    size_t m_mapped;
     char *m_base, *m_data;
 };
 
