@@ -72,8 +72,7 @@ unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned 
 
     unsigned long written = 0;
     for (unsigned long i = 0; i < count; ++i) {
-        // As unsigned, negative values are above U+FFFF and dropped with the rest of those.
-        const auto cp = static_cast<unsigned>(LoadWide(src + i));
+        const unsigned cp = LoadWide(src + i);
         if (cp <= 0xFFFF) written += static_cast<unsigned long>(EncodeUtf8(cp, *dst + written));
     }
     return written;

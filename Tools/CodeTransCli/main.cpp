@@ -111,9 +111,8 @@ int Convert(const std::string& in, const std::string& out, int target)
         Complain(out, std::to_string(result.lost) + " characters have no place in " + EncodingName(target));
     return LOSSY;
 }
-}  // namespace
 
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     CLI::App app{"Tells GBK, Big5, UTF-8 and UTF-16LE text apart and converts it.", "codetrans"};
     app.require_subcommand(1);
@@ -146,4 +145,15 @@ int main(int argc, char** argv)
     }
     if (!LoadModel(directory)) return FAILED;
     return detect->parsed() ? Detect(files) : Convert(in, out, target);
+}
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "codetrans: " << error.what() << '\n';
+        return FAILED;
+    }
 }
