@@ -79,7 +79,7 @@ std::string Utf8Text(const std::string& bytes, int code)
 void Show(const fs::path& source, const char* how, int64_t size, const std::string& utf8)
 {
     const std::string line = utf8.substr(0, utf8.find('\n'));
-    printf("  %-18s %-17s %6lld bytes  %s\n", source.filename().c_str(), how, static_cast<long long>(size),
+    printf("  %-20s %-17s %6lld bytes  %s\n", source.filename().c_str(), how, static_cast<long long>(size),
            line.c_str());
 }
 

@@ -18,6 +18,11 @@ bool StartsWithUtf8Character(const std::string& path)
     return path.size() >= 3 && OpensUtf8(path) && IsUtf8Tail(ByteAt(path, 2));
 }
 
+bool LeadAfterAscii(const std::string& path)
+{
+    return path.size() == 2 && ByteAt(path, 0) < 0x80 && ByteAt(path, 1) > 0x80 && ByteAt(path, 1) < 0xA0;
+}
+
 void AddState(StateValues& states, Region region, const std::string& path)
 {
     for (size_t length = 0; length <= path.size(); ++length)
@@ -27,7 +32,8 @@ void AddState(StateValues& states, Region region, const std::string& path)
 StateValues BasicStates()
 {
     StateValues states;
-    for (const Region region : {REGION_START, REGION_AFTER, REGION_THIRD, REGION_MAIN, REGION_SECOND})
+    for (const Region region : {REGION_START, REGION_AFTER, REGION_UNIT, REGION_NEXT_UNIT, REGION_THIRD, REGION_MAIN,
+                                REGION_SECOND})
         AddState(states, region, "");
     for (int byte = 0; byte < 256; ++byte)
         for (const Region region : {REGION_START, REGION_MAIN})
@@ -41,6 +47,7 @@ namespace
 StateName WithoutFirstUnit(const std::string& path)
 {
     if (path.size() < 2) return {REGION_MAIN, ""};
+    if (LeadAfterAscii(path)) return {REGION_UNIT, path.substr(1)};
     if (!StartsWithUtf8Character(path))
         return path.size() == 2 && OpensUtf8(path) ? StateName{REGION_THIRD, ""}
                                                    : StateName{REGION_MAIN, path.substr(2)};
@@ -58,6 +65,11 @@ StateName FallBack(const StateName& state)
         case REGION_AFTER:
             if (path.size() < 2) return {REGION_MAIN, path};
             return IsUtf8Lead(ByteAt(path, 1)) ? StateName{REGION_SECOND, path.substr(1)} : StateName{REGION_MAIN, ""};
+        case REGION_UNIT:
+            return path.size() == 2 ? StateName{REGION_NEXT_UNIT, path.substr(1)} : StateName{REGION_MAIN, ""};
+        case REGION_NEXT_UNIT:
+            if (path.size() == 2 && ByteAt(path, 1) > 0x80 && ByteAt(path, 1) < 0xA0) return {REGION_UNIT, path.substr(1)};
+            return {REGION_MAIN, ""};
         case REGION_SECOND:
             if (path.size() < 2) return {REGION_MAIN, ""};
             if (path.size() == 2) return {OpensUtf8(path) ? REGION_MAIN : REGION_AFTER, path.substr(1)};

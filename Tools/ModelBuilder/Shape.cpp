@@ -38,6 +38,17 @@ void AddUnicode(StateValues& states, const CEncoder& encoder)
     AddState(states, REGION_MAIN, "\xFF\xFE");
 }
 
+// The states that keep UTF-16LE apart from ASCII with two-byte text behind it.
+void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
+{
+    for (unsigned lead = 0x81; lead < 0xA0; ++lead)
+        for (unsigned trail = 0x40; trail < 0x100; ++trail) AddState(states, REGION_UNIT, Bytes(lead, trail));
+    for (const wchar_t character : common) {
+        const auto code = static_cast<unsigned>(character);
+        if ((code & 0xFF) >= 0x40) AddState(states, REGION_NEXT_UNIT, Bytes(code & 0xFF, code >> 8));
+    }
+}
+
 void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
 {
     for (const wchar_t character : common) {
@@ -69,6 +80,7 @@ StateValues ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>&
     StateValues states = BasicStates();
     AddPairs(states);
     AddUnicode(states, encoder);
+    AddUnits(states, common);
     AddUtf8(states, common);
     AddMarks(states);
     return states;
@@ -80,9 +92,13 @@ bool CarriesValue(const StateName& state)
     switch (state.region) {
         case REGION_START: return false;
         case REGION_THIRD: return path.size() == 1;
+        case REGION_UNIT:
+        case REGION_NEXT_UNIT:
         case REGION_AFTER: return path.size() == 2;
         case REGION_SECOND: return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
-        case REGION_MAIN: return path.size() % 2 == 0 ? !path.empty() : path.size() == 3 && StartsWithUtf8Character(path);
+        case REGION_MAIN:
+            if (path == "\n" || path == "\r" || path == " ") return true;
+            return path.size() % 2 == 0 ? !path.empty() : path.size() == 3 && StartsWithUtf8Character(path);
     }
     return false;
 }

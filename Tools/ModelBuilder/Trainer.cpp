@@ -153,9 +153,12 @@ private:
         const Weights w = Total(f);
         const std::array<uint32_t, CANDIDATES>& seen = m_seen[f];
         if (m_ascii[f]) {
+            // The UTF-16LE digit stays positive, lest one such character cost a text its ten to one; what it lacks is
+            // added to the other three, which stay equal.
             const int digit = static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT));
-            if (seen[CANDIDATE_UNICODE] == 0 && digit >= 0) return TRIE_VALUE_NONE;
-            return PackTrieValue(0, {0, 0, std::clamp(digit, -9, 10), 0}) | (digit == 0 ? TRIE_VALUE_COUNTED : 0);
+            if (digit == 0) return TRIE_VALUE_NONE;
+            const int others = std::clamp(1 - digit, 0, 10);
+            return PackTrieValue(0, {others, others, std::clamp(digit, 1, 10), others});
         }
         std::array<int, CANDIDATES> digit;
         int least = 100, most = -100;
