@@ -10,7 +10,6 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <optional>
 
@@ -43,15 +42,16 @@ void Complain(const std::string& file, const std::string& what)
 
 std::optional<std::string> ReadBytes(const std::string& name)
 {
-    std::ifstream file(name, std::ios::binary);
     std::string bytes;
-    if (file) bytes.assign(std::istreambuf_iterator<char>(file), {});
-    // A directory opens, but cannot be read.
-    if (!file || (bytes.empty() && file.peek() == EOF && errno == EISDIR)) {
-        Complain(name, strerror(errno));
-        return std::nullopt;
+    char block[65536];
+    FILE* const file = fopen(name.c_str(), "rb");
+    if (file != nullptr) {
+        while (const size_t size = fread(block, 1, sizeof block, file)) bytes.append(block, size);
     }
-    return bytes;
+    const bool failed = file == nullptr || ferror(file) != 0;
+    if (failed) Complain(name, strerror(errno));
+    if (file != nullptr) fclose(file);
+    return failed ? std::nullopt : std::optional(std::move(bytes));
 }
 
 bool WriteBytes(const std::string& name, const std::string& bytes)
