@@ -30,9 +30,10 @@ inline void StoreWide(void* to, wchar_t wide)
     memcpy(to, &wide, sizeof wide);
 }
 
-inline wchar_t LoadWide(const void* from)
+// Negative ones come out above every code point.
+inline unsigned LoadWide(const void* from)
 {
-    wchar_t wide;
+    unsigned wide;
     memcpy(&wide, from, sizeof wide);
     return wide;
 }

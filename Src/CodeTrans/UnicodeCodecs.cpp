@@ -70,8 +70,7 @@ unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned 
     if (FastPathsOn()) at = FastWideToUtf8(src, count, *dst);
     auto [read, written] = at;
     for (; read < count; ++read) {
-        // As unsigned, negative values are above U+FFFF and dropped with the rest of those.
-        const auto cp = static_cast<unsigned>(LoadWide(src + read));
+        const unsigned cp = LoadWide(src + read);
         if (cp <= 0xFFFF) written += static_cast<unsigned long>(EncodeUtf8(cp, *dst + written));
     }
     (*dst)[written] = 0;

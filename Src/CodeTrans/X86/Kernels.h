@@ -299,7 +299,7 @@ inline TARGET_AVX2 unsigned long WideToUnits(const wchar_t* src, unsigned long c
         const __m256i first = Load32(src + read), second = Load32(src + read + 8);
         if (!_mm256_testz_si256(_mm256_or_si256(first, second), tooHigh)) {
             for (unsigned long i = read; i < read + 16; ++i) {
-                const auto cp = static_cast<unsigned>(LoadWide(src + i));
+                const unsigned cp = LoadWide(src + i);
                 units[written] = static_cast<uint16_t>(cp);
                 written += cp <= 0xFFFF;
             }
@@ -309,7 +309,7 @@ inline TARGET_AVX2 unsigned long WideToUnits(const wchar_t* src, unsigned long c
         written += 16;
     }
     for (; read < count; ++read) {
-        const auto cp = static_cast<unsigned>(LoadWide(src + read));
+        const unsigned cp = LoadWide(src + read);
         units[written] = static_cast<uint16_t>(cp);
         written += cp <= 0xFFFF;
     }

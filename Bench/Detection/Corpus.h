@@ -1,0 +1,23 @@
+// The judge's samples: pieces of texts that the trainer never saw, encoded, with the right answer.
+//
+// Each sample belongs to a test (what is measured), a kind (what text) and a length. The same seed gives the same
+// samples. Text is kept as UTF-16 code units, so that all detectors get the very same characters.
+#ifndef BENCH_DETECTION_CORPUS_H
+#define BENCH_DETECTION_CORPUS_H
+
+#include <string>
+#include <vector>
+
+struct JudgedSample {
+    std::string test;      // windows, sparse, pieces, files, lines, ascii, foreign, mark
+    std::string encoding;  // gbk, big5, utf8, utf16, or none where "undecided" is right
+    std::string kind;      // script/kind of text
+    int length = 0;        // characters or bytes, 0 for whole files
+    std::string bytes;
+    int answer = 0;  // the library's code
+};
+
+// Draws `count` samples for each test, encoding, kind and length from `folder`, as fetch-judge-texts left it.
+std::vector<JudgedSample> DrawSamples(const std::string& folder, int count);
+
+#endif  // BENCH_DETECTION_CORPUS_H

@@ -1,0 +1,106 @@
+// Named states and their failure links; see Automaton.h.
+#include "Automaton.h"
+
+#include <stdexcept>
+
+bool IsUtf8Lead(unsigned byte)
+{
+    return byte >= 0xC2 && byte <= 0xEF;
+}
+
+bool OpensUtf8(const std::string& path)
+{
+    return path.size() >= 2 && ByteAt(path, 0) >= 0xE0 && ByteAt(path, 0) <= 0xEF && IsUtf8Tail(ByteAt(path, 1));
+}
+
+bool StartsWithUtf8Character(const std::string& path)
+{
+    return path.size() >= 3 && OpensUtf8(path) && IsUtf8Tail(ByteAt(path, 2));
+}
+
+bool LeadAfterAscii(const std::string& path)
+{
+    return path.size() == 2 && ByteAt(path, 0) < 0x80 && ByteAt(path, 1) > 0x80 && ByteAt(path, 1) < 0xA0;
+}
+
+void AddState(StateValues& states, Region region, const std::string& path)
+{
+    for (size_t length = 0; length <= path.size(); ++length)
+        states.try_emplace({region, path.substr(0, length)}, TRIE_VALUE_NONE);
+}
+
+StateValues BasicStates()
+{
+    StateValues states;
+    for (const Region region : {REGION_START, REGION_AFTER, REGION_UNIT, REGION_NEXT_UNIT, REGION_THIRD, REGION_MAIN,
+                                REGION_SECOND})
+        AddState(states, region, "");
+    for (int byte = 0; byte < 256; ++byte)
+        for (const Region region : {REGION_START, REGION_MAIN})
+            AddState(states, region, std::string(1, static_cast<char>(byte)));
+    return states;
+}
+
+namespace
+{
+// What a state of M means once its first unit is given up: the rest of its bytes, read from where that unit ended.
+StateName WithoutFirstUnit(const std::string& path)
+{
+    if (path.size() < 2) return {REGION_MAIN, ""};
+    if (LeadAfterAscii(path)) return {REGION_UNIT, path.substr(1)};
+    if (!StartsWithUtf8Character(path))
+        return path.size() == 2 && OpensUtf8(path) ? StateName{REGION_THIRD, ""}
+                                                   : StateName{REGION_MAIN, path.substr(2)};
+    if (path.size() <= 4) return {REGION_AFTER, path.substr(2)};
+    return {REGION_SECOND, path.substr(3)};
+}
+
+StateName FallBack(const StateName& state)
+{
+    const std::string& path = state.path;
+    switch (state.region) {
+        case REGION_START: return {path.empty() ? REGION_START : REGION_MAIN, path};
+        case REGION_MAIN: return path.empty() ? StateName{REGION_START, ""} : WithoutFirstUnit(path);
+        case REGION_THIRD: return path.empty() ? StateName{REGION_MAIN, ""} : StateName{REGION_AFTER, path};
+        case REGION_AFTER:
+            if (path.size() < 2) return {REGION_MAIN, path};
+            return IsUtf8Lead(ByteAt(path, 1)) ? StateName{REGION_SECOND, path.substr(1)} : StateName{REGION_MAIN, ""};
+        case REGION_UNIT:
+            return path.size() == 2 ? StateName{REGION_NEXT_UNIT, path.substr(1)} : StateName{REGION_MAIN, ""};
+        case REGION_NEXT_UNIT:
+            if (path.size() == 2 && ByteAt(path, 1) > 0x80 && ByteAt(path, 1) < 0xA0) return {REGION_UNIT, path.substr(1)};
+            return {REGION_MAIN, ""};
+        case REGION_SECOND:
+            if (path.size() < 2) return {REGION_MAIN, ""};
+            if (path.size() == 2) return {OpensUtf8(path) ? REGION_MAIN : REGION_AFTER, path.substr(1)};
+            return {REGION_MAIN, path.substr(3)};
+    }
+    throw std::logic_error("no such region");
+}
+
+// Follows the rules until they name a state that exists.
+StateName ExistingFallBack(const StateValues& states, const StateName& state)
+{
+    StateName target = FallBack(state);
+    while (!states.contains(target)) target = FallBack(target);
+    return target;
+}
+}  // namespace
+
+std::vector<PackableState> LinkStates(const StateValues& states)
+{
+    std::map<StateName, int> numbers;
+    for (const auto& [name, value] : states) numbers.emplace(name, static_cast<int>(numbers.size()));
+    std::vector<PackableState> linked;
+    for (const auto& [name, value] : states) {
+        PackableState state;
+        if (!name.path.empty()) {
+            state.parent = numbers.at({name.region, name.path.substr(0, name.path.size() - 1)});
+            state.byte = static_cast<uint8_t>(name.path.back());
+        }
+        state.fail = numbers.at(ExistingFallBack(states, name));
+        state.value = value;
+        linked.push_back(state);
+    }
+    return linked;
+}

@@ -1,0 +1,66 @@
+// The list of patterns as text; see Patterns.h.
+#include "Patterns.h"
+
+#include <sstream>
+#include <stdexcept>
+
+#include "TextFile.h"
+
+namespace
+{
+std::string ValueText(int value)
+{
+    if (value == TRIE_VALUE_NONE) return "-";
+    const TrieAdjustments add = UnpackTrieValue(value);
+    std::string text = std::to_string(add.gbk) + ',' + std::to_string(add.big5) + ',' + std::to_string(add.unicode) +
+                       ',' + std::to_string(add.utf8);
+    if (value & TRIE_VALUE_COUNTED) text += '*';
+    if (TrieValueCode(value) != 0) text += '!' + std::to_string(TrieValueCode(value));
+    return text;
+}
+
+int ParseValue(const std::string& text)
+{
+    if (text == "-") return TRIE_VALUE_NONE;
+    std::istringstream in(text);
+    TrieAdjustments add{};
+    char comma;
+    in >> add.gbk >> comma >> add.big5 >> comma >> add.unicode >> comma >> add.utf8;
+    if (!in) throw std::runtime_error("no value: " + text);
+    int code = 0;
+    const size_t mark = text.find('!');
+    if (mark != std::string::npos) code = std::stoi(text.substr(mark + 1));
+    return PackTrieValue(code, add) | (text.find('*') == std::string::npos ? 0 : TRIE_VALUE_COUNTED);
+}
+}  // namespace
+
+void WritePatterns(const StateValues& states, const std::string& path)
+{
+    std::map<StateName, std::string> lines;  // by parent
+    for (const auto& [name, value] : states) {
+        if (name.path.empty()) continue;
+        std::string& line = lines[{name.region, name.path.substr(0, name.path.size() - 1)}];
+        line += ' ' + ToHex(name.path.substr(name.path.size() - 1)) + ':' + ValueText(value);
+    }
+    std::string out = "# The detector's states: REGION PATH, then BYTE:GBK,BIG5,UTF-16LE,UTF-8 of each child\n"
+                      "# DO NOT EDIT: made by ModelBuilder train\n";
+    for (const auto& [parent, line] : lines)
+        out += std::string(1, parent.region) + ' ' + (parent.path.empty() ? "-" : ToHex(parent.path)) + line + '\n';
+    WriteFile(path, out);
+}
+
+StateValues ReadPatterns(const std::string& path)
+{
+    StateValues states = BasicStates();
+    for (const std::string& line : ReadLines(path)) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream cells(line);
+        char region;
+        std::string parent, cell;
+        cells >> region >> parent;
+        const std::string prefix = parent == "-" ? "" : FromHex(parent);
+        while (cells >> cell)
+            states[{static_cast<Region>(region), prefix + FromHex(cell.substr(0, 2))}] = ParseValue(cell.substr(3));
+    }
+    return states;
+}

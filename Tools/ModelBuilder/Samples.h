@@ -1,0 +1,44 @@
+// Training samples: text of many kinds and lengths, encoded, with the answer that the detector should give.
+//
+// Everything is drawn from the statistics with a seeded generator, so sample n of a seed is the same everywhere.
+#ifndef MODEL_BUILDER_SAMPLES_H
+#define MODEL_BUILDER_SAMPLES_H
+
+#include <map>
+#include <string>
+
+#include "Encoder.h"
+#include "Sampler.h"
+
+struct Sample {
+    std::string bytes;
+    Candidate answer = CANDIDATE_GBK;
+};
+
+class CSampleSource
+{
+public:
+    CSampleSource(const std::string& statistics, const CEncoder& encoder);
+
+    // Chinese text in one of the four encodings, or ASCII alone (answer GBK).
+    Sample Draw(CRandom& random) const;
+
+    // Text of another language in an encoding that is none of ours; empty when the draw was not encodable.
+    std::string DrawForeign(CRandom& random) const;
+
+    // `bytes` of pure ASCII of some kind.
+    std::string Ascii(size_t length, CRandom& random) const;
+
+    const CSampler& Class(const std::string& name) const { return m_classes.at(name); }
+
+private:
+    std::wstring Chinese(bool traditional, size_t length, CRandom& random) const;
+    std::wstring Sparse(bool traditional, size_t length, CRandom& random) const;
+    void AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const;
+
+    const CEncoder& m_encoder;
+    std::map<std::string, CSampler> m_classes;
+    std::vector<wchar_t> m_levels[3];  // frequent, less frequent and rare hanzi by GBK's zones
+};
+
+#endif  // MODEL_BUILDER_SAMPLES_H

@@ -1,0 +1,121 @@
+// The states of the detector; see Shape.h.
+#include "Shape.h"
+
+#include <algorithm>
+
+#include "TextFile.h"
+
+namespace
+{
+std::string Bytes(unsigned first, unsigned second)
+{
+    return {static_cast<char>(first), static_cast<char>(second)};
+}
+
+// Pairs of GBK and Big5, and the halves of GB18030's four-byte characters, which are two such pairs.
+void AddPairs(StateValues& states)
+{
+    for (unsigned lead = 0x81; lead <= 0xFE; ++lead)
+        for (unsigned trail = 0x30; trail <= 0xFE; ++trail)
+            if (trail <= 0x39 || (trail >= 0x40 && trail != 0x7F)) AddState(states, REGION_MAIN, Bytes(lead, trail));
+}
+
+// A unit whose second byte is a lead byte of Big5 or of common GBK would take the lead of a pair that follows ASCII.
+bool TakesLeadAfterAscii(unsigned low, unsigned high)
+{
+    return low < 0x80 && high >= 0xA0 && high != 0xFF;
+}
+
+void AddUnicode(StateValues& states, const CEncoder& encoder)
+{
+    for (unsigned code = 0; code < 0x10000; ++code) {
+        const auto character = static_cast<wchar_t>(code);
+        const bool known = code < 0x180 || encoder.Has(CANDIDATE_GBK, character) ||
+                           encoder.Has(CANDIDATE_BIG5, character);
+        if (known && !TakesLeadAfterAscii(code & 0xFF, code >> 8))
+            AddState(states, REGION_MAIN, Bytes(code & 0xFF, code >> 8));
+    }
+    AddState(states, REGION_MAIN, "\xFF\xFE");
+}
+
+// The states that keep UTF-16LE apart from ASCII with two-byte text behind it.
+void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
+{
+    for (unsigned lead = 0x81; lead < 0xA0; ++lead)
+        for (unsigned trail = 0x40; trail < 0x100; ++trail) AddState(states, REGION_UNIT, Bytes(lead, trail));
+    for (const wchar_t character : common) {
+        const auto code = static_cast<unsigned>(character);
+        if ((code & 0xFF) >= 0x40) AddState(states, REGION_NEXT_UNIT, Bytes(code & 0xFF, code >> 8));
+    }
+}
+
+void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
+{
+    for (const wchar_t character : common) {
+        std::string bytes;
+        AppendUtf8(bytes, character);
+        if (bytes.size() != 3) continue;
+        AddState(states, REGION_MAIN, bytes);
+        AddState(states, REGION_SECOND, bytes);
+    }
+    for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
+        AddState(states, REGION_THIRD, std::string(1, static_cast<char>(tail)));
+        for (unsigned next = 0x0A; next < 0xF0; ++next)
+            if (next < 0x7F || IsUtf8Lead(next)) AddState(states, REGION_AFTER, Bytes(tail, next));
+        for (unsigned lead = 0xC2; lead < 0xF0; ++lead) AddState(states, REGION_SECOND, Bytes(lead, tail));
+    }
+}
+
+void AddMarks(StateValues& states)
+{
+    AddState(states, REGION_START, "\xFF\xFE");
+    AddState(states, REGION_START, "\xEF\xBB\xBF");
+    states[{REGION_START, "\xFF\xFE"}] = PackTrieValue(ENCODE_UNICODE, {0, 0, 0, 0});
+    states[{REGION_START, "\xEF\xBB\xBF"}] = PackTrieValue(ENCODE_UTF8, {0, 0, 0, 0});
+}
+}  // namespace
+
+StateValues ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>& common)
+{
+    StateValues states = BasicStates();
+    AddPairs(states);
+    AddUnicode(states, encoder);
+    AddUnits(states, common);
+    AddUtf8(states, common);
+    AddMarks(states);
+    return states;
+}
+
+bool CarriesValue(const StateName& state)
+{
+    const std::string& path = state.path;
+    switch (state.region) {
+        case REGION_START: return false;
+        case REGION_THIRD: return path.size() == 1;
+        case REGION_UNIT:
+        case REGION_NEXT_UNIT:
+        case REGION_AFTER: return path.size() == 2;
+        case REGION_SECOND: return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
+        case REGION_MAIN:
+            if (path == "\n" || path == "\r" || path == " ") return true;
+            return path.size() % 2 == 0 ? !path.empty() : path.size() == 3 && StartsWithUtf8Character(path);
+    }
+    return false;
+}
+
+bool IsAscii(const StateName& state)
+{
+    return std::all_of(state.path.begin(), state.path.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::string GroupOf(const StateName& state)
+{
+    const std::string& path = state.path;
+    std::string group(1, state.region);
+    const auto zone = [&](size_t i, int bits) { group.push_back(static_cast<char>(ByteAt(path, i) >> bits)); };
+    if (path.size() == 2 && state.region != REGION_AFTER) zone(0, 3);
+    if (path.size() == 2) zone(1, state.region == REGION_AFTER ? 3 : 4);
+    if (path.size() == 3) zone(0, 0);
+    if (path.size() == 3) zone(1, 2);
+    return group;
+}

@@ -1,0 +1,85 @@
+// The model builder: texts -> statistics -> patterns -> model, one command a step.
+#include <cstring>
+#include <iostream>
+#include <stdexcept>
+
+#include "Counting.h"
+#include "ModelFile.h"
+#include "Patterns.h"
+#include "Shape.h"
+#include "TextFile.h"
+#include "Trainer.h"
+
+namespace
+{
+constexpr char USAGE[] =
+    "usage: ModelBuilder count TEXTS DATA        count TEXTS/CLASS/*.txt into DATA/Statistics\n"
+    "       ModelBuilder train DATA [SAMPLES]    train DATA/Patterns.txt from DATA/Statistics\n"
+    "       ModelBuilder build DATA OUTPUT [--without-decisive]\n"
+    "                                            pack DATA/Mappings and DATA/Patterns.txt into a model\n";
+
+// Characters of the Simplified and Traditional classes that occur often enough for UTF-8 states of their own.
+std::vector<wchar_t> CommonCharacters(const std::string& statistics)
+{
+    std::map<wchar_t, double> share;
+    for (const char* name : {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words"}) {
+        const Statistics counted = Statistics::Read(statistics + '/' + name + ".txt");
+        double all = 0;
+        for (const auto& [character, entry] : counted.characters) all += entry.total;
+        for (const auto& [character, entry] : counted.characters) share[character] += entry.total / all;
+    }
+    std::vector<wchar_t> common;
+    for (const auto& [character, sum] : share)
+        if (sum > 6e-6) common.push_back(character);
+    return common;
+}
+
+void Train(const std::string& data, const std::string& samples)
+{
+    const CEncoder encoder(data + "/Mappings");
+    const CSampleSource source(data + "/Statistics", encoder);
+    StateValues states = ShapeOfDetector(encoder, CommonCharacters(data + "/Statistics"));
+    std::cerr << states.size() << " states\n";
+    TrainingPlan plan;
+    if (!samples.empty()) plan.samples = std::stoull(samples);
+    TrainValues(states, source, plan);
+    WritePatterns(states, data + "/Patterns.txt");
+}
+
+void Build(const std::string& data, const std::string& output, bool decisive)
+{
+    StateValues states = ReadPatterns(data + "/Patterns.txt");
+    if (!decisive)
+        for (auto& [name, value] : states)
+            if (name.region != REGION_START) value &= (1 << 20) - 1;
+    const std::string content = ModelContent(CEncoder(data + "/Mappings"), states);
+    WriteFile(output, content);
+    std::cerr << states.size() << " states, " << content.size() << " bytes\n";
+}
+
+int Run(int argc, char** argv)
+{
+    const std::string command = argc > 1 ? argv[1] : "";
+    if (command == "count" && argc == 4) {
+        CountTexts(argv[2], std::string(argv[3]) + "/Statistics");
+    } else if (command == "train" && (argc == 3 || argc == 4)) {
+        Train(argv[2], argc == 4 ? argv[3] : "");
+    } else if (command == "build" && (argc == 4 || (argc == 5 && strcmp(argv[4], "--without-decisive") == 0))) {
+        Build(argv[2], argv[3], argc == 4);
+    } else {
+        std::cerr << USAGE;
+        return 2;
+    }
+    return 0;
+}
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "ModelBuilder: " << error.what() << '\n';
+        return 1;
+    }
+}
