@@ -10,7 +10,7 @@
 #include <memory>
 #include <new>
 
-#include "STLCodeTrans.h"
+#include "Detection.h"
 
 unsigned short* g_mapGBKToUnicode = nullptr;
 unsigned short* g_mapBig5ToUnicode = nullptr;
@@ -96,7 +96,10 @@ int CodeTrans_Initialize(char const* path)
     const std::unique_ptr<FILE, CFileCloser> file(fopen(path, "rb"));
     if (file == nullptr) return NOT_OPENED;
     const LoadResult result = ReadTables(file.get());
-    if (result != LOADED) CodeTrans_Destroy();
+    if (result != LOADED)
+        CodeTrans_Destroy();
+    else
+        PreparePairTable(g_pstTrieTable, static_cast<unsigned>(s_nLoadedNodes));
     return result;
 }
 
@@ -105,6 +108,7 @@ void CodeTrans_Destroy()
     delete[] g_pstTrieTable;
     g_pstTrieTable = nullptr;
     s_pLoadedTrie = nullptr;
+    DropPairTable();
     delete[] g_mapGBKToUnicode;
     g_mapGBKToUnicode = nullptr;
     delete[] g_mapBig5ToUnicode;
