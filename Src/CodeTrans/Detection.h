@@ -52,11 +52,7 @@ inline int FailureLink(const TrieNode* trie, unsigned nodeCount, int state)
 Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length);
 Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length);
 
-// Made from a node table that was loaded and dropped with it: what two bytes lead to (PairTable.cpp). Without
-// it, as for a table that other code has put in place, FastWalk takes byte after byte.
-void PreparePairTable(const TrieNode* trie, unsigned nodeCount);
-void DropPairTable();
-
+// What two bytes lead to in one node table (PairTable.cpp).
 struct PairEntry {
     int node;   // where the pair leads, or NO_NODE: take the bytes one by one
     int value;  // what it adds
@@ -64,14 +60,21 @@ struct PairEntry {
 
 struct PairTable {
     const TrieNode* trie;  // the node table that it was made from
-    int rest;              // the state from which pairs are read and to which their nodes fail
-    int childless;         // the node that stands for all without children
+    unsigned nodeCount;
+    int rest;       // the state from which pairs are read and to which their nodes fail
+    int childless;  // the node that stands for all without children
     int firstNodes[0x100];
     int firstValues[0x100];           // by first byte
     PairEntry entries[0x100][0x100];  // by first and second byte
 };
 
-// The pair table of `trie`, or null.
-const PairTable* FindPairTable(const TrieNode* trie);
+// The pair table of a node table, or null: none was made, it would serve no text, or that of another node
+// table has not been dropped. Making it takes a millisecond or two and no allocation; it is for texts that
+// are worth that. Both may be called by any number of threads.
+const PairTable* FindPairTable(const TrieNode* trie, unsigned nodeCount);
+const PairTable* MakePairTable(const TrieNode* trie, unsigned nodeCount);
+
+// When node tables come or go. Must not overlap a walk.
+void DropPairTable();
 
 #endif  // CODETRANS_DETECTION_H

@@ -70,6 +70,7 @@ LoadResult ReadNodes(FILE* file)
     g_pstTrieTable = new (std::nothrow) TrieNode[static_cast<size_t>(count)];
     if (g_pstTrieTable == nullptr) return OUT_OF_MEMORY;
     s_pLoadedTrie = g_pstTrieTable;
+    DropPairTable();
     s_nLoadedNodes = count;
     if (!ReadWhole(g_pstTrieTable, static_cast<size_t>(count), file)) return NODES_SHORT;
     FromLittleEndian(reinterpret_cast<int*>(g_pstTrieTable), 4 * static_cast<size_t>(count));
@@ -96,10 +97,7 @@ int CodeTrans_Initialize(char const* path)
     const std::unique_ptr<FILE, CFileCloser> file(fopen(path, "rb"));
     if (file == nullptr) return NOT_OPENED;
     const LoadResult result = ReadTables(file.get());
-    if (result != LOADED)
-        CodeTrans_Destroy();
-    else
-        PreparePairTable(g_pstTrieTable, static_cast<unsigned>(s_nLoadedNodes));
+    if (result != LOADED) CodeTrans_Destroy();
     return result;
 }
 

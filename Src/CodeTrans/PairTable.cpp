@@ -11,10 +11,10 @@
 // Then a pair moves the walk to the same place whatever went before, and only the value that it adds may be
 // the phrase's instead of its own. A pair whose nodes are not of this kind is left out of the table, so the
 // table holds for any model; how much of the text it serves is the model's matter.
+//
+// There is one, in static memory, which costs nothing until a long text makes it be filled.
 #include <algorithm>
-#include <memory>
-#include <new>
-#include <vector>
+#include <atomic>
 
 #include "Detection.h"
 
@@ -22,13 +22,22 @@ namespace
 {
 using namespace trie;
 
-std::unique_ptr<PairTable> s_pPairs;
+constexpr unsigned MOST_NODES = 1 << 18;  // of a node table that may have one
+
+enum State { EMPTY, BEING_FILLED, FILLED };
+std::atomic<State> s_state = EMPTY;
+PairTable s_pairs;
+
+// Per node: while the rest state is looked for, links to it; then its kind.
+enum Kind : unsigned { NOT_SECOND, CHILDLESS, IN_ORDER, OUT_OF_ORDER };
+unsigned s_notes[MOST_NODES];
 
 // The state that most nodes fail to, as far as a few thousand of them tell.
 int FindRest(const TrieNode* trie, unsigned nodeCount)
 {
     const unsigned step = 1 + nodeCount / 4096;
-    std::vector<unsigned> links(nodeCount);
+    unsigned* const links = s_notes;
+    std::fill_n(links, nodeCount, 0U);
     unsigned rest = 0;
     for (unsigned i = 0; i < nodeCount; i += step) {
         if (trie[i].nCheck < 0) continue;  // an empty place
@@ -56,10 +65,8 @@ void FillEntries(const TrieNode* trie, unsigned nodeCount, PairTable& table)
     }
 }
 
-enum Kind : unsigned char { NOT_SECOND, CHILDLESS, IN_ORDER, OUT_OF_ORDER };
-
 // Second nodes by what hangs below them. `kinds` says which nodes are second ones.
-void Judge(const TrieNode* trie, unsigned nodeCount, const PairTable& table, std::vector<Kind>& kinds)
+void Judge(const TrieNode* trie, unsigned nodeCount, const PairTable& table, unsigned* kinds)
 {
     const auto parentOf = [&](unsigned node) { return static_cast<unsigned>(trie[node].nCheck); };
     const auto isSecond = [&](unsigned node) { return node < nodeCount && kinds[node] != NOT_SECOND; };
@@ -74,7 +81,7 @@ void Judge(const TrieNode* trie, unsigned nodeCount, const PairTable& table, std
         if (isSecond(parent)) {
             const bool inOrder = trie[i].nValue == TRIE_VALUE_NONE && table.firstNodes[byte] != NO_NODE &&
                                  trie[i].nFail == table.firstNodes[byte];
-            kinds[parent] = std::max(kinds[parent], inOrder ? IN_ORDER : OUT_OF_ORDER);
+            kinds[parent] = std::max<unsigned>(kinds[parent], inOrder ? IN_ORDER : OUT_OF_ORDER);
         }
         const unsigned grandparent = parentOf(parent);
         if (isSecond(grandparent)) {
@@ -88,49 +95,55 @@ void Judge(const TrieNode* trie, unsigned nodeCount, const PairTable& table, std
     }
 }
 
-std::unique_ptr<PairTable> MakePairTable(const TrieNode* trie, unsigned nodeCount)
+template <typename Function>
+void ForEachPair(PairTable& table, Function function)
 {
-    std::unique_ptr<PairTable> table(new PairTable);
-    table->trie = trie;
-    table->rest = FindRest(trie, nodeCount);
-    table->childless = NO_NODE;
-    FillEntries(trie, nodeCount, *table);
+    for (auto& row : table.entries)
+        for (PairEntry& entry : row)
+            if (entry.node != NO_NODE) function(entry);
+}
 
-    std::vector<Kind> kinds(nodeCount, NOT_SECOND);
-    for (const auto& row : table->entries)
-        for (const PairEntry& entry : row)
-            if (entry.node != NO_NODE) kinds[static_cast<size_t>(entry.node)] = CHILDLESS;
-    Judge(trie, nodeCount, *table, kinds);
-    for (auto& row : table->entries)
-        for (PairEntry& entry : row) {
-            if (entry.node == NO_NODE) continue;
-            const Kind kind = kinds[static_cast<size_t>(entry.node)];
-            if (kind == OUT_OF_ORDER) entry.node = NO_NODE;
-            if (kind != CHILDLESS) continue;
-            // One is as good as another, and the one used always is at hand.
-            if (table->childless == NO_NODE) table->childless = entry.node;
-            entry.node = table->childless;
-        }
-    return table->childless != NO_NODE ? std::move(table) : nullptr;
+void Fill(const TrieNode* trie, unsigned nodeCount, PairTable& table)
+{
+    table.trie = trie;
+    table.nodeCount = nodeCount;
+    table.rest = FindRest(trie, nodeCount);
+    table.childless = NO_NODE;
+    FillEntries(trie, nodeCount, table);
+
+    unsigned* const kinds = s_notes;
+    std::fill_n(kinds, nodeCount, NOT_SECOND);
+    ForEachPair(table, [&](const PairEntry& entry) { kinds[entry.node] = CHILDLESS; });
+    Judge(trie, nodeCount, table, kinds);
+    ForEachPair(table, [&](PairEntry& entry) {
+        const unsigned kind = kinds[entry.node];
+        if (kind == OUT_OF_ORDER) entry.node = NO_NODE;
+        if (kind != CHILDLESS) return;
+        // One is as good as another, and the one used always is at hand.
+        if (table.childless == NO_NODE) table.childless = entry.node;
+        entry.node = table.childless;
+    });
 }
 }  // namespace
 
-void PreparePairTable(const TrieNode* trie, unsigned nodeCount)
+const PairTable* FindPairTable(const TrieNode* trie, unsigned nodeCount)
 {
-    DropPairTable();
-    try {
-        if (nodeCount != 0) s_pPairs = MakePairTable(trie, nodeCount);
-    } catch (const std::bad_alloc&) {
-        // Then byte after byte.
+    if (s_state.load(std::memory_order_acquire) != FILLED) return nullptr;
+    const bool isItsOwn = s_pairs.trie == trie && s_pairs.nodeCount == nodeCount;
+    return isItsOwn && s_pairs.childless != NO_NODE ? &s_pairs : nullptr;
+}
+
+const PairTable* MakePairTable(const TrieNode* trie, unsigned nodeCount)
+{
+    State expected = EMPTY;
+    if (nodeCount <= MOST_NODES && s_state.compare_exchange_strong(expected, BEING_FILLED)) {
+        Fill(trie, nodeCount, s_pairs);
+        s_state.store(FILLED, std::memory_order_release);
     }
+    return FindPairTable(trie, nodeCount);
 }
 
 void DropPairTable()
 {
-    s_pPairs = nullptr;
-}
-
-const PairTable* FindPairTable(const TrieNode* trie)
-{
-    return s_pPairs != nullptr && s_pPairs->trie == trie ? s_pPairs.get() : nullptr;
+    s_state = EMPTY;
 }

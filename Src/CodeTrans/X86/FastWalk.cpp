@@ -15,14 +15,19 @@ using namespace trie;
 
 constexpr unsigned long CHUNK = 1024;  // bytes of text to a row of values
 
+// Where a text without an answer so far and that much more of it makes the pair table worth making.
+constexpr unsigned long UNDECIDED = 32 * CHUNK, LONG_REST = 512 * CHUNK;
+
 // A walk that stops and goes on.
 class CWalker
 {
 public:
     CWalker(const TrieNode* trie, unsigned nodeCount)
-        : m_pTrie(trie), m_nNodes(nodeCount), m_pPairs(FindPairTable(trie))
+        : m_pTrie(trie), m_nNodes(nodeCount), m_pPairs(FindPairTable(trie, nodeCount))
     {
     }
+
+    void MakePairs() { m_pPairs = MakePairTable(m_pTrie, m_nNodes); }
 
     // Moves over the text and appends the values met to `values`, at most one a byte. Returns their end.
     int* Walk(const unsigned char* text, const unsigned char* end, int* values)
@@ -189,6 +194,7 @@ Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsi
     CWalker walker(trie, nodeCount);
     for (unsigned long at = 0; at < length && scores.decidedCode == 0; at += CHUNK) {
         const unsigned long size = std::min(length - at, CHUNK);
+        if (at == UNDECIDED && length - at >= LONG_REST) walker.MakePairs();
         int* const end = walker.Walk(bytes + at, bytes + at + size, values);
         AddValues(values, end, scores);
         scores.highBytes += CountHighBytes(bytes + at, size);
