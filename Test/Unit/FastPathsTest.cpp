@@ -77,7 +77,7 @@ protected:
     }
     ~FastPaths() override
     {
-        SwitchFastPaths(true);
+        UseForms(BestForms());
         CodeTrans_Destroy();
     }
     void SetUp() override
@@ -135,15 +135,26 @@ protected:
         const char* const source = m_guarded.Place(text);
         const size_t length = text.size() - route.zeroTerminated;
         const size_t skew = Random(32);
-        std::vector<char> plain(4 * length + 200, '\x5A'), fast = plain;
-        SwitchFastPaths(false);
+        const std::vector<char> before(4 * length + 200, '\x5A');
+        std::vector<char> plain = before;
+        UseForms(Forms::PLAIN);
         const size_t expected = route.convert(source, length, plain.data() + skew, capacity);
-        SwitchFastPaths(true);
-        const size_t got = route.convert(source, length, fast.data() + skew, capacity);
-        ASSERT_TRUE(got == expected && fast == plain)
-            << route.name << ", " << length << " bytes, capacity " << capacity << ", results " << got
-            << " and " << expected << ", text:\n"
-            << testing::PrintToString(text.substr(0, 300));
+        for (const Forms forms : FastForms()) {
+            std::vector<char> fast = before;
+            UseForms(forms);
+            const size_t got = route.convert(source, length, fast.data() + skew, capacity);
+            ASSERT_TRUE(got == expected && fast == plain)
+                << route.name << ", form " << static_cast<int>(forms) << ", " << length << " bytes, capacity "
+                << capacity << ", results " << got << " and " << expected << ", text:\n"
+                << testing::PrintToString(text.substr(0, 300));
+        }
+    }
+
+    // Those of this processor.
+    static std::vector<Forms> FastForms()
+    {
+        if (BestForms() == Forms::AVX512) return {Forms::AVX2, Forms::AVX512};
+        return {Forms::AVX2};
     }
 
     const unsigned m_seed = std::random_device()();
@@ -177,13 +188,16 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
         for (const size_t offset : {0U, 1U, 40U, 700U})
             for (const std::string& text : texts) {
                 std::string plain = text + std::string(20000, '\0');
-                std::string fast = plain;
-                SwitchFastPaths(false);
+                const std::string before = plain;
+                UseForms(Forms::PLAIN);
                 const size_t expected = route.convert(plain.data(), 4000, plain.data() + offset, 15000);
-                SwitchFastPaths(true);
-                EXPECT_EQ(route.convert(fast.data(), 4000, fast.data() + offset, 15000), expected)
-                    << route.name;
-                EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
+                for (const Forms forms : FastForms()) {
+                    std::string fast = before;
+                    UseForms(forms);
+                    EXPECT_EQ(route.convert(fast.data(), 4000, fast.data() + offset, 15000), expected)
+                        << route.name;
+                    EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
+                }
             }
 }
 

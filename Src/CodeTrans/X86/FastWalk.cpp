@@ -4,8 +4,11 @@
 // the next pair leads does not wait for this one's nodes. The digits are then split in vectors, which costs a
 // fraction of what four divisions a node do. A decisive value is looked for in each row of values, in their
 // order.
+#include <algorithm>
+#include <bit>
+
 #include "Detection.h"
-#include "Kernels.h"
+#include "Vectors.h"
 
 namespace fast
 {
