@@ -93,7 +93,9 @@ long CReadFile::ReadFile(const char* name, std::string& content, long nOffset, u
     const long count = ReadFile(name, &block, nOffset, nReadSize, bWhole);
     const std::unique_ptr<char[]> buffer(block);
     if (count > 0) {
-        char* const kept = std::remove(block, block + count, '\0');
+        // Most files have none: looking for the first is many times faster than moving every byte.
+        char* const zero = static_cast<char*>(memchr(block, 0, static_cast<size_t>(count)));
+        char* const kept = zero == nullptr ? block + count : std::remove(zero, block + count, '\0');
         content.assign(block, kept);
         return static_cast<long>(content.size());
     }
