@@ -4,6 +4,7 @@
 #include <langinfo.h>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <algorithm>
 
 #include <clocale>
 #include <cstdio>
