@@ -4,8 +4,8 @@
 #include <langinfo.h>
 #include <sys/mman.h>
 #include <unistd.h>
-#include <algorithm>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <functional>
