@@ -36,6 +36,8 @@
  *     fwrite(utf8, 1, n, stdout);
  *     TQ_Exit();
  */
+/* The tables below are laid out by hand. */
+/* clang-format off */
 #ifndef CODETRANS_H
 #define CODETRANS_H
 
