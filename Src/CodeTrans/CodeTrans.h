@@ -1,3 +1,4 @@
+/* clang-format off */
 /*
  * CodeTrans: tells GBK, Big5, UTF-8 and UTF-16LE apart and converts between them.
  *
@@ -36,8 +37,6 @@
  *     fwrite(utf8, 1, n, stdout);
  *     TQ_Exit();
  */
-/* The tables below are laid out by hand. */
-/* clang-format off */
 #ifndef CODETRANS_H
 #define CODETRANS_H
 
