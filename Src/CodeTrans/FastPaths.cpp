@@ -1,6 +1,8 @@
 // Which form runs, and what stands for the fast forms where there are none.
 #include "FastPaths.h"
 
+#include "Detection.h"
+
 namespace
 {
 bool ProcessorCan()
@@ -54,6 +56,11 @@ Progress FastGbkToUtf8(const unsigned short*, const char*, unsigned long, char*,
 }
 
 Progress FastUtf8ToGbk(const char*, unsigned long, char*)
+{
+    return {};
+}
+
+Scores FastWalk(const TrieNode*, unsigned, const char*, unsigned long)
 {
     return {};
 }
