@@ -16,6 +16,7 @@ using Weights = std::array<double, CANDIDATES>;
 constexpr double UNITS_A_NAT = 2.0;
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
+constexpr uint64_t DOUBTLESS_ODDS = 20;  // an ASCII state's visits by ASCII to those by UTF-16LE
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
 double Exp(double x)
@@ -55,6 +56,7 @@ public:
                 m_names.push_back(&name);
                 m_own.emplace_back();
                 m_ascii.push_back(IsAscii(name));
+                m_pair.push_back(name.region == REGION_MAIN && name.path.size() == 2);
                 m_seen.emplace_back();
                 const auto group = groups.emplace(GroupOf(name) + (IsAscii(name) ? "a" : ""), groups.size()).first;
                 m_group.push_back(group->second);
@@ -62,6 +64,7 @@ public:
             ++number;
         }
         m_groups.resize(groups.size());
+        m_silent.assign(m_own.size(), false);
     }
 
     void Train(const TrainingPlan& plan)
@@ -70,6 +73,7 @@ public:
         uint64_t wrong = 0;
         for (uint64_t n = 1; n <= plan.samples; ++n) {
             const double rate = n * 10 < plan.samples * 7 ? 1.0 : n * 10 < plan.samples * 9 ? 0.3 : 0.1;
+            if (n * 2 == plan.samples) SilenceDoubtfulAscii();
             wrong += Learn(m_source.Draw(random), rate);
             if (n % 500'000 == 0) {
                 std::cerr << n / 1000 << "k samples, " << static_cast<double>(wrong) / 5000.0 << " % of the last wrong\n";
@@ -84,6 +88,18 @@ public:
     }
 
 private:
+    // ASCII states that hint at ASCII, but are no stranger to UTF-16LE, fall silent: a value of theirs would either
+    // cost UTF-16LE its ten to one or count for the other encodings wherever ASCII is. The rest learn to do without.
+    void SilenceDoubtfulAscii()
+    {
+        for (size_t f = 0; f < m_own.size(); ++f) {
+            const auto& seen = m_seen[f];
+            const uint64_t others = uint64_t{seen[CANDIDATE_GBK]} + seen[CANDIDATE_BIG5] + seen[CANDIDATE_UTF8];
+            const double weight = Total(f)[CANDIDATE_UNICODE] * UNITS_A_NAT;
+            if (m_ascii[f] && weight < 0.5 && others < DOUBTLESS_ODDS * (seen[CANDIDATE_UNICODE] + 1)) m_silent[f] = true;
+        }
+    }
+
     void Walk(const std::string& bytes)
     {
         m_visited.clear();
@@ -99,7 +115,7 @@ private:
                 state = m_nodes[static_cast<size_t>(state)].nFail;
             }
             const int feature = m_feature[static_cast<size_t>(state)];
-            if (feature >= 0) m_visited.push_back(static_cast<size_t>(feature));
+            if (feature >= 0 && !m_silent[static_cast<size_t>(feature)]) m_visited.push_back(static_cast<size_t>(feature));
         }
     }
 
@@ -141,6 +157,7 @@ private:
         Parameter& group = m_groups[static_cast<size_t>(m_group[f])];
         for (size_t c = 0; c < CANDIDATES; ++c) {
             if (m_ascii[f] && c != CANDIDATE_UNICODE) continue;
+            if (m_pair[f] && c == CANDIDATE_UTF8) continue;  // half a character, or none
             own.Step(c, gradient[c], LEARNING_RATE * rate);
             group.Step(c, gradient[c], GROUP_RATE * rate);
         }
@@ -153,12 +170,8 @@ private:
         const Weights w = Total(f);
         const std::array<uint32_t, CANDIDATES>& seen = m_seen[f];
         if (m_ascii[f]) {
-            // The UTF-16LE digit stays positive, lest one such character cost a text its ten to one; what it lacks is
-            // added to the other three, which stay equal.
-            const int digit = static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT));
-            if (digit == 0) return TRIE_VALUE_NONE;
-            const int others = std::clamp(1 - digit, 0, 10);
-            return PackTrieValue(0, {others, others, std::clamp(digit, 1, 10), others});
+            const int digit = std::clamp(static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT)), -9, 10);
+            return m_silent[f] ? TRIE_VALUE_NONE : PackTrieValue(0, {0, 0, digit, 0});
         }
         std::array<int, CANDIDATES> digit;
         int least = 100, most = -100;
@@ -167,7 +180,7 @@ private:
         for (size_t c = 0; c < CANDIDATES; ++c) {
             digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
             if (c != CANDIDATE_UTF8) most = std::max(most, digit[c]);
-            if (seen[c] * 50 >= all && seen[c] > 0) least = std::min(least, digit[c]);
+            if (seen[c] > 0 && (c == CANDIDATE_UNICODE || seen[c] * 50 >= all)) least = std::min(least, digit[c]);
         }
         if (least == 100) least = *std::min_element(digit.begin(), digit.end());
         const int shift = std::min(1 - least, 10 - most);
@@ -182,7 +195,7 @@ private:
     std::vector<const StateName*> m_names;
     std::vector<Parameter> m_own, m_groups;
     std::vector<int> m_group;
-    std::vector<char> m_ascii;
+    std::vector<char> m_ascii, m_silent, m_pair;
     std::vector<std::array<uint32_t, CANDIDATES>> m_seen;
     std::vector<size_t> m_visited;
 };
