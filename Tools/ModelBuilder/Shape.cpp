@@ -38,6 +38,15 @@ void AddUnicode(StateValues& states, const CEncoder& encoder)
     AddState(states, REGION_MAIN, "\xFF\xFE");
 }
 
+// Two ASCII characters that are no unit of UTF-16LE in use: they tell the two apart, and ASCII goes by twos as well.
+void AddAscii(StateValues& states)
+{
+    const auto isText = [](unsigned byte) { return byte == '\t' || byte == '\n' || byte == '\r' || (byte >= 0x20 && byte < 0x7F); };
+    for (unsigned first = 0; first < 0x7F; ++first)
+        for (unsigned second = 0; second < 0x7F; ++second)
+            if ((isText(first) || first == 0x1B) && isText(second)) AddState(states, REGION_MAIN, Bytes(first, second));
+}
+
 // The states that keep UTF-16LE apart from ASCII with two-byte text behind it.
 void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
 {
@@ -80,6 +89,7 @@ StateValues ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>&
     StateValues states = BasicStates();
     AddPairs(states);
     AddUnicode(states, encoder);
+    AddAscii(states);
     AddUnits(states, common);
     AddUtf8(states, common);
     AddMarks(states);

@@ -16,7 +16,7 @@ using Weights = std::array<double, CANDIDATES>;
 constexpr double UNITS_A_NAT = 2.0;
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
-constexpr uint64_t DOUBTLESS_ODDS = 20;  // an ASCII state's visits by ASCII to those by UTF-16LE
+constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
 double Exp(double x)
@@ -88,16 +88,20 @@ public:
     }
 
 private:
-    // ASCII states that hint at ASCII, but are no stranger to UTF-16LE, fall silent: a value of theirs would either
-    // cost UTF-16LE its ten to one or count for the other encodings wherever ASCII is. The rest learn to do without.
+    // Whether an ASCII state speaks against UTF-16LE without being a stranger to it: a negative digit would cost
+    // that its ten to one.
+    bool IsDoubtful(size_t f) const
+    {
+        const auto& seen = m_seen[f];
+        const uint64_t others = uint64_t{seen[CANDIDATE_GBK]} + seen[CANDIDATE_BIG5] + seen[CANDIDATE_UTF8];
+        return m_ascii[f] && Total(f)[CANDIDATE_UNICODE] * UNITS_A_NAT < 0.5 && seen[CANDIDATE_UNICODE] > 3 &&
+               others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
+    }
+
+    // Doubtful states fall silent, and the rest learn to do without them.
     void SilenceDoubtfulAscii()
     {
-        for (size_t f = 0; f < m_own.size(); ++f) {
-            const auto& seen = m_seen[f];
-            const uint64_t others = uint64_t{seen[CANDIDATE_GBK]} + seen[CANDIDATE_BIG5] + seen[CANDIDATE_UTF8];
-            const double weight = Total(f)[CANDIDATE_UNICODE] * UNITS_A_NAT;
-            if (m_ascii[f] && weight < 0.5 && others < DOUBTLESS_ODDS * (seen[CANDIDATE_UNICODE] + 1)) m_silent[f] = true;
-        }
+        for (size_t f = 0; f < m_own.size(); ++f) m_silent[f] = IsDoubtful(f);
     }
 
     void Walk(const std::string& bytes)
@@ -171,7 +175,8 @@ private:
         const std::array<uint32_t, CANDIDATES>& seen = m_seen[f];
         if (m_ascii[f]) {
             const int digit = std::clamp(static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT)), -9, 10);
-            return m_silent[f] ? TRIE_VALUE_NONE : PackTrieValue(0, {0, 0, digit, 0});
+            if (m_silent[f] || IsDoubtful(f)) return TRIE_VALUE_NONE;
+            return PackTrieValue(0, {0, 0, digit, 0}) | (digit == 0 ? TRIE_VALUE_COUNTED : 0);
         }
         std::array<int, CANDIDATES> digit;
         int least = 100, most = -100;
