@@ -66,8 +66,10 @@ std::string Machine(size_t length, CRandom& random)
 
 CSampleSource::CSampleSource(const std::string& statistics, const CEncoder& encoder) : m_encoder(encoder)
 {
-    for (const char* name : CLASSES)
-        m_classes.emplace(name, Statistics::Read(statistics + '/' + name + ".txt"));
+    for (const char* name : CLASSES) {
+        const auto counted = m_counted.emplace(name, Statistics::Read(statistics + '/' + name + ".txt")).first;
+        m_classes.emplace(name, counted->second);
+    }
     for (unsigned code = 0x4E00; code < 0xA000; ++code) {
         const unsigned gbk = encoder.Pair(CANDIDATE_GBK, static_cast<wchar_t>(code));
         const unsigned big5 = encoder.Pair(CANDIDATE_BIG5, static_cast<wchar_t>(code));

@@ -29,6 +29,8 @@ public:
     // `bytes` of pure ASCII of some kind.
     std::string Ascii(size_t length, CRandom& random) const;
 
+    const Statistics& Counted(const std::string& name) const { return m_counted.at(name); }
+
     const CSampler& Class(const std::string& name) const { return m_classes.at(name); }
 
 private:
@@ -37,6 +39,7 @@ private:
     void AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const;
 
     const CEncoder& m_encoder;
+    std::map<std::string, Statistics> m_counted;
     std::map<std::string, CSampler> m_classes;
     std::vector<wchar_t> m_levels[3];  // frequent, less frequent and rare hanzi by GBK's zones
 };

@@ -58,6 +58,12 @@ void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
     }
 }
 
+// Of the characters in two bytes Chinese text knows Latin, Greek and Cyrillic letters and a few signs.
+bool IsCommonUtf8Lead(unsigned byte)
+{
+    return byte == 0xC2 || byte == 0xC3 || (byte >= 0xCE && byte <= 0xD1) || (byte >= 0xE1 && byte <= 0xEF);
+}
+
 void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
 {
     for (const wchar_t character : common) {
@@ -70,8 +76,9 @@ void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
     for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
         AddState(states, REGION_THIRD, std::string(1, static_cast<char>(tail)));
         for (unsigned next = 0x0A; next < 0xF0; ++next)
-            if (next < 0x7F || IsUtf8Lead(next)) AddState(states, REGION_AFTER, Bytes(tail, next));
-        for (unsigned lead = 0xC2; lead < 0xF0; ++lead) AddState(states, REGION_SECOND, Bytes(lead, tail));
+            if (next < 0x7F || IsCommonUtf8Lead(next)) AddState(states, REGION_AFTER, Bytes(tail, next));
+        for (unsigned lead = 0xC2; lead < 0xF0; ++lead)
+            if (IsCommonUtf8Lead(lead)) AddState(states, REGION_SECOND, Bytes(lead, tail));
     }
 }
 

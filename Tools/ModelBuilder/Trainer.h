@@ -14,9 +14,11 @@
 struct TrainingPlan {
     uint64_t samples = 6'000'000;
     uint64_t seed = 1;
+    size_t nodes = 118'000;  // slots that the packed table may take: a file below 2,000,000 bytes
 };
 
-// Sets the value of every state that carries one. Progress goes to stderr.
-void TrainValues(StateValues& states, const CSampleSource& source, const TrainingPlan& plan);
+// Sets the value of every state that carries one, and adds states for sequences of two pairs where single pairs leave
+// doubt. Progress goes to stderr.
+void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder, const TrainingPlan& plan);
 
 #endif  // MODEL_BUILDER_TRAINER_H

@@ -42,7 +42,7 @@ void Train(const std::string& data, const std::string& samples)
     std::cerr << states.size() << " states\n";
     TrainingPlan plan;
     if (!samples.empty()) plan.samples = std::stoull(samples);
-    TrainValues(states, source, plan);
+    TrainValues(states, source, encoder, plan);
     WritePatterns(states, data + "/Patterns.txt");
 }
 
