@@ -13,6 +13,7 @@
 struct Sample {
     std::string bytes;
     Candidate answer = CANDIDATE_GBK;
+    double weight = 1;
 };
 
 class CSampleSource

@@ -130,7 +130,8 @@ std::string GroupOf(const StateName& state)
     const std::string& path = state.path;
     std::string group(1, state.region);
     const auto zone = [&](size_t i, int bits) { group.push_back(static_cast<char>(ByteAt(path, i) >> bits)); };
-    if (path.size() == 2 && state.region != REGION_AFTER) zone(0, 3);
+    const bool latin = path.size() == 2 && state.region == REGION_MAIN && path[1] == 0;  // UTF-16LE below 100
+    if (path.size() == 2 && state.region != REGION_AFTER && !latin) zone(0, 3);
     if (path.size() == 2) zone(1, state.region == REGION_AFTER ? 3 : 4);
     if (path.size() == 3) zone(0, 0);
     if (path.size() == 3) zone(1, 2);

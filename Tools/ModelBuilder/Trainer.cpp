@@ -13,7 +13,7 @@ namespace
 {
 using Weights = std::array<double, CANDIDATES>;
 
-constexpr double UNITS_A_NAT = 2.0;
+constexpr double UNITS_A_NAT = 3.0;
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
 constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
@@ -186,7 +186,7 @@ private:
         }
         if (asciiOnly) sum[CANDIDATE_BIG5] = sum[CANDIDATE_UTF8] = sum[CANDIDATE_GBK] - 1000;
         const Weights gradient = Shares(sum, sample.answer);
-        for (const size_t f : m_visited) Step(m_features[f], gradient, rate);
+        for (const size_t f : m_visited) Step(m_features[f], gradient, rate * sample.weight);
         return sum[sample.answer] < *std::max_element(sum.begin(), sum.end());
     }
 
@@ -237,7 +237,8 @@ private:
         const std::array<uint32_t, CANDIDATES>& seen = feature.seen;
         if (feature.ascii) {
             const int digit = std::clamp(static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT)), -9, 10);
-            if (feature.silent || IsDoubtful(feature)) return TRIE_VALUE_NONE;
+            if (feature.silent || IsDoubtful(feature) || (digit == 0 && seen == std::array<uint32_t, CANDIDATES>{}))
+                return TRIE_VALUE_NONE;
             return PackTrieValue(0, {0, 0, digit, 0}) | (digit == 0 ? TRIE_VALUE_COUNTED : 0);
         }
         std::array<int, CANDIDATES> digit;
@@ -247,7 +248,7 @@ private:
         for (size_t c = 0; c < CANDIDATES; ++c) {
             digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
             if (c != CANDIDATE_UTF8) most = std::max(most, digit[c]);
-            if (seen[c] > 0 && (c == CANDIDATE_UNICODE || seen[c] * 50 >= all)) least = std::min(least, digit[c]);
+            if (seen[c] > 0 && (c == CANDIDATE_UNICODE || seen[c] * 500 >= all)) least = std::min(least, digit[c]);
         }
         if (least == 100) least = *std::min_element(digit.begin(), digit.end());
         const int shift = std::min(1 - least, 10 - most);
