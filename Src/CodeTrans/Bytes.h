@@ -5,6 +5,7 @@
 #define CODETRANS_BYTES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -29,9 +30,10 @@ inline void StoreWide(void* to, wchar_t wide)
     memcpy(to, &wide, sizeof wide);
 }
 
-inline wchar_t LoadWide(const void* from)
+// Negative ones come out above every code point.
+inline unsigned LoadWide(const void* from)
 {
-    wchar_t wide;
+    unsigned wide;
     memcpy(&wide, from, sizeof wide);
     return wide;
 }
@@ -53,11 +55,34 @@ inline unsigned DecodeThree(const unsigned char* s)
     return (s[0] & 0x0FU) << 12 | (s[1] & 0x3FU) << 6 | (s[2] & 0x3FU);
 }
 
+// One step of the decoder to wide characters, with `left` bytes (1 at least) to the end of the text.
+// Continuation bytes are taken as they come; a byte that begins no whole sequence of up to three is skipped.
+struct WideStep {
+    unsigned length;
+    bool isCharacter;
+    unsigned cp;
+};
+
+inline WideStep NextWide(const unsigned char* s, unsigned long left)
+{
+    if (s[0] <= 0x7F) return {1, true, s[0]};
+    if ((s[0] & 0xE0) == 0xC0 && left >= 2) return {2, true, DecodeTwo(s)};
+    if ((s[0] & 0xF0) == 0xE0 && left >= 3) return {3, true, DecodeThree(s)};
+    return {1, false, 0};
+}
+
 constexpr char UTF8_BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 
 inline const char* SkipByteOrderMark(const char* text)
 {
     return strncmp(text, UTF8_BYTE_ORDER_MARK, 3) == 0 ? text + 3 : text;
+}
+
+// Whether two stretches of memory share a byte: a conversion in place reads what it has written.
+inline bool Overlap(const void* a, unsigned long aLen, const void* b, unsigned long bLen)
+{
+    const auto aBegin = reinterpret_cast<uintptr_t>(a), bBegin = reinterpret_cast<uintptr_t>(b);
+    return aBegin < bBegin ? bBegin - aBegin < aLen : aBegin - bBegin < bLen;
 }
 
 struct CFree {

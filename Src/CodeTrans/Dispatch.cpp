@@ -3,6 +3,8 @@
 // The three functions are tables of branches. They differ in whether the source length is used, whether the
 // capacity is honoured and what is counted, and callers rely on the differences: they are not to be evened
 // out.
+#include <climits>
+
 #include "Bytes.h"
 #include "STLCodeTrans.h"
 
@@ -59,12 +61,9 @@ unsigned long CodeTrans_ToUtf8(int encoding, char const* src, unsigned long srcL
         case ENCODE_UTF8:
             return dstLen = CopyTerminated(dst, src, Capped(srcLen, dstLen));
         case ENCODE_GBK:
-        case ENCODE_BIG5: {
+        case ENCODE_BIG5:
             // Big5 is read as if it were GBK: there is no other route.
-            std::string utf8;
-            ANSIToUTF8(src, utf8);
-            return dstLen = CopyTerminated(dst, utf8.data(), Capped(utf8.size(), dstLen));
-        }
+            return dstLen = ANSIToUTF8(src, dst, dstLen != 0 ? dstLen : ULONG_MAX);
         case ENCODE_UNICODE: {
             // The source length counts four-byte units here, and so does the capacity that limits it.
             unsigned char* block = nullptr;
@@ -85,11 +84,8 @@ unsigned long CodeTrans_ToAnsi(int encoding, char const* src, unsigned long srcL
                                unsigned long& dstLen)
 {
     switch (Resolve(encoding, src, srcLen)) {
-        case ENCODE_UTF8: {
-            std::string gbk;
-            UTF8ToANSI(src, gbk);
-            return dstLen = CopyTerminated(dst, gbk.data(), gbk.size());
-        }
+        case ENCODE_UTF8:
+            return dstLen = UTF8ToANSI(src, dst);
         case ENCODE_GBK:
         case ENCODE_BIG5:
             // Big5 is passed through as if it were GBK.

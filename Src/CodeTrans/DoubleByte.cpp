@@ -3,6 +3,7 @@
 // The decoder rejects nothing: every byte of 80 and above takes the next byte with it, whatever that is, and
 // becomes the table's entry for the pair. Each byte, pair or lone lead byte becomes exactly one code unit.
 #include "Bytes.h"
+#include "FastPaths.h"
 #include "STLCodeTrans.h"
 
 long CodeTrans_iTransErrCnt = 0;
@@ -28,8 +29,11 @@ unsigned long GBKBig5_ToUnicode(int encoding, char const* src, unsigned long src
     const auto* bytes = reinterpret_cast<const unsigned char*>(src);
     // The last place at which a code unit still fits. A capacity of 0 wraps to "no limit".
     const unsigned long end = dstLen - 1;
-    unsigned long written = 0;
-    for (unsigned long read = 0; read < srcLen && written < end; written += 2) {
+    Progress at;
+    if (table != nullptr && FastPathsOn() && !Overlap(src, srcLen, dst, 2 * srcLen))
+        at = FastPairsToUtf16(table, src, srcLen, dst, dstLen != 0 ? dstLen : 2 * srcLen);
+    auto [read, written] = at;
+    for (; read < srcLen && written < end; written += 2) {
         const unsigned char lead = bytes[read++];
         if (lead < 0x80) {
             StoreUnit16(dst + written, lead);

@@ -3,6 +3,7 @@
 // One code unit becomes one byte (ASCII) or two; what GBK lacks becomes the ideographic space A1 A1, so that
 // the text keeps its length and its place is seen.
 #include "Bytes.h"
+#include "FastPaths.h"
 #include "STLCodeTrans.h"
 
 namespace
@@ -12,7 +13,10 @@ constexpr unsigned REPLACEMENT = 0xA1A1;
 
 void utoGbk(char const* src, char* dst, unsigned long count)
 {
-    for (unsigned long i = 0; i < count; ++i) {
+    Progress at;
+    if (FastPathsOn() && !Overlap(src, 2 * count, dst, 2 * count + 2)) at = FastUtf16ToGbk(src, count, dst);
+    dst += at.written;
+    for (unsigned long i = at.read; i < count; ++i) {
         const unsigned unit = LoadUnit16(src + 2 * i);
         if (unit < 0x80) {
             *dst++ = static_cast<char>(unit);

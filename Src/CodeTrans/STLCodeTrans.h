@@ -173,6 +173,11 @@ unsigned long ANSIToUTF8(char const* src, std::string& dst);
 // UTF-8 (a leading byte-order mark skipped) to GBK, up to the first character that GBK lacks. Returns 1.
 unsigned long UTF8ToANSI(char const* src, std::string& dst);
 
+// The same two into a buffer, with a zero byte behind: at most `room` bytes and the zero, and as many as
+// there are (never more than strlen(src)). They return the bytes before the zero.
+unsigned long ANSIToUTF8(char const* src, char* dst, unsigned long room);
+unsigned long UTF8ToANSI(char const* src, char* dst);
+
 // ---------------------------------------------------------------------------------------------------------
 // Dispatch.cpp. The converter for each source encoding (ENCODE_UNKNOWN: detected first). `dstLen` is the
 // capacity in bytes where a branch reads it, on return the length that the branch sets.

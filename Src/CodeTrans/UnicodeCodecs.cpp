@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "Bytes.h"
+#include "FastPaths.h"
 #include "STLCodeTrans.h"
 
 namespace
@@ -43,21 +44,16 @@ unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst)
 {
     const unsigned long length = strlen(reinterpret_cast<const char*>(src));
     char* const out = reinterpret_cast<char*>(dst);
-    unsigned long written = 0;
-    const auto put = [&](unsigned cp) {
-        StoreWide(out + written, static_cast<wchar_t>(cp));
+    Progress at;
+    if (FastPathsOn() && !Overlap(src, length, dst, sizeof(wchar_t) * length))
+        at = FastUtf8ToWide(src, length, out);
+    auto [read, written] = at;
+    while (read < length) {
+        const WideStep step = NextWide(src + read, length - read);
+        read += step.length;
+        if (!step.isCharacter) continue;
+        StoreWide(out + written, static_cast<wchar_t>(step.cp));
         written += sizeof(wchar_t);
-    };
-    for (unsigned long i = 0; i < length; ++i) {
-        if (src[i] <= 0x7F) {
-            put(src[i]);
-        } else if ((src[i] & 0xE0) == 0xC0 && i + 1 < length) {
-            put(DecodeTwo(src + i));
-            i += 1;
-        } else if ((src[i] & 0xF0) == 0xE0 && i + 2 < length) {
-            put(DecodeThree(src + i));
-            i += 2;
-        }
     }
     // Half a wide character on purpose: a caller who needs a whole one zeroes the destination first.
     out[written] = out[written + 1] = 0;
@@ -67,15 +63,17 @@ unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst)
 unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst)
 {
     const bool representable = count < static_cast<unsigned long>(PTRDIFF_MAX) / 3;
-    *dst = representable ? static_cast<unsigned char*>(calloc(3 * count + 1, 1)) : nullptr;
+    *dst = representable ? static_cast<unsigned char*>(malloc(3 * count + 1 + FAST_SLACK)) : nullptr;
     if (*dst == nullptr) return 0;
 
-    unsigned long written = 0;
-    for (unsigned long i = 0; i < count; ++i) {
-        // As unsigned, negative values are above U+FFFF and dropped with the rest of those.
-        const auto cp = static_cast<unsigned>(LoadWide(src + i));
+    Progress at;
+    if (FastPathsOn()) at = FastWideToUtf8(src, count, *dst);
+    auto [read, written] = at;
+    for (; read < count; ++read) {
+        const unsigned cp = LoadWide(src + read);
         if (cp <= 0xFFFF) written += static_cast<unsigned long>(EncodeUtf8(cp, *dst + written));
     }
+    (*dst)[written] = 0;
     return written;
 }
 

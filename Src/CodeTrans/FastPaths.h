@@ -1,0 +1,42 @@
+// The vector forms of the engine's plain functions, for x86-64 processors with AVX2.
+//
+// A plain function stays the definition of what it does. It asks its fast form first how far that gets and
+// goes on from there, so a fast form may stop anywhere between two characters, and one that does nothing is
+// right on every machine. The results, the bytes read and the bytes written are the same either way.
+#ifndef CODETRANS_FAST_PATHS_H
+#define CODETRANS_FAST_PATHS_H
+
+// How far a fast form got: source units (bytes or wide characters) used up, bytes of output written.
+struct Progress {
+    unsigned long read = 0;
+    unsigned long written = 0;
+};
+
+// Whether fast forms run: the processor can and no test has switched them off.
+bool FastPathsOn();
+
+// For tests, which compare both forms. Not to be called while another thread converts or detects.
+void SwitchFastPaths(bool on);
+
+// GBK or Big5 pairs by a mapping table to at most `room` bytes of UTF-16LE. Stops at a lone lead byte.
+Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen, char* dst,
+                          unsigned long room);
+
+// UTF-8, continuation bytes unchecked, to wide characters: the whole source.
+Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* dst);
+
+// Wide characters to UTF-8: the whole source. `dst` holds FAST_SLACK bytes more than three a character.
+Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst);
+constexpr unsigned long FAST_SLACK = 64;
+
+// UTF-16LE to GBK as utoGbk defines it: the whole source.
+Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);
+
+// GBK to at most `room` bytes of UTF-8, a character cut where room ends, and UTF-8 to GBK. Both stop before a
+// character that `gbkToUnit` (0x8000 code units by GBK code less 0x8000, 0 for none) or CodeTable does not
+// know in two bytes and at a zero.
+Progress FastGbkToUtf8(const unsigned short* gbkToUnit, const char* src, unsigned long srcLen, char* dst,
+                       unsigned long room);
+Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst);
+
+#endif  // CODETRANS_FAST_PATHS_H

@@ -1,0 +1,193 @@
+// The exported functions end to end: life cycle, forwarding, whole files.
+#include "../Unit/Support.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <functional>
+#include <memory>
+
+#include "FastPaths.h"
+#include "Utility.h"
+
+namespace
+{
+const std::string SAMPLES = CODETRANS_SOURCE_DIRECTORY "/Test/Samples/";
+
+class Interface : public testing::Test
+{
+protected:
+    Interface() { g_sLogPath.clear(); }
+    ~Interface() override { TQ_Exit(); }
+    // The library keeps each copy for the life of the process; freed here for the leak checker's sake.
+    static std::string LastError() { return std::unique_ptr<const char[]>(TQ_GetLastErrorMsg()).get(); }
+    // A model whose detection gives `code` for any text with the byte 'x', ENCODE_UNKNOWN for others with
+    // high bytes.
+    static void LoadDecidingFor(int code)
+    {
+        std::vector<TrieNode> nodes(300, TrieNode{1, -1, 0, TRIE_VALUE_NONE});
+        nodes['x' + 1].nCheck = 0;
+        nodes['x' + 1].nValue = PackTrieValue(code, {});
+        std::filesystem::create_directory("Data");
+        WriteBytes("Data/CodeTrans.model", ModelBytes(nodes, 300));
+        ASSERT_EQ(TQ_Init(nullptr, nullptr), 1);
+    }
+    TempFolder m_folder;
+};
+
+TEST_F(Interface, LifeCycle)
+{
+    TQ_Exit();
+    g_sLastErrorMessage.clear();
+    EXPECT_EQ(LastError(), "");
+    const std::string model = m_folder.Path() + "/Data/CodeTrans.model";
+    EXPECT_EQ(TQ_Init("", "reserved"), -2);
+    EXPECT_EQ(LastError(), model + " load failure!");
+    EXPECT_EQ(TQ_Init((m_folder.Path() + "/").c_str(), nullptr), -2);
+    EXPECT_EQ(LastError(), m_folder.Path() + "//Data/CodeTrans.model load failure!");
+    EXPECT_EQ(TQ_Init("relative", nullptr), -2);
+    EXPECT_EQ(LastError(), "relative/Data/CodeTrans.model load failure!");
+
+    LoadDecidingFor(ENCODE_BIG5);
+    EXPECT_EQ(g_sDataPath, m_folder.Path() + "/Data");
+    EXPECT_EQ(LastError(), "relative/Data/CodeTrans.model load failure!") << "success clears nothing";
+    EXPECT_EQ(TQ_CodeDetect("x", 1), ENCODE_BIG5);
+    EXPECT_EQ(TQ_Init("relative", nullptr), -2);
+    EXPECT_EQ(TQ_CodeDetect("x", 1), ENCODE_BIG5)
+        << "a model that was not even opened leaves the earlier one";
+    TQ_Exit();
+    TQ_Exit();
+    EXPECT_EQ(TQ_CodeDetect("x", 1), ENCODE_GBK);
+}
+
+TEST_F(Interface, BufferConversionsForward)
+{
+    LoadDecidingFor(ENCODE_UTF8);
+    const size_t capacity = 9;
+    char out[32];
+    EXPECT_EQ(TQ_ToUnicode("x\xE4\xB8\xAD", 4, out, capacity, ENCODE_UNKNOWN), 8U);
+    EXPECT_EQ(std::string(out, 10), "x\0\0\0\x2D\x4E\0\0\0\0"_b);
+    EXPECT_EQ(TQ_ToUtf8("\xD6\xD0", 2, out, capacity, ENCODE_GBK), 3U);
+    EXPECT_STREQ(out, "\xE4\xB8\xAD");
+    EXPECT_EQ(TQ_ToGBK("\xE4\xB8\xAD", 3, out, capacity, ENCODE_UTF8), 2U);
+    EXPECT_STREQ(out, "\xD6\xD0");
+    EXPECT_EQ(TQ_ToUtf8("x", 1, out, capacity, 5), 0U);
+}
+
+// The branches of detected UTF-16LE touch five times the source; memory beyond that must be ours too.
+TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
+{
+    const std::string mark8 = "\xEF\xBB\xBF", mark16 = "\xFF\xFE";
+    const struct {
+        const char* what;
+        int detected;
+        std::string source;
+        int target;
+        std::string written;
+        long long result;
+    } cases[] = {
+        {"GBK to UTF-8", ENCODE_GBK, "x\xD6\xD0", ENCODE_UTF8, mark8 + "x\xE4\xB8\xAD", 4},
+        {"GBK to Unicode", ENCODE_GBK, "x\xB0\xA1", ENCODE_UNICODE, mark16 + "x\0\xB0\x30"_b, 4},
+        {"GBK to GBK", ENCODE_GBK, "x\xD6\xD0", ENCODE_GBK, "x\xD6\xD0", 3},
+        {"Big5 to Unicode", ENCODE_BIG5, "x\xB0\xA1", ENCODE_UNICODE, mark16 + "x\0\xB0\xB0"_b, 4},
+        {"Big5 to GBK", ENCODE_BIG5, "x\xA4\xA4", ENCODE_GBK, "x\xA4\xA4", 3},
+        {"UTF-8 to GBK", ENCODE_UTF8, "x\xE4\xB8\xAD", ENCODE_GBK, "x\xD6\xD0", 3},
+        {"UTF-8 to Unicode", ENCODE_UTF8, "x\xE4\xB8\xAD", ENCODE_UNICODE, mark16 + "x\0\0\0\x2D\x4E\0\0"_b,
+         8},
+        {"UTF-8 to UTF-8", ENCODE_UTF8, "x\xE4", ENCODE_UTF8, mark8 + "x\xE4", 2},
+        {"zero bytes go first", ENCODE_GBK, "x\0y\0"_b, ENCODE_GBK, "xy", 2},
+        {"Unicode to Unicode", ENCODE_UNICODE, "xy", ENCODE_UNICODE, mark16 + "xy\0\0\0\0\0\0\0\0\0"_b, 11},
+        {"Unicode to GBK", ENCODE_UNICODE, "xyz", ENCODE_GBK,
+         "\xBB\xF6"
+         "z",
+         3},
+        {"Unicode to UTF-8", ENCODE_UNICODE, "x\1\1", ENCODE_UTF8, mark8 + "\0\0"_b, 2},
+        {"undecided to UTF-8", ENCODE_UTF8, "\xFF\xFF", ENCODE_UTF8, mark8, 0},
+        {"undecided to GBK", ENCODE_UTF8, "\xFF\xFF", ENCODE_GBK, "", 0},
+        {"no such target", ENCODE_UTF8, "x", ENCODE_BIG5, "", 0},
+        {"target 0", ENCODE_UTF8, "x", 0, "", 0},
+    };
+    for (const auto& c : cases) {
+        LoadDecidingFor(c.detected);
+        WriteBytes("in", c.source);
+        WriteBytes("out", "what was there before, and longer than what comes");
+        EXPECT_EQ(TQ_ToFile("in", "out", c.target), c.result) << c.what;
+        EXPECT_EQ(ReadBytes("out"), c.written) << c.what;
+        TQ_Exit();
+    }
+}
+
+TEST_F(Interface, FileNamesAndFailures)
+{
+    LoadDecidingFor(ENCODE_UTF8);
+    WriteBytes("empty", "");
+    for (const std::string name : {"empty", "missing"}) {
+        EXPECT_EQ(TQ_ToUtf8File(name.c_str(), "out"), -1);
+        EXPECT_EQ(LastError(), "Error read file " + name);
+        EXPECT_FALSE(std::filesystem::exists("out"));
+    }
+    WriteBytes("in", "x\xE4\xB8\xAD");
+    EXPECT_EQ(TQ_ToGBKFile("in", "none/out"), -1);
+    EXPECT_EQ(LastError(), "Fail writing file none/out");
+    EXPECT_EQ(TQ_ToFile(nullptr, nullptr, ENCODE_GBK), -1);
+
+    EXPECT_EQ(TQ_ToGBKFile("in", "in"), 3) << "source and destination may be one file";
+    EXPECT_EQ(ReadBytes("in"), "x\xD6\xD0");
+    std::filesystem::rename("in", "\xD6\xD0");
+    EXPECT_EQ(TQ_ToUtf8File("\xE4\xB8\xAD", "out"), 3) << "found under its GBK name";
+}
+
+// Runs in a process of its own that may have only so much memory.
+void ExpectWithLittleMemory(rlim_t bytes, const std::function<bool()>& expectation)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit limit = {bytes, bytes};
+        setrlimit(RLIMIT_AS, &limit);
+        _exit(expectation() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST_F(Interface, ShortMemoryIsAResultNotACrash)
+{
+    if (IsSanitized()) GTEST_SKIP() << "shadow memory needs more than any such limit";
+    LoadDecidingFor(ENCODE_UTF8);
+    constexpr size_t SIZE = 100 << 20;
+    WriteBytes("in", std::string(SIZE, 'x'));
+    WriteBytes("out", "kept");
+    ExpectWithLittleMemory(400 << 20, [] {
+        return TQ_ToUtf8File("in", "out") == -1 && LastError() == "Fail writing file out" &&
+               ReadBytes("out") == "kept";
+    });
+    SwitchFastPaths(false);  // which need no memory
+    std::vector<char> out(16);
+    const std::string gbk(SIZE, 'x');
+    ExpectWithLittleMemory(300 << 20,
+                           [&] { return TQ_ToUtf8(gbk.data(), SIZE, out.data(), 8, ENCODE_GBK) == 0; });
+    ExpectWithLittleMemory(300 << 20,
+                           [&] { return TQ_ToGBK(gbk.data(), SIZE, out.data(), 8, ENCODE_UTF8) == 0; });
+    SwitchFastPaths(true);
+}
+
+TEST_F(Interface, SamplesConvertToTheSameText)
+{
+    ASSERT_EQ(TQ_Init(CODETRANS_SOURCE_DIRECTORY, nullptr), 1);
+    for (const std::string kind : {"news", "fiction", "subtitle", "source", "title"}) {
+        const std::string sample = SAMPLES + kind;
+        const std::string utf8 = ReadBytes(sample + "-hans.utf8"),
+                          utf16 = ReadBytes(sample + "-hans.utf16le");
+        EXPECT_EQ(TQ_ToUtf8File((sample + "-hans.gbk").c_str(), "u8"), static_cast<long long>(utf8.size()));
+        EXPECT_EQ(ReadBytes("u8"), "\xEF\xBB\xBF" + utf8);
+        EXPECT_EQ(TQ_ToUnicodeFile((sample + "-hans.gbk").c_str(), "u16"),
+                  static_cast<long long>(utf16.size()));
+        EXPECT_EQ(ReadBytes("u16"), "\xFF\xFE" + utf16);
+        TQ_ToGBKFile((sample + "-hans.utf8").c_str(), "gbk");
+        EXPECT_EQ(ReadBytes("gbk"), ReadBytes(sample + "-hans.gbk"));
+        TQ_ToUnicodeFile((sample + "-hant.big5").c_str(), "u16");
+        EXPECT_EQ(ReadBytes("u16"), "\xFF\xFE" + ReadBytes(sample + "-hant.utf16le"));
+    }
+}
+}  // namespace

@@ -1,0 +1,258 @@
+// Detection: the weighing rules on tries made to measure, the walk against a slow oracle on random automata,
+// and damaged models.
+#include <climits>
+
+#include "Support.h"
+
+namespace
+{
+constexpr int CODE_1 = 1 << 20;
+
+struct Child {
+    int parent;
+    unsigned char byte;
+    int value;
+};
+
+// The root and every other node have nBase 1, so the node for byte b sits at b + 1, and all fail to the root.
+std::vector<TrieNode> SmallTrie(const std::vector<Child>& children)
+{
+    std::vector<TrieNode> nodes(300, TrieNode{1, -1, 0, TRIE_VALUE_NONE});
+    for (const Child& c : children) {
+        nodes[c.byte + 1U].nCheck = c.parent;
+        nodes[c.byte + 1U].nValue = c.value;
+    }
+    return nodes;
+}
+
+int Detect(const std::string& text)
+{
+    GuardedBuffer buffer(text);
+    return CodeTrans_CodeDetect(buffer.data(), text.size());
+}
+
+constexpr int Add(int gbk, int big5, int unicode, int utf8)
+{
+    return PackTrieValue(0, {gbk, big5, unicode, utf8});
+}
+
+TEST(Detection, WeighsTheSums)
+{
+    static_assert(Add(1, 0, 0, 0) == 0x1280e && Add(0, 0, 1, 0) == 0x1299d &&
+                  PackTrieValue(1, {}) == 0x11280d);
+    static_assert(UnpackTrieValue(0x3FFFF).utf8 == 23 && UnpackTrieValue(0).gbk == -9);
+    const struct {
+        const char* what;
+        std::vector<Child> children;
+        std::string text;
+        int result;
+    } cases[] = {
+        {"empty input", {}, "", ENCODE_GBK},
+        {"no children, ASCII", {}, "plain", ENCODE_GBK},
+        {"no children, high byte", {}, "plain\xB0", ENCODE_UNKNOWN},
+        {"retried bytes count once", {{0, 0xB0, Add(1, 0, 0, 0)}}, "\xB0\xB0\xB0\xB0", ENCODE_GBK},
+        {"positive count exactly H / 4", {{0, 0xB0, Add(1, 0, 0, 0)}}, "\xB0\xC0\xC0\xC0", ENCODE_UNKNOWN},
+        {"UTF-16LE without others", {{0, 0x00, Add(0, 0, 1, 0)}}, "a\0b\0"_b, ENCODE_UNICODE},
+        {"a counted node spoils the ratio",
+         {{0, 0x00, Add(0, 0, 1, 0)}, {0, 0x20, TRIE_VALUE_NONE | TRIE_VALUE_COUNTED}},
+         "a\0 b\0"_b,
+         ENCODE_GBK},
+        {"ten to one is not enough",
+         {{0, 0x00, Add(0, 0, 1, 0)}, {0, 0x20, 0x5280d}},
+         std::string(10, '\0') + " ",
+         ENCODE_GBK},
+        {"eleven to one is",
+         {{0, 0x00, Add(0, 0, 1, 0)}, {0, 0x20, 0x5280d}},
+         std::string(11, '\0') + " ",
+         ENCODE_UNICODE},
+        {"an uncounted node does not",
+         {{0, 0x00, Add(0, 0, 1, 0)}, {0, 0x20, TRIE_VALUE_NONE}},
+         "a\0 b\0"_b,
+         ENCODE_UNICODE},
+        {"UTF-16LE refused leaves the result",
+         {{0, 0xB0, Add(1, 0, 2, 0)}, {0, 0xB1, Add(1, 0, 0, 0)}},
+         "\xB0\xB0\xB0\xB1",
+         ENCODE_GBK},
+        {"a decisive node ends the walk",
+         {{0, 'x', CODE_1 | 0x1280d}, {0, 'y', CODE_1 * 3}},
+         "xy",
+         ENCODE_UTF8},
+        {"a decisive code as stored", {{0, 'x', PackTrieValue(-5, {})}}, "x", -5},
+        {"ties go to the earlier", {{0, 0xB0, Add(2, 2, 0, 2)}}, "\xB0\xB0", ENCODE_GBK},
+        {"a refused candidate shuts out ties",
+         {{0, 0xB0, Add(5, 5, 0, 5)}},
+         std::string("\xB0\xC0\xC0\xC0"),
+         ENCODE_UNKNOWN},
+        {"Big5 beats GBK", {{0, 0xB0, Add(1, 2, 0, 0)}}, "\xB0", ENCODE_BIG5},
+        {"Big5 refused", {{0, 0xB0, Add(1, 2, 0, 0)}}, "\xB0\xC0\xC0\xC0", ENCODE_UNKNOWN},
+        {"Big5 on ASCII needs a positive node", {{0, 'a', Add(-2, -1, -9, -9)}}, "a", ENCODE_UNKNOWN},
+        {"UTF-8 needs more than a sixth", {{0, 0xB0, Add(0, 0, 0, 23)}}, "\xB0\xC0\xC0\xC0\xC0", ENCODE_UTF8},
+        {"UTF-8 refused at a sixth",
+         {{0, 0xB0, Add(0, 0, 0, 23)}},
+         "\xB0\xC0\xC0\xC0\xC0\xC0",
+         ENCODE_UNKNOWN},
+        {"a zero value counts as non-positive",
+         {{0, 0x00, Add(0, 0, 1, 0)}, {0, 'a', 0}},
+         "a\0b\0"_b,
+         ENCODE_GBK},
+    };
+    for (const auto& c : cases) {
+        const LoadedModel model(SmallTrie(c.children));
+        EXPECT_EQ(Detect(c.text), c.result) << c.what;
+    }
+}
+
+TEST(Detection, WithoutAModelActsAsWithoutChildren)
+{
+    CodeTrans_Destroy();
+    EXPECT_EQ(Detect("plain"), ENCODE_GBK);
+    EXPECT_EQ(Detect(""), ENCODE_GBK);
+    EXPECT_EQ(Detect("\xD6\xD0\xCE\xC4"), ENCODE_UNKNOWN);
+    const LoadedModel empty(std::vector<TrieNode>{});
+    EXPECT_EQ(Detect("plain"), ENCODE_GBK);
+    EXPECT_EQ(Detect("\xD6\xD0\xCE\xC4"), ENCODE_UNKNOWN);
+}
+
+TEST(Detection, TakesATableThatOtherCodePutInPlace)
+{
+    std::vector<TrieNode> nodes = SmallTrie({{0, 'x', PackTrieValue(ENCODE_BIG5, {})}});
+    g_pstTrieTable = nodes.data();
+    EXPECT_EQ(CodeTrans_TrieNodeCount(), INT_MAX);
+    EXPECT_EQ(Detect("..x"), ENCODE_BIG5);
+    g_pstTrieTable = nullptr;
+}
+
+// The walk step by step, with its byte tried again after each failure, and the rules, all in wide arithmetic.
+int Oracle(const std::vector<TrieNode>& nodes, const std::string& text)
+{
+    const auto size = static_cast<long>(nodes.size());
+    long sum[4] = {}, positive[4] = {}, nonPositive = 0, high = 0, state = 0, hops = 0, code = 0;
+    for (size_t p = 0; p < text.size() && code == 0;) {
+        const auto b = static_cast<unsigned char>(text[p]);
+        high += b >= 0x80;
+        const long t = nodes[static_cast<size_t>(state)].nBase + long{b};
+        if (t >= 0 && t < size && nodes[static_cast<size_t>(t)].nCheck == state) {
+            state = t;
+            const int value = nodes[static_cast<size_t>(t)].nValue;
+            const long digits = value & 0x3FFFF;
+            const long add[4] = {digits % 20 - 9, digits / 20 % 20 - 9, digits / 8000 - 9,
+                                 digits / 400 % 20 - 9};
+            code = value >> 20;
+            for (int e = 0; value != TRIE_VALUE_NONE && e < 4; ++e) {
+                sum[e] += add[e];
+                positive[e] += add[e] > 0;
+            }
+            nonPositive += value != TRIE_VALUE_NONE && add[3] <= 0;
+        } else if (state != 0) {
+            high -= b >= 0x80;
+            const long fail = nodes[static_cast<size_t>(state)].nFail;
+            state = fail >= 0 && fail < size && ++hops <= size ? fail : 0;
+            continue;
+        }
+        hops = 0;
+        ++p;
+    }
+    if (code != 0) return static_cast<int>(code);
+    long best = sum[0];
+    int result = positive[0] > high / 4 || high == 0 ? ENCODE_GBK : ENCODE_UNKNOWN;
+    const int codes[] = {0, ENCODE_BIG5, ENCODE_UTF8}, shares[] = {0, 4, 6};
+    for (int e = 1; e < 3; ++e)
+        if (sum[e] > best) {
+            best = sum[e];
+            result = positive[e] > high / shares[e] ? codes[e] : ENCODE_UNKNOWN;
+        }
+    return sum[3] > best && positive[3] >= 10 * nonPositive + 1 ? ENCODE_UNICODE : result;
+}
+
+constexpr unsigned ALPHABET = 5;
+const std::string LETTERS = "a\x80\xB0\0\xFF"_b;
+
+// A sound automaton over few letters: each state has a block of 256 slots, links lead to earlier states.
+std::vector<TrieNode> RandomAutomaton(Random& random)
+{
+    struct State {
+        int node, base;
+    };
+    std::vector<State> states = {{0, 256}};
+    const unsigned count = 2 + random.Below(20);
+    std::vector<TrieNode> nodes(256 * (count + 1), TrieNode{0, -1, 0, TRIE_VALUE_NONE});
+    nodes[0].nBase = 256;
+    while (states.size() < count) {
+        const State parent = states[random.Below(static_cast<unsigned>(states.size()))];
+        const int at = parent.base + static_cast<unsigned char>(LETTERS[random.Below(ALPHABET)]);
+        TrieNode& node = nodes[static_cast<size_t>(at)];
+        if (node.nCheck >= 0) continue;
+        const int decisive = random.Below(30) == 0 ? CODE_1 * static_cast<int>(random.Below(9)) : 0;
+        const int value = decisive + static_cast<int>(random.Below(1 << 18));
+        node = {256 * (static_cast<int>(states.size()) + 1), parent.node,
+                states[random.Below(static_cast<unsigned>(states.size()))].node,
+                random.Below(3) == 0 ? TRIE_VALUE_NONE : value};
+        states.push_back({at, node.nBase});
+    }
+    return nodes;
+}
+
+void Damage(std::vector<TrieNode>& nodes, Random& random)
+{
+    const int extremes[] = {
+        INT_MIN, -1, 0, 1, static_cast<int>(nodes.size()) - 1, static_cast<int>(nodes.size()), INT_MAX};
+    for (unsigned i = 0; i < nodes.size(); ++i) {
+        if (nodes[i].nCheck < 0 && i != 0) continue;
+        int* const fields[] = {&nodes[i].nBase, &nodes[i].nCheck, &nodes[i].nFail, &nodes[i].nValue};
+        if (random.Below(3) == 0) *fields[random.Below(4)] = extremes[random.Below(7)];
+        if (random.Below(6) == 0) nodes[i].nFail = static_cast<int>(i);  // a chain that never ends
+    }
+}
+
+TEST(Detection, WalksLikeTheOracle)
+{
+    Random random;
+    for (int round = 0; round < 600; ++round) {
+        std::vector<TrieNode> nodes = RandomAutomaton(random);
+        if (round % 2 == 1) Damage(nodes, random);
+        const LoadedModel model(nodes);
+        for (int i = 0; i < 20; ++i) {
+            const std::string text = random.Text(random.Below(80), LETTERS);
+            ASSERT_EQ(Detect(text), Oracle(nodes, text))
+                << "round " << round << ": " << testing::PrintToString(text);
+        }
+    }
+}
+
+TEST(Detection, CommittedModelWalksLikeTheOracle)
+{
+    Random random;
+    const LoadedModel model;
+    const std::vector<TrieNode> nodes(g_pstTrieTable, g_pstTrieTable + CodeTrans_TrieNodeCount());
+    for (int i = 0; i < 3000; ++i) {
+        const std::string text =
+            random.Text(random.Below(60), i % 2 == 0 ? "" : "\xB0\xA1\xA4\xE4\xB8\xAD N\x80\xFF\xFE");
+        ASSERT_EQ(Detect(text), Oracle(nodes, text)) << testing::PrintToString(text);
+    }
+}
+
+TEST(Detection, NamesEverySample)
+{
+    const LoadedModel model;
+    const struct {
+        const char* suffix;
+        int code;
+    } suffixes[] = {
+        {".gbk", ENCODE_GBK}, {".big5", ENCODE_BIG5}, {".utf8", ENCODE_UTF8}, {".utf16le", ENCODE_UNICODE}};
+    int samples = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(CODETRANS_SOURCE_DIRECTORY "/Test/Samples"))
+        for (const auto& s : suffixes)
+            if (entry.path().extension() == s.suffix) {
+                EXPECT_EQ(Detect(ReadBytes(entry.path())), s.code) << entry.path();
+                ++samples;
+            }
+    EXPECT_GE(samples, 35);
+    EXPECT_EQ(Detect("Only ASCII here, 100 % of it."), ENCODE_GBK);
+    EXPECT_EQ(Detect("\xEF\xBB\xBF"
+                     "ascii"),
+              ENCODE_UTF8);
+    EXPECT_EQ(Detect("\xFF\xFE"
+                     "a\0"_b),
+              ENCODE_UNICODE);
+}
+}  // namespace

@@ -1,0 +1,123 @@
+// Loading: result codes by length, what a failure leaves behind, and the committed model's own guarantees.
+#include "Support.h"
+
+namespace
+{
+constexpr size_t TABLES = 4 * MAPPING_ENTRIES;
+const TrieNode LEAF = {1, -1, 0, TRIE_VALUE_NONE};
+
+class ModelLoading : public testing::Test
+{
+protected:
+    ~ModelLoading() override { CodeTrans_Destroy(); }
+    static int Load(const std::string& bytes)
+    {
+        WriteBytes("m", bytes);
+        return CodeTrans_Initialize("m");
+    }
+    static bool NothingLoaded()
+    {
+        return g_mapGBKToUnicode == nullptr && g_mapBig5ToUnicode == nullptr && g_pstTrieTable == nullptr;
+    }
+    TempFolder m_folder;
+};
+
+TEST_F(ModelLoading, ResultFollowsFromTheLength)
+{
+    const std::string whole = ModelBytes({LEAF, LEAF}, 2);
+    const struct {
+        size_t size;
+        int result;
+    } cases[] = {{0, -1},          {TABLES / 2 - 1, -1},  {TABLES / 2, -2},
+                 {TABLES - 1, -2}, {TABLES, -3},          {TABLES + 3, -3},
+                 {TABLES + 4, -4}, {TABLES + 4 + 31, -4}, {TABLES + 4 + 32, 0}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(Load(whole.substr(0, c.size)), c.result) << c.size;
+        EXPECT_EQ(NothingLoaded(), c.result != 0) << c.size;
+        CodeTrans_Destroy();
+        EXPECT_TRUE(NothingLoaded());
+    }
+    EXPECT_EQ(Load(whole + "more"), 0);
+    CodeTrans_Destroy();
+    EXPECT_EQ(Load(ModelBytes({}, 0)), 0);
+    EXPECT_NE(g_pstTrieTable, nullptr);
+    CodeTrans_Destroy();
+    EXPECT_EQ(Load(ModelBytes({}, -1)), -127);
+    EXPECT_TRUE(NothingLoaded());
+    EXPECT_EQ(CodeTrans_Initialize(m_folder.Path().c_str()), -1) << "a directory opens but cannot be read";
+}
+
+TEST_F(ModelLoading, OnlyAMissingFileKeepsAnEarlierModel)
+{
+    ASSERT_EQ(Load(ModelBytes({LEAF}, 1)), 0);
+    const TrieNode* const trie = g_pstTrieTable;
+    EXPECT_EQ(CodeTrans_Initialize("missing"), -1);
+    EXPECT_EQ(g_pstTrieTable, trie);
+
+    const std::vector<void*> earlier = {g_mapGBKToUnicode, g_mapBig5ToUnicode, g_pstTrieTable};
+    EXPECT_EQ(Load("short"), -1);
+    EXPECT_TRUE(NothingLoaded());
+    // Tables that a second load replaces stay allocated; the test frees them.
+    delete[] static_cast<unsigned short*>(earlier[0]);
+    delete[] static_cast<unsigned short*>(earlier[1]);
+    delete[] static_cast<TrieNode*>(earlier[2]);
+    CodeTrans_Destroy();
+    CodeTrans_Destroy();
+}
+
+TEST(CommittedModel, KeepsWhatTheWalkNeeds)
+{
+    const LoadedModel model;
+    const int count = CodeTrans_TrieNodeCount();
+    ASSERT_EQ(std::filesystem::file_size(ModelPath()), TABLES + 4 + 16U * static_cast<unsigned>(count));
+    EXPECT_LE(std::filesystem::file_size(ModelPath()), 2U << 20);
+    for (int s = 0; s < count; ++s) {
+        const TrieNode& node = g_pstTrieTable[s];
+        if (s != 0 && (node.nCheck < 0 || node.nCheck >= count)) continue;  // no node
+        ASSERT_GE(node.nBase, 0) << s;
+        ASSERT_LT(node.nBase + 255, count) << s;
+        ASSERT_NE(node.nBase + 255, INT_MAX);
+        int hops = 0;
+        for (int f = s; f != 0; f = g_pstTrieTable[f].nFail) {
+            ASSERT_LT(++hops, 10) << s;
+            ASSERT_GE(f, 0);
+            ASSERT_LT(f, count);
+        }
+    }
+    // No transition may lead back to the root.
+    EXPECT_TRUE(g_pstTrieTable[0].nCheck < 0 || g_pstTrieTable[0].nCheck >= count);
+}
+
+// Decoder and encoder agree on every character of GBK, and a pair that is none shows as U+FFFD.
+TEST(CommittedModel, MappingsAreWholeAndRoundTrip)
+{
+    const LoadedModel model;
+    unsigned gbkPairs = 0;
+    for (unsigned unit = 0x80; unit < 0x10000; ++unit) {
+        const unsigned code = CodeTable[unit];
+        if (code < 0x100) continue;
+        ++gbkPairs;
+        const unsigned index =
+            PairIndex(static_cast<unsigned char>(code >> 8), static_cast<unsigned char>(code));
+        ASSERT_EQ(g_mapGBKToUnicode[index], unit) << std::hex << code;
+    }
+    unsigned gbkDefined = 0, big5Defined = 0;
+    for (unsigned i = 0; i < MAPPING_ENTRIES; ++i) {
+        ASSERT_NE(g_mapGBKToUnicode[i], 0);
+        ASSERT_NE(g_mapBig5ToUnicode[i], 0);
+        gbkDefined += g_mapGBKToUnicode[i] != 0xFFFD;
+        big5Defined += g_mapBig5ToUnicode[i] != 0xFFFD;
+    }
+    EXPECT_EQ(gbkDefined, gbkPairs);
+    EXPECT_GT(big5Defined, 13500U);
+    const auto big5 = [](unsigned char lead, unsigned char trail) {
+        return g_mapBig5ToUnicode[PairIndex(lead, trail)];
+    };
+    EXPECT_EQ(big5(0xA4, 0x40), 0x4E00);
+    EXPECT_EQ(big5(0xA4, 0x3F), 0x4E00) << "trail bytes below 40 share row 0";
+    EXPECT_EQ(big5(0xA4, 0xA4), 0x4E2D);
+    EXPECT_EQ(big5(0xA1, 0x45), 0x2027) << "code page 950";
+    EXPECT_EQ(big5(0xF9, 0xD6), 0x7881) << "ETEN";
+    EXPECT_EQ(big5(0xC6, 0xE7), 0x3041) << "ETEN kana";
+}
+}  // namespace

@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Builds CodeTrans and runs the whole test suite, then once more under AddressSanitizer and UndefinedBehaviorSanitizer.
+. "$(dirname "$0")/Tools/setup.sh"
+options=()
+# A newer compiler's new warning must not keep a user from testing; in CI it must be seen.
+[ -z "${CI:-}" ] || options+=(-DCODETRANS_WERROR=ON)
+
+for folder in build build-sanitize; do
+    echo "Building in $folder ..."
+    sanitize=OFF
+    [ $folder = build ] || sanitize=ON
+    build $folder -DCODETRANS_SANITIZE=$sanitize "${options[@]}"
+done
+for folder in build build-sanitize; do
+    echo "Testing in $folder ..."
+    ctest --test-dir $folder --output-on-failure --parallel "$(nproc)" --no-tests=error
+done
