@@ -40,6 +40,14 @@ void InsertRun(std::wstring& text, CRandom& random)
     text.insert(at, run);
 }
 
+// Terminals' colours, as bulletin boards use them.
+void InsertEscapes(std::wstring& text, CRandom& random)
+{
+    static const wchar_t* const ESCAPES[] = {L"\x1b[m", L"\x1b[1;33m", L"\x1b[32m", L"\x1b[0;37;44m", L"\x1b[1;31;40m", L"\x1b[K"};
+    for (uint32_t runs = 1 + random.Below(4); runs > 0; --runs)
+        text.insert(random.Below(static_cast<uint32_t>(text.size() + 1)), ESCAPES[random.Below(6)]);
+}
+
 // Half a character lost at an end, or one stray byte.
 void Damage(std::string& bytes, CRandom& random)
 {
@@ -116,6 +124,7 @@ std::wstring CSampleSource::Sparse(bool traditional, size_t length, CRandom& ran
 void CSampleSource::AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const
 {
     if (random.Chance(3)) InsertRun(text, random);
+    if (text.size() > 16 && random.Chance(4)) InsertEscapes(text, random);
     if (random.Chance(25)) EndLinesAsWindows(text);
     if (random.Chance(12))
         for (wchar_t& c : text) {  // now and then a character that no statistics hold

@@ -38,6 +38,16 @@ bool IsSequence(const std::string& bytes)
     return bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !StartsWithUtf8Character(bytes);
 }
 
+bool IsLetter(unsigned byte)
+{
+    return (byte | 0x20) >= 'a' && (byte | 0x20) <= 'z';
+}
+
+bool IsWordLike(const std::string& path)
+{
+    return path.size() == 2 && IsLetter(ByteAt(path, 0)) && ByteAt(path, 1) >= 'a' && ByteAt(path, 1) <= 'z';
+}
+
 struct Parameter {
     Weights weight{};
     Weights squares{};
@@ -139,12 +149,19 @@ private:
 
     // Whether an ASCII state speaks against UTF-16LE without being a stranger to it: a negative digit would cost
     // that its ten to one.
-    bool IsDoubtful(const Feature& feature) const
+    static bool IsAmbiguous(const Feature& feature, double weight)
     {
         const auto& seen = feature.seen;
         const uint64_t others = uint64_t{seen[CANDIDATE_GBK]} + seen[CANDIDATE_BIG5] + seen[CANDIDATE_UTF8];
-        return feature.ascii && Total(feature)[CANDIDATE_UNICODE] * UNITS_A_NAT < 0.5 && seen[CANDIDATE_UNICODE] > 3 &&
+        return feature.ascii && weight * UNITS_A_NAT < 0.5 && seen[CANDIDATE_UNICODE] > 3 &&
                others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
+    }
+
+    // Of those, what words are made of says nothing: the other way out, below, would count for the other encodings
+    // wherever there is a word, even in languages that are none of ours.
+    bool IsDoubtful(const Feature& feature) const
+    {
+        return IsAmbiguous(feature, Total(feature)[CANDIDATE_UNICODE]) && IsWordLike(feature.name->path);
     }
 
     // Doubtful states fall silent, and the rest learn to do without them.
@@ -239,7 +256,10 @@ private:
             const int digit = std::clamp(static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT)), -9, 10);
             if (feature.silent || IsDoubtful(feature) || (digit == 0 && seen == std::array<uint32_t, CANDIDATES>{}))
                 return TRIE_VALUE_NONE;
-            return PackTrieValue(0, {0, 0, digit, 0}) | (digit == 0 ? TRIE_VALUE_COUNTED : 0);
+            // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
+            const int others = digit < 1 && IsAmbiguous(feature, w[CANDIDATE_UNICODE]) ? 1 - digit : 0;
+            return PackTrieValue(0, {others, others, others > 0 ? 1 : digit, others}) |
+                   (digit == 0 && others == 0 ? TRIE_VALUE_COUNTED : 0);
         }
         std::array<int, CANDIDATES> digit;
         int least = 100, most = -100;
@@ -253,8 +273,8 @@ private:
         if (least == 100) least = *std::min_element(digit.begin(), digit.end());
         const int shift = std::min(1 - least, 10 - most);
         for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
-        const int value = PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
-        return value;
+        if (seen[CANDIDATE_UNICODE] > 0) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
+        return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
     }
 
     const CSampleSource& m_source;
