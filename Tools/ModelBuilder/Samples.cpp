@@ -6,7 +6,8 @@
 namespace
 {
 const char* const CLASSES[] = {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words",
-                               "ascii",      "ja",        "ko",         "ru",         "latin"};
+                               "ascii",      "shift-jis", "euc-jp",     "euc-kr",     "windows-1251", "latin-1",
+                               "binary"};
 
 // Mostly short, as short text is where errors are; now and then a whole page.
 size_t DrawLength(CRandom& random)
@@ -134,6 +135,22 @@ void CSampleSource::AddOddities(std::wstring& text, Candidate candidate, CRandom
             const wchar_t rare = level[random.Below(static_cast<uint32_t>(level.size()))];
             if (m_encoder.Has(candidate, rare)) c = rare;
         }
+}
+
+std::string CSampleSource::DrawForeign(size_t kind, CRandom& random) const
+{
+    static const char* const KINDS[] = {"shift-jis", "euc-jp", "euc-kr", "windows-1251", "latin-1", "binary"};
+    const size_t length = 64 + random.Below(200);
+    std::string bytes;
+    while (kind >= sizeof KINDS / sizeof KINDS[0] && bytes.size() < length)  // compressed
+        bytes += static_cast<char>(random.Below(256));
+    if (!bytes.empty()) return bytes;
+    for (const wchar_t c : Class(KINDS[kind]).Text(length, random)) {
+        const unsigned pair = c >= 0x4000 ? static_cast<unsigned>(c) - 0x4000 : 0;
+        if (c >= 0x4000) bytes += static_cast<char>(0x80 + pair / 192);
+        bytes += static_cast<char>(c >= 0x4000 ? 0x40 + pair % 192 : static_cast<unsigned>(c) & 0xFF);
+    }
+    return bytes;
 }
 
 Sample CSampleSource::Draw(CRandom& random) const

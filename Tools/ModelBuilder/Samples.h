@@ -24,8 +24,9 @@ public:
     // Chinese text in one of the four encodings, or ASCII alone (answer GBK).
     Sample Draw(CRandom& random) const;
 
-    // Text of another language in an encoding that is none of ours; empty when the draw was not encodable.
-    std::string DrawForeign(CRandom& random) const;
+    // Bytes of a kind (0 to FOREIGN_KINDS - 1) that is none of ours: other languages, programs, compressed data.
+    std::string DrawForeign(size_t kind, CRandom& random) const;
+    static constexpr size_t FOREIGN_KINDS = 7;
 
     // `bytes` of pure ASCII of some kind.
     std::string Ascii(size_t length, CRandom& random) const;

@@ -16,6 +16,7 @@ using Weights = std::array<double, CANDIDATES>;
 constexpr double UNITS_A_NAT = 3.0;
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
+constexpr double FOREIGN_ODDS = 60.0;  // how much more often a pair is foreign before it stops counting for ours
 constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
@@ -65,7 +66,8 @@ struct Feature {
     const StateName* name;
     std::array<int, 3> terms = {-1, -1, -1};
     bool ascii = false, silent = false, pair = false;
-    std::array<uint32_t, CANDIDATES> seen{};
+    std::array<uint32_t, CANDIDATES> seen{};  // visits in training
+    double foreign = 0;                       // its share of the pairs in the foreign kind that has it most
 };
 
 class CTrainer
@@ -117,9 +119,31 @@ public:
         return -Shares(sum, answer)[answer];
     }
 
+    // Measures how often each state is entered by what is none of ours.
+    void MeetForeign(uint64_t samples, uint64_t seed)
+    {
+        CRandom random(seed);
+        std::vector<std::vector<uint32_t>> visits(m_features.size(), std::vector<uint32_t>(CSampleSource::FOREIGN_KINDS));
+        std::vector<double> all(CSampleSource::FOREIGN_KINDS);
+        for (uint64_t n = 0; n < samples; ++n) {
+            const size_t kind = n % CSampleSource::FOREIGN_KINDS;
+            Walk(m_source.DrawForeign(kind, random));
+            for (const size_t f : m_visited)
+                if (m_features[f].pair) ++visits[f][kind], ++all[kind];
+        }
+        for (size_t f = 0; f < m_features.size(); ++f)
+            for (size_t kind = 0; kind < all.size(); ++kind)
+                m_features[f].foreign = std::max(m_features[f].foreign, visits[f][kind] / all[kind]);
+        for (const Feature& feature : m_features)
+            for (size_t c = 0; c < CANDIDATES; ++c) m_all[c] += feature.pair ? feature.seen[c] : 0;
+    }
+
     void Round(StateValues& states) const
     {
         for (const Feature& feature : m_features) states[*feature.name] = RoundedValue(feature);
+        // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is doubtful.
+        for (int lead = 0x81; lead < 0xFF; ++lead)
+            states[{REGION_START, std::string(1, static_cast<char>(lead))}] = PackTrieValue(0, {1, 1, 1, 1});
     }
 
 private:
@@ -247,7 +271,7 @@ private:
     }
 
     // Digits for one state. Adding the same to all four changes no comparison of sums, so they are shifted until
-    // every encoding in whose text the state really occurs has a positive one.
+    // every encoding in whose text the state really occurs has a positive one, and none where it is foreign.
     int RoundedValue(const Feature& feature) const
     {
         const Weights w = Total(feature);
@@ -262,19 +286,32 @@ private:
                    (digit == 0 && others == 0 ? TRIE_VALUE_COUNTED : 0);
         }
         std::array<int, CANDIDATES> digit;
-        int least = 100, most = -100;
+        int shift = 100, room = 100;
         uint32_t all = 0;
         for (const uint32_t count : seen) all += count;
         for (size_t c = 0; c < CANDIDATES; ++c) {
             digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
-            if (c != CANDIDATE_UTF8) most = std::max(most, digit[c]);
-            if (seen[c] > 0 && (c == CANDIDATE_UNICODE || seen[c] * 500 >= all)) least = std::min(least, digit[c]);
+            if (c != CANDIDATE_UTF8) room = std::min(room, 10 - digit[c]);
         }
-        if (least == 100) least = *std::min_element(digit.begin(), digit.end());
-        const int shift = std::min(1 - least, 10 - most);
+        int raise = -100;
+        for (size_t c = 0; c < CANDIDATES; ++c) {
+            if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
+                if (seen[c] * 20 >= all) shift = std::min(shift, -digit[c]);
+            } else if (seen[c] > 0 && (c == CANDIDATE_UNICODE || seen[c] * 500 >= all)) {
+                raise = std::max(raise, 1 - digit[c]);
+            }
+        }
+        if (raise == -100) raise = 1 - *std::max_element(digit.begin(), digit.end());
+        shift = std::min({shift, raise, room});
         for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
         if (seen[CANDIDATE_UNICODE] > 0) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
         return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
+    }
+
+    // Whether a pair belongs to other languages rather than to text in GBK or Big5.
+    bool IsForeign(const Feature& feature, size_t c) const
+    {
+        return feature.pair && c != CANDIDATE_UTF8 && feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
     }
 
     const CSampleSource& m_source;
@@ -282,6 +319,7 @@ private:
     std::vector<int> m_feature;  // by node; -1 for none
     std::vector<Feature> m_features;
     std::vector<Parameter> m_parameters;
+    Weights m_all{};  // visits of pairs in training
     std::unordered_map<std::string, int> m_parameterOf;
     std::vector<size_t> m_visited;
 };
@@ -339,5 +377,6 @@ void TrainValues(StateValues& states, const CSampleSource& source, const CEncode
     states = WithSequences(states, SequencesByGain(trainer, source, encoder), plan.nodes);
     trainer.Adopt(states);
     trainer.Train(plan.samples - plan.samples / 3, plan.seed + 1, true);
+    trainer.MeetForeign(200'000, plan.seed + 2);
     trainer.Round(states);
 }
