@@ -1,3 +1,4 @@
+/* clang-format off */
 /*
  * CodeTrans: tells GBK, Big5, UTF-8 and UTF-16LE apart and converts between them.
  *
