@@ -52,10 +52,10 @@ bool IsLineEnd(char byte)
 StateName WithoutFirstUnit(const std::string& path)
 {
     if (path.size() < 2) return {REGION_MAIN, ""};
-    if (IsLineEnd(path[0]) && ByteAt(path, 1) >= 0x80) {
-        // One byte, unless it is a unit of UTF-16LE with a lead byte for its high half.
-        if (path.size() > 2) return {REGION_MAIN, path.substr(1)};
-    }
+    // A line end is one byte, unless it may be a unit of UTF-16LE with what follows.
+    const unsigned second = ByteAt(path, 1);
+    if (IsLineEnd(path[0]) && (path.size() > 2 ? second >= 0x80 : second >= 0xA0 && second != 0xFF))
+        return {REGION_MAIN, path.substr(1)};
     if (LeadAfterAscii(path)) return {REGION_UNIT, path.substr(1)};
     if (!StartsWithUtf8Character(path))
         return path.size() == 2 && OpensUtf8(path) ? StateName{REGION_THIRD, ""}

@@ -159,7 +159,7 @@ Sample CSampleSource::Draw(CRandom& random) const
     if (random.Chance(12)) {
         const uint32_t kind = random.Below(10);
         sample.bytes = Ascii(kind < 3 ? 1 + random.Below(7) : kind < 8 ? 8 + random.Below(24) : 32 + random.Below(300), random);
-        if (sample.bytes.size() >= 8) sample.weight = 3;  // from here on ASCII is to win for good
+        if (sample.bytes.size() >= 8) sample.weight = 4;  // from here on ASCII is to win for good
         return sample;
     }
     sample.answer = static_cast<Candidate>(random.Below(CANDIDATES));

@@ -114,7 +114,6 @@ bool CarriesValue(const StateName& state)
         case REGION_AFTER: return path.size() == 2;
         case REGION_SECOND: return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
         case REGION_MAIN:
-            if (path == "\n" || path == "\r" || path == " ") return true;
             return path.size() % 2 == 0 ? !path.empty() : path.size() == 3 && StartsWithUtf8Character(path);
     }
     return false;

@@ -17,6 +17,7 @@ constexpr double UNITS_A_NAT = 3.0;
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
 constexpr double FOREIGN_ODDS = 60.0;  // how much more often a pair is foreign before it stops counting for ours
+constexpr double LEAST_SHARE = 5e-6;   // of a pair among those of an encoding, for it to count
 constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
@@ -39,14 +40,14 @@ bool IsSequence(const std::string& bytes)
     return bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !StartsWithUtf8Character(bytes);
 }
 
-bool IsLetter(unsigned byte)
-{
-    return (byte | 0x20) >= 'a' && (byte | 0x20) <= 'z';
-}
-
+// Two bytes that words are made of, in languages that are not ours as well.
 bool IsWordLike(const std::string& path)
 {
-    return path.size() == 2 && IsLetter(ByteAt(path, 0)) && ByteAt(path, 1) >= 'a' && ByteAt(path, 1) <= 'z';
+    const auto isLower = [](unsigned byte) { return byte >= 'a' && byte <= 'z'; };
+    const auto isUpper = [](unsigned byte) { return byte >= 'A' && byte <= 'Z'; };
+    if (path.size() != 2) return false;
+    const unsigned first = ByteAt(path, 0), second = ByteAt(path, 1);
+    return isLower(second) && (isLower(first) || isUpper(first) || first == ' ' || first == '\n');
 }
 
 struct Parameter {
@@ -297,15 +298,23 @@ private:
         for (size_t c = 0; c < CANDIDATES; ++c) {
             if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
                 if (seen[c] * 20 >= all) shift = std::min(shift, -digit[c]);
-            } else if (seen[c] > 0 && (c == CANDIDATE_UNICODE || seen[c] * 500 >= all)) {
+            } else if (seen[c] > 0 && (c == CANDIDATE_UNICODE || (seen[c] * 500 >= all && IsInUse(feature, c)))) {
                 raise = std::max(raise, 1 - digit[c]);
             }
         }
-        if (raise == -100) raise = 1 - *std::max_element(digit.begin(), digit.end());
+        if (raise == -100) raise = -*std::max_element(digit.begin(), digit.end());
+        // Where GBK and Big5 lie further apart than the digits below the positive ones reach, the better one goes up.
+        raise = std::max(raise, -9 - std::min(digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5]));
         shift = std::min({shift, raise, room});
         for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
         if (seen[CANDIDATE_UNICODE] > 0) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
         return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
+    }
+
+    // Rare characters do not count for their encoding: compressed data is full of them.
+    bool IsInUse(const Feature& feature, size_t c) const
+    {
+        return !feature.pair || feature.seen[c] > LEAST_SHARE * m_all[c];
     }
 
     // Whether a pair belongs to other languages rather than to text in GBK or Big5.
