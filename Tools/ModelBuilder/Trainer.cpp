@@ -40,6 +40,20 @@ bool IsSequence(const std::string& bytes)
     return bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !StartsWithUtf8Character(bytes);
 }
 
+// Punctuation, full-width and other signs of GBK, kana left out.
+bool IsSign(const StateName& state)
+{
+    const unsigned lead = ByteAt(state.path, 0);
+    return (lead >= 0xA1 && lead <= 0xA3) || (lead >= 0xA6 && lead <= 0xA9);
+}
+
+// Whether the last two bytes may be a hanzi of UTF-16LE, however rare: none must cost a text its ten to one.
+bool EndsAsHanzi(const StateName& state)
+{
+    const unsigned high = ByteAt(state.path, state.path.size() - 1);
+    return state.region == REGION_MAIN && state.path.size() % 2 == 0 && high >= 0x4E && high < 0xA0;
+}
+
 // Two bytes that words are made of, in languages that are not ours as well.
 bool IsWordLike(const std::string& path)
 {
@@ -307,20 +321,20 @@ private:
         raise = std::max(raise, -9 - std::min(digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5]));
         shift = std::min({shift, raise, room});
         for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
-        if (seen[CANDIDATE_UNICODE] > 0) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
+        if (seen[CANDIDATE_UNICODE] > 0 || EndsAsHanzi(*feature.name)) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
         return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
     }
 
     // Rare characters do not count for their encoding: compressed data is full of them.
     bool IsInUse(const Feature& feature, size_t c) const
     {
-        return !feature.pair || feature.seen[c] > LEAST_SHARE * m_all[c];
+        return !feature.pair || IsSign(*feature.name) || feature.seen[c] > LEAST_SHARE * m_all[c];
     }
 
     // Whether a pair belongs to other languages rather than to text in GBK or Big5.
     bool IsForeign(const Feature& feature, size_t c) const
     {
-        return feature.pair && c != CANDIDATE_UTF8 && feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
+        return feature.pair && c != CANDIDATE_UTF8 && !IsSign(*feature.name) && feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
     }
 
     const CSampleSource& m_source;

@@ -12,7 +12,7 @@
 #include "Samples.h"
 
 struct TrainingPlan {
-    uint64_t samples = 6'000'000;
+    uint64_t samples = 24'000'000;
     uint64_t seed = 1;
     size_t nodes = 109'000;  // slots that the packed table may take, decisive states not yet counted
 };
