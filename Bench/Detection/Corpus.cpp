@@ -66,6 +66,11 @@ std::string Encode(const Encoding& encoding, const Text& text)
     return bytes;
 }
 
+bool IsUtf8(const std::string& bytes)
+{
+    return icu::UnicodeString::fromUTF8(bytes).indexOf(char16_t{0xFFFD}) < 0;
+}
+
 int LeastHan(int length)
 {
     return length <= 4 ? length - 1 : length <= 8 ? 4 : length <= 16 ? 5 : length <= 32 ? 6 : 8;
@@ -155,7 +160,9 @@ private:
         std::vector<std::string> lines;
         for (std::string line; std::getline(in, line);) {
             const auto high = std::count_if(line.begin(), line.end(), [](char c) { return c < 0; });
-            if (high >= (encoding.answer == ENCODE_UTF8 ? 6 : 4)) lines.push_back(line);
+            if (high < (encoding.answer == ENCODE_UTF8 ? 6 : 4)) continue;
+            // Old files mix: a line of them that reads as UTF-8 throughout is UTF-8.
+            if (encoding.answer == ENCODE_UTF8 || high < 9 || !IsUtf8(line)) lines.push_back(line);
         }
         std::shuffle(lines.begin(), lines.end(), m_random);
         lines.resize(std::min<size_t>(lines.size(), kind == "legacy" ? 400 : 10));

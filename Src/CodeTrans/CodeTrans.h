@@ -1,3 +1,4 @@
+/* clang-format off */
 /*
  * CodeTrans: tells GBK, Big5, UTF-8 and UTF-16LE apart and converts between them.
  *
@@ -12,10 +13,11 @@
  *   - It has no Big5 encoder and no route from Big5 to UTF-8; see TQ_ToUtf8 and TQ_ToGBK.
  *
  * Buffers
- *   Lengths and capacities are bytes. The caller owns every buffer that it passes. Not every route honours the
- *   capacity, and some read or write beyond the stated lengths: the table at each function says what must be
- *   readable at pSrc and writable at pDst. strlen(pSrc) there means the source up to its first zero byte, which
- *   must exist. Where a capacity is honoured, 0 means no limit, never "no room".
+ *   Lengths and capacities are bytes unless an entry says otherwise. The caller owns every buffer that it passes;
+ *   none may be null, and source and destination must not overlap. Not every route honours the capacity, and some
+ *   read or write beyond the stated lengths: the table at each function says what must be readable at pSrc and
+ *   writable at pDst. strlen(pSrc) there means the source up to its first zero byte, which must exist. Where a
+ *   capacity is honoured, 0 means no limit, never "no room".
  *   ENCODE_UNKNOWN as the source encoding detects it first, so the buffers must then suit every route. Calling
  *   TQ_CodeDetect and passing its answer is the simpler way.
  *
@@ -97,42 +99,42 @@ CODETRANS_API int TQ_CodeDetect(const char* pSrc, size_t nSrcLen);
 /*
  * Converts to Unicode.
  *
- *   nSrcCode      | must be readable           | must be writable      | output              | result
- *   --------------|----------------------------|-----------------------|---------------------|------------------
- *   GBK, BIG5     | nSrcLen                    | nDstSize (0: 2*nSrcLen)| UTF-16LE, no        | bytes written, at
- *                 |                            |                       | terminator          | most 2*nSrcLen
- *   UTF8          | strlen(pSrc) + 1           | 4*strlen(pSrc) + 2    | four-byte units, two| bytes written
- *                 |                            |                       | zero bytes          | before the zeros
- *   UNICODE       | n = larger of nSrcLen and  | n + 1                 | the n bytes, one    | n
- *                 | nDstSize                   |                       | zero byte           |
- *   anything else | nothing                    | nothing               | none                | 0
+ *   nSrcCode  | must be readable at pSrc | must be writable at pDst | output                   | result
+ *   ----------|--------------------------|--------------------------|--------------------------|----------------------
+ *   GBK, BIG5 | nSrcLen                  | nDstSize; 2*nSrcLen      | UTF-16LE, no terminator  | bytes written,
+ *             |                          | when nDstSize is 0       |                          | at most 2*nSrcLen
+ *   UTF8      | strlen(pSrc) + 1         | 4*strlen(pSrc) + 2       | four-byte units, then    | bytes written before
+ *             |                          |                          | two zero bytes           | those two
+ *   UNICODE   | n, the larger of nSrcLen | n + 1                    | the n bytes, then one    | n
+ *             | and nDstSize             |                          | zero byte                |
+ *   any other | nothing                  | nothing                  | none                     | 0
  *
  * GBK, BIG5: nDstSize is honoured; output that does not fit is dropped. A lead byte at the end becomes U+FEFF,
  * a pair that the encoding does not define becomes what the model holds (U+FFFD).
  * UTF8: nSrcLen and nDstSize are ignored. Bytes that begin no sequence of up to three bytes are skipped, four-byte
  * sequences vanish; continuation bytes are not checked.
- * UNICODE: the larger length is copied. Pass nDstSize = nSrcLen to copy the source and no more.
+ * UNICODE: pass nDstSize = nSrcLen to copy the source and no more.
  */
 CODETRANS_API size_t TQ_ToUnicode(const char* pSrc, size_t nSrcLen, char* pDst, size_t nDstSize, int nSrcCode);
 
 /*
  * Converts to UTF-8. Below, cap(x) is x, but at most nDstSize unless that is 0.
  *
- *   nSrcCode      | must be readable           | must be writable      | output              | result
- *   --------------|----------------------------|-----------------------|---------------------|------------------
- *   UTF8          | n = cap(nSrcLen)           | n + 1                 | the n bytes, one    | n
- *                 |                            |                       | zero byte           |
- *   GBK, BIG5     | strlen(pSrc) + 1           | n + 1, where          | UTF-8, one zero byte| n
- *                 |                            | n = cap(3*strlen(pSrc))|                    |
- *   UNICODE       | 4*n, n = cap(nSrcLen)      | 3*n + 1               | UTF-8, one zero byte| bytes produced, at
- *                 |                            |                       |                     | most 3*n
- *   anything else | nothing                    | nothing               | none                | 0
+ *   nSrcCode  | must be readable at pSrc | must be writable at pDst | output                   | result
+ *   ----------|--------------------------|--------------------------|--------------------------|----------------------
+ *   UTF8      | n = cap(nSrcLen)         | n + 1                    | the n bytes, then one    | n
+ *             |                          |                          | zero byte                |
+ *   GBK, BIG5 | strlen(pSrc) + 1         | cap(3*strlen(pSrc)) + 1  | UTF-8, then one zero     | bytes written before
+ *             |                          |                          | byte                     | the zero byte
+ *   UNICODE   | 4*n, n = cap(nSrcLen)    | 3*n + 1                  | UTF-8, then one zero     | bytes produced,
+ *             |                          |                          | byte                     | at most 3*n
+ *   any other | nothing                  | nothing                  | none                     | 0
  *
- * The terminator comes on top of nDstSize: a buffer of nDstSize + 1 bytes is needed.
+ * The terminator comes on top of nDstSize: with a capacity, nDstSize + 1 bytes are enough for UTF8, GBK and BIG5.
  * GBK: nSrcLen is ignored; the text ends at the first invalid sequence.
- * BIG5: is read as if it were GBK, so that the result is not the text. To get there, convert to UTF-16LE with
+ * BIG5: is read as if it were GBK, so the result is not the text. To get there, convert to UTF-16LE with
  * TQ_ToUnicode, widen the code units to four bytes and come back with ENCODE_UNICODE.
- * UNICODE: nSrcLen counts four-byte units, not bytes. nDstSize limits the units read, not the bytes written. A
+ * UNICODE: nSrcLen counts four-byte units, not bytes, and nDstSize limits the units read, not the bytes written. A
  * zero unit ends the text that is copied but not the count; units above U+FFFF are dropped.
  */
 CODETRANS_API size_t TQ_ToUtf8(const char* pSrc, size_t nSrcLen, char* pDst, size_t nDstSize, int nSrcCode);
@@ -140,14 +142,14 @@ CODETRANS_API size_t TQ_ToUtf8(const char* pSrc, size_t nSrcLen, char* pDst, siz
 /*
  * Converts to GBK. nDstSize is never read.
  *
- *   nSrcCode      | must be readable           | must be writable      | output              | result
- *   --------------|----------------------------|-----------------------|---------------------|------------------
- *   UTF8          | strlen(pSrc) + 1           | 2*strlen(pSrc) + 1    | GBK, one zero byte  | bytes before the
- *                 |                            |                       |                     | zero byte
- *   GBK, BIG5     | nSrcLen                    | nSrcLen + 1           | the bytes, one zero | nSrcLen
- *                 |                            |                       | byte                |
- *   UNICODE       | 2*nSrcLen                  | 2*nSrcLen + 2         | GBK, two zero bytes | nSrcLen
- *   anything else | nothing                    | nothing               | none                | 0
+ *   nSrcCode  | must be readable at pSrc | must be writable at pDst | output                   | result
+ *   ----------|--------------------------|--------------------------|--------------------------|----------------------
+ *   UTF8      | strlen(pSrc) + 1         | 2*strlen(pSrc) + 1       | GBK, then one zero byte  | bytes written before
+ *             |                          |                          |                          | the zero byte
+ *   GBK, BIG5 | nSrcLen                  | nSrcLen + 1              | the bytes, then one zero | nSrcLen
+ *             |                          |                          | byte                     |
+ *   UNICODE   | 2*nSrcLen                | 2*nSrcLen + 2            | GBK, then two zero bytes | nSrcLen
+ *   any other | nothing                  | nothing                  | none                     | 0
  *
  * UTF8: nSrcLen is ignored, a leading byte-order mark is skipped; the text ends at the first character that GBK
  * lacks.

@@ -32,7 +32,7 @@ unsigned long GBKBig5_ToUnicode(int encoding, char const* src, unsigned long src
     Progress at;
     if (table != nullptr && FastPathsOn() && !Overlap(src, srcLen, dst, 2 * srcLen))
         at = FastPairsToUtf16(table, src, srcLen, dst, dstLen != 0 ? dstLen : 2 * srcLen);
-    auto [read, written] = at;
+    unsigned long read = at.read, written = at.written;
     for (; read < srcLen && written < end; written += 2) {
         const unsigned char lead = bytes[read++];
         if (lead < 0x80) {

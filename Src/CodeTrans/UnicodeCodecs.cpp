@@ -47,7 +47,7 @@ unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst)
     Progress at;
     if (FastPathsOn() && !Overlap(src, length, dst, sizeof(wchar_t) * length))
         at = FastUtf8ToWide(src, length, out);
-    auto [read, written] = at;
+    unsigned long read = at.read, written = at.written;
     while (read < length) {
         const WideStep step = NextWide(src + read, length - read);
         read += step.length;
@@ -68,7 +68,7 @@ unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned 
 
     Progress at;
     if (FastPathsOn()) at = FastWideToUtf8(src, count, *dst);
-    auto [read, written] = at;
+    unsigned long read = at.read, written = at.written;
     for (; read < count; ++read) {
         const unsigned cp = LoadWide(src + read);
         if (cp <= 0xFFFF) written += static_cast<unsigned long>(EncodeUtf8(cp, *dst + written));

@@ -20,13 +20,13 @@ unsigned GbkCode(iconv_t converter, unsigned unit)
     size_t inLeft = sizeof utf16, outLeft = sizeof gbk;
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
     if (iconv(converter, &in, &inLeft, &out, &outLeft) != 0) return 0;
-    return outLeft == 1 ? gbk[0] : gbk[0] << 8U | gbk[1];
+    return outLeft == 1 ? gbk[0] + 0U : gbk[0] * 256U + gbk[1];
 }
 }  // namespace
 
 int main()
 {
-    const iconv_t converter = iconv_open("GBK", "UTF-16LE");
+    iconv_t converter = iconv_open("GBK", "UTF-16LE");
     if (converter == reinterpret_cast<iconv_t>(-1)) {
         fprintf(stderr, "CodeTableGenerator: the C library has no converter from UTF-16LE to GBK\n");
         return EXIT_FAILURE;

@@ -14,6 +14,12 @@ constexpr char16_t UNDEFINED = 0xFFFD;
 constexpr char16_t IDEOGRAPHIC_SPACE = 0x3000;
 constexpr char16_t EURO = 0x20AC;
 
+// Half of a character beyond the Basic Multilingual Plane, which the library does not put together.
+bool IsSurrogate(char16_t unit)
+{
+    return unit >= 0xD800 && unit <= 0xDFFF;
+}
+
 void AppendUnits(std::u16string& units, const char* utf16le, size_t size)
 {
     for (size_t i = 0; i + 1 < size; i += 2)
@@ -71,6 +77,7 @@ Text DecodeUtf16(const std::string& bytes)
 }
 
 // The library takes four-byte units here and ends the copied text at a zero unit: piece by piece again.
+// Surrogates would become sequences that are not UTF-8.
 Encoded EncodeUtf8(const std::u16string& units)
 {
     Encoded result;
@@ -78,8 +85,9 @@ Encoded EncodeUtf8(const std::u16string& units)
         const size_t end = std::min(units.find(u'\0', begin), units.size());
         std::vector<char> wide(4 * (end - begin));
         for (size_t i = begin; i < end; ++i) {
-            wide[4 * (i - begin)] = static_cast<char>(units[i] & 0xFF);
-            wide[4 * (i - begin) + 1] = static_cast<char>(units[i] >> 8);
+            const char16_t unit = IsSurrogate(units[i]) ? UNDEFINED : units[i];
+            wide[4 * (i - begin)] = static_cast<char>(unit & 0xFF);
+            wide[4 * (i - begin) + 1] = static_cast<char>(unit >> 8);
         }
         std::vector<char> out(3 * (end - begin) + 1);
         const size_t size = TQ_ToUtf8(wide.data(), end - begin, out.data(), 0, ENCODE_UNICODE);
@@ -87,9 +95,7 @@ Encoded EncodeUtf8(const std::u16string& units)
         if (end < units.size()) result.bytes += '\0';
         begin = end + 1;
     }
-    // Surrogates are characters beyond the Basic Multilingual Plane, which the library does not put together.
-    result.lost = static_cast<size_t>(
-        std::count_if(units.begin(), units.end(), [](char16_t u) { return u >= 0xD800 && u <= 0xDFFF; }));
+    result.lost = static_cast<size_t>(std::count_if(units.begin(), units.end(), IsSurrogate));
     return result;
 }
 

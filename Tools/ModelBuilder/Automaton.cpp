@@ -43,15 +43,25 @@ StateValues BasicStates()
 
 namespace
 {
+bool IsLineEnd(char byte)
+{
+    return byte == '\n' || byte == '\r';
+}
+
 // What a state of M means once its first unit is given up: the rest of its bytes, read from where that unit ended.
 StateName WithoutFirstUnit(const std::string& path)
 {
     if (path.size() < 2) return {REGION_MAIN, ""};
+    // A line end is one byte, unless it may be a unit of UTF-16LE with what follows.
+    const unsigned second = ByteAt(path, 1);
+    if (IsLineEnd(path[0]) && (path.size() > 2 ? second >= 0x80 : second >= 0xA0 && second != 0xFF))
+        return {REGION_MAIN, path.substr(1)};
     if (LeadAfterAscii(path)) return {REGION_UNIT, path.substr(1)};
     if (!StartsWithUtf8Character(path))
         return path.size() == 2 && OpensUtf8(path) ? StateName{REGION_THIRD, ""}
                                                    : StateName{REGION_MAIN, path.substr(2)};
     if (path.size() <= 4) return {REGION_AFTER, path.substr(2)};
+    if (ByteAt(path, 3) < 0x80) return {REGION_MAIN, path.substr(4)};
     return {REGION_SECOND, path.substr(3)};
 }
 
@@ -78,14 +88,14 @@ StateName FallBack(const StateName& state)
     throw std::logic_error("no such region");
 }
 
-// Follows the rules until they name a state that exists.
+}  // namespace
+
 StateName ExistingFallBack(const StateValues& states, const StateName& state)
 {
     StateName target = FallBack(state);
     while (!states.contains(target)) target = FallBack(target);
     return target;
 }
-}  // namespace
 
 std::vector<PackableState> LinkStates(const StateValues& states)
 {

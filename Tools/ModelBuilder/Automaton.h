@@ -56,6 +56,9 @@ void AddState(StateValues& states, Region region, const std::string& path);
 // The states that every automaton has: the regions' roots and a child of 0 and of M for every byte.
 StateValues BasicStates();
 
+// The state that a failure leads to: the rules are followed until they name one that exists.
+StateName ExistingFallBack(const StateValues& states, const StateName& state);
+
 // In the order of `states`; the failure links by the rules of the regions.
 std::vector<PackableState> LinkStates(const StateValues& states);
 

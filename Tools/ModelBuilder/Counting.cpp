@@ -35,10 +35,13 @@ const ClassRecipe RECIPES[] = {
     {"hant-words", "Traditional: words of dictionaries, by the square root of their frequency", 110'000,
      {"hant-words/"}},
     {"ascii", "English, programs, tables: ASCII alone", 20'000, {"ascii/"}},
-    {"ja", "Japanese", 30'000, {"ja/"}},
-    {"ko", "Korean", 30'000, {"ko/"}},
-    {"ru", "Russian", 10'000, {"ru/"}},
-    {"latin", "French, German, Spanish", 10'000, {"latin/"}},
+    // Not ours. Their bytes and pairs are counted as the characters that fetch-texts makes of them.
+    {"shift-jis", "Japanese in Shift_JIS, pairs", 15'000, {"shift-jis/"}},
+    {"euc-jp", "Japanese in EUC-JP, pairs", 15'000, {"euc-jp/"}},
+    {"euc-kr", "Korean in EUC-KR, pairs", 15'000, {"euc-kr/"}},
+    {"windows-1251", "Russian in Windows-1251, bytes", 5'000, {"windows-1251/"}},
+    {"latin-1", "French, German and Spanish in Latin-1, bytes", 5'000, {"latin-1/"}},
+    {"binary", "programs, bytes", 20'000, {"binary/"}},
 };
 
 std::vector<std::string> FilesOf(const ClassRecipe& recipe, const std::string& texts)

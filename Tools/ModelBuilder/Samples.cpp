@@ -6,7 +6,8 @@
 namespace
 {
 const char* const CLASSES[] = {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words",
-                               "ascii",      "ja",        "ko",         "ru",         "latin"};
+                               "ascii",      "shift-jis", "euc-jp",     "euc-kr",     "windows-1251", "latin-1",
+                               "binary"};
 
 // Mostly short, as short text is where errors are; now and then a whole page.
 size_t DrawLength(CRandom& random)
@@ -40,6 +41,14 @@ void InsertRun(std::wstring& text, CRandom& random)
     text.insert(at, run);
 }
 
+// Terminals' colours, as bulletin boards use them.
+void InsertEscapes(std::wstring& text, CRandom& random)
+{
+    static const wchar_t* const ESCAPES[] = {L"\x1b[m", L"\x1b[1;33m", L"\x1b[32m", L"\x1b[0;37;44m", L"\x1b[1;31;40m", L"\x1b[K"};
+    for (uint32_t runs = 1 + random.Below(4); runs > 0; --runs)
+        text.insert(random.Below(static_cast<uint32_t>(text.size() + 1)), ESCAPES[random.Below(6)]);
+}
+
 // Half a character lost at an end, or one stray byte.
 void Damage(std::string& bytes, CRandom& random)
 {
@@ -66,8 +75,10 @@ std::string Machine(size_t length, CRandom& random)
 
 CSampleSource::CSampleSource(const std::string& statistics, const CEncoder& encoder) : m_encoder(encoder)
 {
-    for (const char* name : CLASSES)
-        m_classes.emplace(name, Statistics::Read(statistics + '/' + name + ".txt"));
+    for (const char* name : CLASSES) {
+        const auto counted = m_counted.emplace(name, Statistics::Read(statistics + '/' + name + ".txt")).first;
+        m_classes.emplace(name, counted->second);
+    }
     for (unsigned code = 0x4E00; code < 0xA000; ++code) {
         const unsigned gbk = encoder.Pair(CANDIDATE_GBK, static_cast<wchar_t>(code));
         const unsigned big5 = encoder.Pair(CANDIDATE_BIG5, static_cast<wchar_t>(code));
@@ -114,6 +125,7 @@ std::wstring CSampleSource::Sparse(bool traditional, size_t length, CRandom& ran
 void CSampleSource::AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const
 {
     if (random.Chance(3)) InsertRun(text, random);
+    if (text.size() > 16 && random.Chance(4)) InsertEscapes(text, random);
     if (random.Chance(25)) EndLinesAsWindows(text);
     if (random.Chance(12))
         for (wchar_t& c : text) {  // now and then a character that no statistics hold
@@ -125,12 +137,29 @@ void CSampleSource::AddOddities(std::wstring& text, Candidate candidate, CRandom
         }
 }
 
+std::string CSampleSource::DrawForeign(size_t kind, CRandom& random) const
+{
+    static const char* const KINDS[] = {"shift-jis", "euc-jp", "euc-kr", "windows-1251", "latin-1", "binary"};
+    const size_t length = 64 + random.Below(200);
+    std::string bytes;
+    while (kind >= sizeof KINDS / sizeof KINDS[0] && bytes.size() < length)  // compressed
+        bytes += static_cast<char>(random.Below(256));
+    if (!bytes.empty()) return bytes;
+    for (const wchar_t c : Class(KINDS[kind]).Text(length, random)) {
+        const unsigned pair = c >= 0x4000 ? static_cast<unsigned>(c) - 0x4000 : 0;
+        if (c >= 0x4000) bytes += static_cast<char>(0x80 + pair / 192);
+        bytes += static_cast<char>(c >= 0x4000 ? 0x40 + pair % 192 : static_cast<unsigned>(c) & 0xFF);
+    }
+    return bytes;
+}
+
 Sample CSampleSource::Draw(CRandom& random) const
 {
     Sample sample;
     if (random.Chance(12)) {
         const uint32_t kind = random.Below(10);
         sample.bytes = Ascii(kind < 3 ? 1 + random.Below(7) : kind < 8 ? 8 + random.Below(24) : 32 + random.Below(300), random);
+        if (sample.bytes.size() >= 8) sample.weight = 4;  // from here on ASCII is to win for good
         return sample;
     }
     sample.answer = static_cast<Candidate>(random.Below(CANDIDATES));

@@ -13,6 +13,7 @@
 struct Sample {
     std::string bytes;
     Candidate answer = CANDIDATE_GBK;
+    double weight = 1;
 };
 
 class CSampleSource
@@ -23,11 +24,14 @@ public:
     // Chinese text in one of the four encodings, or ASCII alone (answer GBK).
     Sample Draw(CRandom& random) const;
 
-    // Text of another language in an encoding that is none of ours; empty when the draw was not encodable.
-    std::string DrawForeign(CRandom& random) const;
+    // Bytes of a kind (0 to FOREIGN_KINDS - 1) that is none of ours: other languages, programs, compressed data.
+    std::string DrawForeign(size_t kind, CRandom& random) const;
+    static constexpr size_t FOREIGN_KINDS = 7;
 
     // `bytes` of pure ASCII of some kind.
     std::string Ascii(size_t length, CRandom& random) const;
+
+    const Statistics& Counted(const std::string& name) const { return m_counted.at(name); }
 
     const CSampler& Class(const std::string& name) const { return m_classes.at(name); }
 
@@ -37,6 +41,7 @@ private:
     void AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const;
 
     const CEncoder& m_encoder;
+    std::map<std::string, Statistics> m_counted;
     std::map<std::string, CSampler> m_classes;
     std::vector<wchar_t> m_levels[3];  // frequent, less frequent and rare hanzi by GBK's zones
 };

@@ -38,6 +38,15 @@ void AddUnicode(StateValues& states, const CEncoder& encoder)
     AddState(states, REGION_MAIN, "\xFF\xFE");
 }
 
+// Two ASCII characters that are no unit of UTF-16LE in use: they tell the two apart, and ASCII goes by twos as well.
+void AddAscii(StateValues& states)
+{
+    const auto isText = [](unsigned byte) { return byte == '\t' || byte == '\n' || byte == '\r' || (byte >= 0x20 && byte < 0x7F); };
+    for (unsigned first = 0; first < 0x7F; ++first)
+        for (unsigned second = 0; second < 0x7F; ++second)
+            if ((isText(first) || first == 0x1B) && isText(second)) AddState(states, REGION_MAIN, Bytes(first, second));
+}
+
 // The states that keep UTF-16LE apart from ASCII with two-byte text behind it.
 void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
 {
@@ -47,6 +56,12 @@ void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
         const auto code = static_cast<unsigned>(character);
         if ((code & 0xFF) >= 0x40) AddState(states, REGION_NEXT_UNIT, Bytes(code & 0xFF, code >> 8));
     }
+}
+
+// Of the characters in two bytes Chinese text knows Latin, Greek and Cyrillic letters and a few signs.
+bool IsCommonUtf8Lead(unsigned byte)
+{
+    return byte == 0xC2 || byte == 0xC3 || (byte >= 0xCE && byte <= 0xD1) || (byte >= 0xE1 && byte <= 0xEF);
 }
 
 void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
@@ -61,8 +76,9 @@ void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
     for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
         AddState(states, REGION_THIRD, std::string(1, static_cast<char>(tail)));
         for (unsigned next = 0x0A; next < 0xF0; ++next)
-            if (next < 0x7F || IsUtf8Lead(next)) AddState(states, REGION_AFTER, Bytes(tail, next));
-        for (unsigned lead = 0xC2; lead < 0xF0; ++lead) AddState(states, REGION_SECOND, Bytes(lead, tail));
+            if (next < 0x7F || IsCommonUtf8Lead(next)) AddState(states, REGION_AFTER, Bytes(tail, next));
+        for (unsigned lead = 0xC2; lead < 0xF0; ++lead)
+            if (IsCommonUtf8Lead(lead)) AddState(states, REGION_SECOND, Bytes(lead, tail));
     }
 }
 
@@ -80,6 +96,7 @@ StateValues ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>&
     StateValues states = BasicStates();
     AddPairs(states);
     AddUnicode(states, encoder);
+    AddAscii(states);
     AddUnits(states, common);
     AddUtf8(states, common);
     AddMarks(states);
@@ -97,7 +114,6 @@ bool CarriesValue(const StateName& state)
         case REGION_AFTER: return path.size() == 2;
         case REGION_SECOND: return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
         case REGION_MAIN:
-            if (path == "\n" || path == "\r" || path == " ") return true;
             return path.size() % 2 == 0 ? !path.empty() : path.size() == 3 && StartsWithUtf8Character(path);
     }
     return false;
@@ -113,7 +129,8 @@ std::string GroupOf(const StateName& state)
     const std::string& path = state.path;
     std::string group(1, state.region);
     const auto zone = [&](size_t i, int bits) { group.push_back(static_cast<char>(ByteAt(path, i) >> bits)); };
-    if (path.size() == 2 && state.region != REGION_AFTER) zone(0, 3);
+    const bool latin = path.size() == 2 && state.region == REGION_MAIN && path[1] == 0;  // UTF-16LE below 100
+    if (path.size() == 2 && state.region != REGION_AFTER && !latin) zone(0, 3);
     if (path.size() == 2) zone(1, state.region == REGION_AFTER ? 3 : 4);
     if (path.size() == 3) zone(0, 0);
     if (path.size() == 3) zone(1, 2);

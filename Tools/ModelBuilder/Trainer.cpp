@@ -13,9 +13,12 @@ namespace
 {
 using Weights = std::array<double, CANDIDATES>;
 
-constexpr double UNITS_A_NAT = 2.0;
+constexpr double UNITS_A_NAT = 3.0;
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
+constexpr double FOREIGN_ODDS = 60.0;  // how much more often a pair is foreign before it stops counting for ours
+constexpr double LEAST_SHARE = 5e-6;   // of a pair among those of an encoding, for it to count
+constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
 double Exp(double x)
@@ -25,6 +28,40 @@ double Exp(double x)
     y = 1 + y * (1 + y / 2);
     for (int i = 0; i < 20; ++i) y *= y;
     return y;
+}
+
+// The classes of Chinese text and their shares in what the detector will meet.
+constexpr std::pair<const char*, double> CHINESE_CLASSES[] = {{"hans-prose", 0.5}, {"hans-tech", 0.2}, {"hans-words", 0.3},
+                                                              {"hant-prose", 0.5}, {"hant-tech", 0.2}, {"hant-words", 0.3}};
+
+// Two pairs in a row that may have a state of their own: nothing of UTF-8 or after ASCII, which other regions follow.
+bool IsSequence(const std::string& bytes)
+{
+    return bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !StartsWithUtf8Character(bytes);
+}
+
+// Punctuation, full-width and other signs of GBK, kana left out.
+bool IsSign(const StateName& state)
+{
+    const unsigned lead = ByteAt(state.path, 0);
+    return (lead >= 0xA1 && lead <= 0xA3) || (lead >= 0xA6 && lead <= 0xA9);
+}
+
+// Whether the last two bytes may be a hanzi of UTF-16LE, however rare: none must cost a text its ten to one.
+bool EndsAsHanzi(const StateName& state)
+{
+    const unsigned high = ByteAt(state.path, state.path.size() - 1);
+    return state.region == REGION_MAIN && state.path.size() % 2 == 0 && high >= 0x4E && high < 0xA0;
+}
+
+// Two bytes that words are made of, in languages that are not ours as well.
+bool IsWordLike(const std::string& path)
+{
+    const auto isLower = [](unsigned byte) { return byte >= 'a' && byte <= 'z'; };
+    const auto isUpper = [](unsigned byte) { return byte >= 'A' && byte <= 'Z'; };
+    if (path.size() != 2) return false;
+    const unsigned first = ByteAt(path, 0), second = ByteAt(path, 1);
+    return isLower(second) && (isLower(first) || isUpper(first) || first == ' ' || first == '\n');
 }
 
 struct Parameter {
@@ -38,52 +75,140 @@ struct Parameter {
     }
 };
 
+// One state that carries a value. Its weight is the sum of up to three parameters: its own, its group's, and for a
+// sequence of two pairs those of the second pair.
+struct Feature {
+    const StateName* name;
+    std::array<int, 3> terms = {-1, -1, -1};
+    bool ascii = false, silent = false, pair = false;
+    std::array<uint32_t, CANDIDATES> seen{};  // visits in training
+    double foreign = 0;                       // its share of the pairs in the foreign kind that has it most
+};
+
 class CTrainer
 {
 public:
-    CTrainer(const StateValues& states, const CSampleSource& source) : m_source(source)
+    explicit CTrainer(const CSampleSource& source) : m_source(source) {}
+
+    // Takes up a set of states; what was learned about states of the same name before is kept.
+    void Adopt(const StateValues& states)
     {
-        const std::vector<PackableState> linked = LinkStates(states);
-        const PackedTrie packed = PackStates(linked);
+        std::map<StateName, Feature> before;
+        for (const Feature& feature : m_features) before.emplace(*feature.name, feature);
+        m_features.clear();
+        const PackedTrie packed = PackStates(LinkStates(states));
         m_nodes = packed.nodes;
         m_feature.assign(m_nodes.size(), -1);
-        std::map<std::string, int> groups;
         size_t number = 0;
         for (const auto& [name, value] : states) {
-            if (CarriesValue(name)) {
-                m_feature[static_cast<size_t>(packed.nodeOf[number])] = static_cast<int>(m_own.size());
-                m_names.push_back(&name);
-                m_own.emplace_back();
-                m_ascii.push_back(IsAscii(name));
-                m_seen.emplace_back();
-                const auto group = groups.emplace(GroupOf(name) + (IsAscii(name) ? "a" : ""), groups.size()).first;
-                m_group.push_back(group->second);
-            }
-            ++number;
+            const auto node = static_cast<size_t>(packed.nodeOf[number++]);
+            if (!CarriesValue(name)) continue;
+            m_feature[node] = static_cast<int>(m_features.size());
+            const auto known = before.find(name);
+            m_features.push_back(known == before.end() ? NewFeature(name) : known->second);
+            m_features.back().name = &name;
         }
-        m_groups.resize(groups.size());
     }
 
-    void Train(const TrainingPlan& plan)
+    void Train(uint64_t samples, uint64_t seed, bool last)
     {
-        CRandom random(plan.seed);
+        CRandom random(seed);
         uint64_t wrong = 0;
-        for (uint64_t n = 1; n <= plan.samples; ++n) {
-            const double rate = n * 10 < plan.samples * 7 ? 1.0 : n * 10 < plan.samples * 9 ? 0.3 : 0.1;
+        for (uint64_t n = 1; n <= samples; ++n) {
+            const double rate = !last || n * 10 < samples * 6 ? 1.0 : n * 10 < samples * 9 ? 0.3 : 0.1;
             wrong += Learn(m_source.Draw(random), rate);
             if (n % 500'000 == 0) {
                 std::cerr << n / 1000 << "k samples, " << static_cast<double>(wrong) / 5000.0 << " % of the last wrong\n";
                 wrong = 0;
             }
         }
+        SilenceDoubtfulAscii();
+    }
+
+    // How unsure the present weights are that `bytes` are in `answer`: 1 minus the share that they give it.
+    double Doubt(const std::string& bytes, Candidate answer)
+    {
+        Walk(bytes);
+        Weights sum{};
+        for (const size_t f : m_visited) Add(sum, f);
+        return -Shares(sum, answer)[answer];
+    }
+
+    // Measures how often each state is entered by what is none of ours.
+    void MeetForeign(uint64_t samples, uint64_t seed)
+    {
+        CRandom random(seed);
+        std::vector<std::vector<uint32_t>> visits(m_features.size(), std::vector<uint32_t>(CSampleSource::FOREIGN_KINDS));
+        std::vector<double> all(CSampleSource::FOREIGN_KINDS);
+        for (uint64_t n = 0; n < samples; ++n) {
+            const size_t kind = n % CSampleSource::FOREIGN_KINDS;
+            Walk(m_source.DrawForeign(kind, random));
+            for (const size_t f : m_visited)
+                if (m_features[f].pair) ++visits[f][kind], ++all[kind];
+        }
+        for (size_t f = 0; f < m_features.size(); ++f)
+            for (size_t kind = 0; kind < all.size(); ++kind)
+                m_features[f].foreign = std::max(m_features[f].foreign, visits[f][kind] / all[kind]);
+        for (const Feature& feature : m_features)
+            for (size_t c = 0; c < CANDIDATES; ++c) m_all[c] += feature.pair ? feature.seen[c] : 0;
     }
 
     void Round(StateValues& states) const
     {
-        for (size_t f = 0; f < m_own.size(); ++f) states[*m_names[f]] = RoundedValue(f);
+        for (const Feature& feature : m_features) states[*feature.name] = RoundedValue(feature);
+        // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is doubtful.
+        for (int lead = 0x81; lead < 0xFF; ++lead)
+            states[{REGION_START, std::string(1, static_cast<char>(lead))}] = PackTrieValue(0, {1, 1, 1, 1});
     }
 
 private:
+    int ParameterOf(const std::string& key)
+    {
+        const auto [found, isNew] = m_parameterOf.emplace(key, static_cast<int>(m_parameters.size()));
+        if (isNew) m_parameters.emplace_back();
+        return found->second;
+    }
+
+    Feature NewFeature(const StateName& name)
+    {
+        Feature feature{&name};
+        feature.ascii = IsAscii(name);
+        feature.pair = name.region == REGION_MAIN && name.path.size() == 2;
+        const std::string prefix = feature.ascii ? "ascii " : "";
+        feature.terms[0] = ParameterOf(std::string("own ") + static_cast<char>(name.region) + name.path);
+        if (name.region == REGION_MAIN && name.path.size() == 4) {
+            const StateName second{REGION_MAIN, name.path.substr(2)};
+            feature.terms[1] = ParameterOf(std::string("own ") + static_cast<char>(REGION_MAIN) + second.path);
+            feature.terms[2] = ParameterOf("group " + GroupOf(second));
+        } else {
+            feature.terms[1] = ParameterOf("group " + prefix + GroupOf(name));
+        }
+        return feature;
+    }
+
+    // Whether an ASCII state speaks against UTF-16LE without being a stranger to it: a negative digit would cost
+    // that its ten to one.
+    static bool IsAmbiguous(const Feature& feature, double weight)
+    {
+        const auto& seen = feature.seen;
+        const uint64_t others = uint64_t{seen[CANDIDATE_GBK]} + seen[CANDIDATE_BIG5] + seen[CANDIDATE_UTF8];
+        return feature.ascii && weight * UNITS_A_NAT < 0.5 && seen[CANDIDATE_UNICODE] > 3 &&
+               others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
+    }
+
+    // Of those, what words are made of says nothing: the other way out, below, would count for the other encodings
+    // wherever there is a word, even in languages that are none of ours.
+    bool IsDoubtful(const Feature& feature) const
+    {
+        return IsAmbiguous(feature, Total(feature)[CANDIDATE_UNICODE]) && IsWordLike(feature.name->path);
+    }
+
+    // Doubtful states fall silent, and the rest learn to do without them.
+    void SilenceDoubtfulAscii()
+    {
+        for (Feature& feature : m_features) feature.silent = feature.silent || IsDoubtful(feature);
+    }
+
     void Walk(const std::string& bytes)
     {
         m_visited.clear();
@@ -99,7 +224,7 @@ private:
                 state = m_nodes[static_cast<size_t>(state)].nFail;
             }
             const int feature = m_feature[static_cast<size_t>(state)];
-            if (feature >= 0) m_visited.push_back(static_cast<size_t>(feature));
+            if (feature >= 0 && !m_features[static_cast<size_t>(feature)].silent) m_visited.push_back(static_cast<size_t>(feature));
         }
     }
 
@@ -111,86 +236,170 @@ private:
         Weights sum{};
         bool asciiOnly = true;
         for (const size_t f : m_visited) {
-            const Weights w = Total(f);
-            for (size_t c = 0; c < CANDIDATES; ++c) sum[c] += w[c];
-            asciiOnly = asciiOnly && m_ascii[f];
-            ++m_seen[f][sample.answer];
+            Add(sum, f);
+            asciiOnly = asciiOnly && m_features[f].ascii;
+            ++m_features[f].seen[sample.answer];
         }
         if (asciiOnly) sum[CANDIDATE_BIG5] = sum[CANDIDATE_UTF8] = sum[CANDIDATE_GBK] - 1000;
+        const Weights gradient = Shares(sum, sample.answer);
+        for (const size_t f : m_visited) Step(m_features[f], gradient, rate * sample.weight);
+        return sum[sample.answer] < *std::max_element(sum.begin(), sum.end());
+    }
+
+    // The probability that each sum stands for, less 1 for the right answer.
+    static Weights Shares(const Weights& sum, Candidate answer)
+    {
         const double top = *std::max_element(sum.begin(), sum.end());
         double all = 0;
         Weights share{};
         for (size_t c = 0; c < CANDIDATES; ++c) all += share[c] = Exp(sum[c] - top);
-        for (size_t c = 0; c < CANDIDATES; ++c) share[c] = share[c] / all - (c == sample.answer ? 1.0 : 0.0);
-        for (const size_t f : m_visited) Step(f, share, rate);
-        return sum[sample.answer] < top;
+        for (size_t c = 0; c < CANDIDATES; ++c) share[c] = share[c] / all - (c == answer ? 1.0 : 0.0);
+        return share;
     }
 
-    Weights Total(size_t f) const
+    void Add(Weights& sum, size_t f) const
     {
-        const Weights& own = m_own[f].weight;
-        const Weights& group = m_groups[static_cast<size_t>(m_group[f])].weight;
+        for (const int term : m_features[f].terms)
+            for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c) sum[c] += m_parameters[static_cast<size_t>(term)].weight[c];
+    }
+
+    Weights Total(const Feature& feature) const
+    {
         Weights w{};
-        for (size_t c = 0; c < CANDIDATES; ++c) w[c] = own[c] + group[c];
+        for (const int term : feature.terms)
+            for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c) w[c] += m_parameters[static_cast<size_t>(term)].weight[c];
         return w;
     }
 
-    void Step(size_t f, const Weights& gradient, double rate)
+    void Step(const Feature& feature, const Weights& gradient, double rate)
     {
-        Parameter& own = m_own[f];
-        Parameter& group = m_groups[static_cast<size_t>(m_group[f])];
-        for (size_t c = 0; c < CANDIDATES; ++c) {
-            if (m_ascii[f] && c != CANDIDATE_UNICODE) continue;
-            own.Step(c, gradient[c], LEARNING_RATE * rate);
-            group.Step(c, gradient[c], GROUP_RATE * rate);
+        for (size_t t = 0; t < feature.terms.size(); ++t) {
+            if (feature.terms[t] < 0) continue;
+            Parameter& parameter = m_parameters[static_cast<size_t>(feature.terms[t])];
+            const bool own = t == 0 || (t == 1 && feature.terms[2] >= 0);
+            for (size_t c = 0; c < CANDIDATES; ++c) {
+                if (feature.ascii && c != CANDIDATE_UNICODE) continue;
+                if (feature.pair && c == CANDIDATE_UTF8) continue;  // half a character, or none
+                parameter.Step(c, gradient[c], (own ? LEARNING_RATE : GROUP_RATE) * rate);
+            }
         }
     }
 
     // Digits for one state. Adding the same to all four changes no comparison of sums, so they are shifted until
-    // every encoding in whose text the state really occurs has a positive one.
-    int RoundedValue(size_t f) const
+    // every encoding in whose text the state really occurs has a positive one, and none where it is foreign.
+    int RoundedValue(const Feature& feature) const
     {
-        const Weights w = Total(f);
-        const std::array<uint32_t, CANDIDATES>& seen = m_seen[f];
-        if (m_ascii[f]) {
-            // The UTF-16LE digit stays positive, lest one such character cost a text its ten to one; what it lacks is
-            // added to the other three, which stay equal.
-            const int digit = static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT));
-            if (digit == 0) return TRIE_VALUE_NONE;
-            const int others = std::clamp(1 - digit, 0, 10);
-            return PackTrieValue(0, {others, others, std::clamp(digit, 1, 10), others});
+        const Weights w = Total(feature);
+        const std::array<uint32_t, CANDIDATES>& seen = feature.seen;
+        if (feature.ascii) {
+            const int digit = std::clamp(static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT)), -9, 10);
+            if (feature.silent || IsDoubtful(feature) || (digit == 0 && seen == std::array<uint32_t, CANDIDATES>{}))
+                return TRIE_VALUE_NONE;
+            // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
+            const int others = digit < 1 && IsAmbiguous(feature, w[CANDIDATE_UNICODE]) ? 1 - digit : 0;
+            return PackTrieValue(0, {others, others, others > 0 ? 1 : digit, others}) |
+                   (digit == 0 && others == 0 ? TRIE_VALUE_COUNTED : 0);
         }
         std::array<int, CANDIDATES> digit;
-        int least = 100, most = -100;
+        int shift = 100, room = 100;
         uint32_t all = 0;
         for (const uint32_t count : seen) all += count;
         for (size_t c = 0; c < CANDIDATES; ++c) {
             digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
-            if (c != CANDIDATE_UTF8) most = std::max(most, digit[c]);
-            if (seen[c] * 50 >= all && seen[c] > 0) least = std::min(least, digit[c]);
+            if (c != CANDIDATE_UTF8) room = std::min(room, 10 - digit[c]);
         }
-        if (least == 100) least = *std::min_element(digit.begin(), digit.end());
-        const int shift = std::min(1 - least, 10 - most);
+        int raise = -100;
+        for (size_t c = 0; c < CANDIDATES; ++c) {
+            if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
+                if (seen[c] * 20 >= all) shift = std::min(shift, -digit[c]);
+            } else if (seen[c] > 0 && (c == CANDIDATE_UNICODE || (seen[c] * 500 >= all && IsInUse(feature, c)))) {
+                raise = std::max(raise, 1 - digit[c]);
+            }
+        }
+        if (raise == -100) raise = -*std::max_element(digit.begin(), digit.end());
+        // Where GBK and Big5 lie further apart than the digits below the positive ones reach, the better one goes up.
+        raise = std::max(raise, -9 - std::min(digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5]));
+        shift = std::min({shift, raise, room});
         for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
-        const int value = PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
-        return value;
+        if (seen[CANDIDATE_UNICODE] > 0 || EndsAsHanzi(*feature.name)) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
+        return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
+    }
+
+    // Rare characters do not count for their encoding: compressed data is full of them.
+    bool IsInUse(const Feature& feature, size_t c) const
+    {
+        return !feature.pair || IsSign(*feature.name) || feature.seen[c] > LEAST_SHARE * m_all[c];
+    }
+
+    // Whether a pair belongs to other languages rather than to text in GBK or Big5.
+    bool IsForeign(const Feature& feature, size_t c) const
+    {
+        return feature.pair && c != CANDIDATE_UTF8 && !IsSign(*feature.name) && feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
     }
 
     const CSampleSource& m_source;
     std::vector<TrieNode> m_nodes;
     std::vector<int> m_feature;  // by node; -1 for none
-    std::vector<const StateName*> m_names;
-    std::vector<Parameter> m_own, m_groups;
-    std::vector<int> m_group;
-    std::vector<char> m_ascii;
-    std::vector<std::array<uint32_t, CANDIDATES>> m_seen;
+    std::vector<Feature> m_features;
+    std::vector<Parameter> m_parameters;
+    Weights m_all{};  // visits of pairs in training
+    std::unordered_map<std::string, int> m_parameterOf;
     std::vector<size_t> m_visited;
 };
+
+struct Sequence {
+    double gain;
+    std::string bytes;
+};
+
+// Sequences of two pairs by the errors that they could save: how often they occur times the doubt without them.
+std::vector<Sequence> SequencesByGain(CTrainer& trainer, const CSampleSource& source, const CEncoder& encoder)
+{
+    std::map<std::string, double> gains;
+    for (const auto& [name, weight] : CHINESE_CLASSES) {
+        const bool traditional = std::string(name).starts_with("hant");
+        const Statistics& statistics = source.Counted(name);
+        double all = 0;
+        for (const auto& [first, entry] : statistics.characters) all += entry.total;
+        for (const auto& [first, entry] : statistics.characters)
+            for (const auto& [second, count] : entry.next)
+                for (const Candidate candidate : {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UNICODE}) {
+                    if (candidate == CANDIDATE_BIG5 && !traditional) continue;
+                    const std::string bytes = encoder.Encode(candidate, {first, second});
+                    if (!IsSequence(bytes)) continue;
+                    const double share = candidate != CANDIDATE_GBK ? 0.5 : traditional ? 0.25 : 0.75;
+                    gains[bytes] += weight * share * count / all * trainer.Doubt(bytes, candidate);
+                }
+    }
+    std::vector<Sequence> sequences;
+    for (const auto& [bytes, gain] : gains) sequences.push_back({gain, bytes});
+    std::stable_sort(sequences.begin(), sequences.end(), [](const Sequence& a, const Sequence& b) { return a.gain > b.gain; });
+    return sequences;
+}
+
+// The states with as many of the sequences as the packed table has room for.
+StateValues WithSequences(const StateValues& states, const std::vector<Sequence>& sequences, size_t nodes)
+{
+    for (size_t count = sequences.size();; count -= count / 16) {
+        StateValues extended = states;
+        if (count > nodes) continue;
+        for (size_t i = 0; i < count; ++i) AddState(extended, REGION_MAIN, sequences[i].bytes);
+        if (extended.size() > nodes) continue;
+        const size_t packed = PackStates(LinkStates(extended)).nodes.size();
+        std::cerr << count << " sequences, " << extended.size() << " states in " << packed << " nodes\n";
+        if (packed <= nodes) return extended;
+    }
+}
 }  // namespace
 
-void TrainValues(StateValues& states, const CSampleSource& source, const TrainingPlan& plan)
+void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder, const TrainingPlan& plan)
 {
-    CTrainer trainer(states, source);
-    trainer.Train(plan);
+    CTrainer trainer(source);
+    trainer.Adopt(states);
+    trainer.Train(plan.samples / 3, plan.seed, false);
+    states = WithSequences(states, SequencesByGain(trainer, source, encoder), plan.nodes);
+    trainer.Adopt(states);
+    trainer.Train(plan.samples - plan.samples / 3, plan.seed + 1, true);
+    trainer.MeetForeign(200'000, plan.seed + 2);
     trainer.Round(states);
 }

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "Counting.h"
+#include "Decisive.h"
 #include "ModelFile.h"
 #include "Patterns.h"
 #include "Shape.h"
@@ -17,6 +18,8 @@ constexpr char USAGE[] =
     "       ModelBuilder train DATA [SAMPLES]    train DATA/Patterns.txt from DATA/Statistics\n"
     "       ModelBuilder build DATA OUTPUT [--without-decisive]\n"
     "                                            pack DATA/Mappings and DATA/Patterns.txt into a model\n";
+
+constexpr size_t MOST_NODES = 118'800;  // a file below 2,000,000 bytes
 
 // Characters of the Simplified and Traditional classes that occur often enough for UTF-8 states of their own.
 std::vector<wchar_t> CommonCharacters(const std::string& statistics)
@@ -42,7 +45,8 @@ void Train(const std::string& data, const std::string& samples)
     std::cerr << states.size() << " states\n";
     TrainingPlan plan;
     if (!samples.empty()) plan.samples = std::stoull(samples);
-    TrainValues(states, source, plan);
+    TrainValues(states, source, encoder, plan);
+    AddDecisiveStates(states, source, encoder, MOST_NODES);
     WritePatterns(states, data + "/Patterns.txt");
 }
 
