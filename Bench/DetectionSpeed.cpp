@@ -87,10 +87,10 @@ void RegisterOurs(const char* folder, const std::string& task, const Input& inpu
             fprintf(stderr, "%s, %s: our own answer is wrong\n", task.c_str(), input.name.c_str());
             exit(EXIT_FAILURE);
         }
-    Register(task, input.name, "ours", input.sources, [folder](const std::string& source) {
-        UseModel(folder);
-        Ours(source.data(), source.size() - TERMINATOR);
-    });
+    Register(
+        task, input.name, "ours", input.sources,
+        [](const std::string& source) { Ours(source.data(), source.size() - TERMINATOR); },
+        [folder] { UseModel(folder); });
 }
 
 void RegisterTexts(const std::string& form, int code, const std::vector<Input>& inputs, const char* shipped,

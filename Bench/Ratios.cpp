@@ -7,9 +7,12 @@
 #include "Inputs.h"
 
 void Register(const std::string& task, const std::string& text, const std::string& contender,
-              const std::vector<std::string>& sources, std::function<void(const std::string&)> run)
+              const std::vector<std::string>& sources, std::function<void(const std::string&)> run,
+              std::function<void()> prepare)
 {
-    const auto loop = [&sources, run](benchmark::State& state) {
+    const auto loop = [&sources, run, prepare](benchmark::State& state) {
+        prepare();
+        run(sources[0]);
         size_t next = 0, bytes = 0;
         for (auto _ : state) {
             const std::string& source = sources[next];

@@ -9,10 +9,12 @@
 #include <string>
 #include <vector>
 
-// One way of doing a task on a text. Benchmarks are named task/text/contender; the first contender of a task
-// is ours.
-void Register(const std::string& task, const std::string& text, const std::string& contender,
-              const std::vector<std::string>& sources, std::function<void(const std::string&)> run);
+// One way of doing a task on a text, after `prepare` and one run, which are not timed. Benchmarks are named
+// task/text/contender; the contender that the others are compared with is "ours".
+void Register(
+    const std::string& task, const std::string& text, const std::string& contender,
+    const std::vector<std::string>& sources, std::function<void(const std::string&)> run,
+    std::function<void()> prepare = [] {});
 
 // Medians over the repetitions, and ours over the best of the others.
 class CRatios : public benchmark::ConsoleReporter
