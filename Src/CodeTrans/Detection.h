@@ -68,11 +68,14 @@ struct PairTable {
     PairEntry entries[0x100][0x100];  // by first and second byte
 };
 
-// The pair table of a node table, or null: none was made, it would serve no text, or that of another node
-// table has not been dropped. Making it takes a millisecond or two and no allocation; it is for texts that
-// are worth that. Both may be called by any number of threads.
+// The pair table of a node table, or null: none was made yet, it would serve no text, or that of another node
+// table has not been dropped. Both may be called by any number of threads.
 const PairTable* FindPairTable(const TrieNode* trie, unsigned nodeCount);
 const PairTable* MakePairTable(const TrieNode* trie, unsigned nodeCount);
+
+// The same for a walk that has gone over `bytes` more without one. Making it takes a millisecond or two,
+// which only pays once that much has been walked.
+const PairTable* PairTableAfter(const TrieNode* trie, unsigned nodeCount, unsigned long bytes);
 
 // When node tables come or go. Must not overlap a walk.
 void DropPairTable();

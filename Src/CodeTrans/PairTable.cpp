@@ -12,7 +12,7 @@
 // the phrase's instead of its own. A pair whose nodes are not of this kind is left out of the table, so the
 // table holds for any model; how much of the text it serves is the model's matter.
 //
-// There is one, in static memory, which costs nothing until a long text makes it be filled.
+// There is one, in static memory, which costs nothing until enough text has been walked to make it pay.
 #include <algorithm>
 #include <atomic>
 
@@ -26,6 +26,8 @@ constexpr unsigned MOST_NODES = 1 << 18;  // of a node table that may have one
 
 enum State { EMPTY, BEING_FILLED, FILLED };
 std::atomic<State> s_state = EMPTY;
+constexpr unsigned long WORTH_IT = 256 << 10;  // bytes walked without it
+std::atomic<unsigned long> s_nWalked = 0;
 PairTable s_pairs;
 
 // Per node: while the rest state is looked for, links to it; then its kind.
@@ -143,7 +145,15 @@ const PairTable* MakePairTable(const TrieNode* trie, unsigned nodeCount)
     return FindPairTable(trie, nodeCount);
 }
 
+const PairTable* PairTableAfter(const TrieNode* trie, unsigned nodeCount, unsigned long bytes)
+{
+    if (nodeCount > MOST_NODES || s_nWalked.fetch_add(bytes, std::memory_order_relaxed) < WORTH_IT)
+        return nullptr;
+    return MakePairTable(trie, nodeCount);
+}
+
 void DropPairTable()
 {
     s_state = EMPTY;
+    s_nWalked = 0;
 }

@@ -18,9 +18,6 @@ using namespace trie;
 
 constexpr unsigned long CHUNK = 1024;  // bytes of text to a row of values
 
-// Where a text without an answer so far and that much more of it makes the pair table worth making.
-constexpr unsigned long UNDECIDED = 32 * CHUNK, LONG_REST = 512 * CHUNK;
-
 // A walk that stops and goes on.
 class CWalker
 {
@@ -30,11 +27,11 @@ public:
     {
     }
 
-    void MakePairs() { m_pPairs = MakePairTable(m_pTrie, m_nNodes); }
-
     // Moves over the text and appends the values met to `values`, at most one a byte. Returns their end.
     int* Walk(const unsigned char* text, const unsigned char* end, int* values)
     {
+        if (m_pPairs == nullptr)
+            m_pPairs = PairTableAfter(m_pTrie, m_nNodes, static_cast<unsigned long>(end - text));
         int state = m_nState;
         while (text < end) {
             if (PairsServe(state, text, end)) text = WalkPairs(text, end, state, values);
@@ -197,7 +194,6 @@ Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsi
     CWalker walker(trie, nodeCount);
     for (unsigned long at = 0; at < length && scores.decidedCode == 0; at += CHUNK) {
         const unsigned long size = std::min(length - at, CHUNK);
-        if (at == UNDECIDED && length - at >= LONG_REST) walker.MakePairs();
         int* const end = walker.Walk(bytes + at, bytes + at + size, values);
         AddValues(values, end, scores);
         scores.highBytes += CountHighBytes(bytes + at, size);
