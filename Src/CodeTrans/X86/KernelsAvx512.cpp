@@ -9,9 +9,10 @@
 #include "STLCodeTrans.h"
 #include "Vectors.h"
 
-#define TARGET_AVX512                                                                           \
-    __attribute__((target("avx2,bmi,bmi2,popcnt,avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi," \
-                          "avx512vbmi2")))
+#define TARGET_AVX512                                                                \
+    __attribute__((                                                                  \
+        target("avx2,bmi,bmi2,popcnt,avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi," \
+               "avx512vbmi2")))
 
 // GCC 12 takes the undefined vectors in its own headers for mistakes.
 #if defined(__GNUC__) && !defined(__clang__)
