@@ -43,11 +43,12 @@ bool IsSequence(const std::string& bytes)
     return bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !StartsWithUtf8Character(bytes);
 }
 
-// Punctuation, full-width and other signs of GBK, kana left out.
-bool IsSign(const StateName& state)
+// Punctuation and full-width forms of GBK and Big5.
+bool IsSign(const StateName& state, size_t c)
 {
-    const unsigned lead = ByteAt(state.path, 0);
-    return (lead >= 0xA1 && lead <= 0xA3) || (lead >= 0xA6 && lead <= 0xA9);
+    const unsigned lead = ByteAt(state.path, 0), trail = ByteAt(state.path, 1);
+    if (c == CANDIDATE_GBK) return (lead == 0xA1 || lead == 0xA3) && trail >= 0xA1;
+    return c == CANDIDATE_BIG5 && lead >= 0xA1 && lead <= 0xA3;
 }
 
 // Whether the last two bytes may be a hanzi of UTF-16LE, however rare: none must cost a text its ten to one.
@@ -325,8 +326,8 @@ private:
         for (size_t c = 0; c < CANDIDATES; ++c) {
             if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
                 if (seen[c] * 20 >= all) shift = std::min(shift, -digit[c]);
-            } else if (seen[c] > 0 &&
-                       (c == CANDIDATE_UNICODE || (seen[c] * 500 >= all && IsInUse(feature, c)))) {
+            } else if (seen[c] > 0 && IsInUse(feature, c) &&
+                       (c == CANDIDATE_UNICODE || seen[c] * 500 >= all)) {
                 raise = std::max(raise, 1 - digit[c]);
             }
         }
@@ -346,13 +347,13 @@ private:
     // Rare characters do not count for their encoding: compressed data is full of them.
     bool IsInUse(const Feature& feature, size_t c) const
     {
-        return !feature.pair || IsSign(*feature.name) || feature.seen[c] > LEAST_SHARE * m_all[c];
+        return !feature.pair || IsSign(*feature.name, c) || feature.seen[c] > LEAST_SHARE * m_all[c];
     }
 
     // Whether a pair belongs to other languages rather than to text in GBK or Big5.
     bool IsForeign(const Feature& feature, size_t c) const
     {
-        return feature.pair && c != CANDIDATE_UTF8 && !IsSign(*feature.name) &&
+        return feature.pair && c != CANDIDATE_UTF8 && !IsSign(*feature.name, c) &&
                feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
     }
 
