@@ -4,7 +4,7 @@
 //   ROOT       folder whose Data/CodeTrans.model is judged
 //   TEXTS      what fetch-judge-texts collected (its folder "judge")
 //   OUTPUT     folder for accuracy.tsv, accuracy.svg and errors.txt (our errors: test, kind, answer, bytes)
-//   COUNT      samples a cell, 100 by default; 0 others are run when COUNT has a "+" in front
+//   COUNT      samples a cell, 100 by default; +COUNT judges the library alone
 //   JSCHARDET  folder of the npm package, judged through node
 // The table goes to standard output, then how many bytes of a file decide it (Early.h).
 #include <cstdio>

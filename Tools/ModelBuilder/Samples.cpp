@@ -51,8 +51,11 @@ void InsertEscapes(std::wstring& text, CRandom& random)
 {
     static const wchar_t* const ESCAPES[] = {L"\x1b[m",        L"\x1b[1;33m",    L"\x1b[32m",
                                              L"\x1b[0;37;44m", L"\x1b[1;31;40m", L"\x1b[K"};
-    for (uint32_t runs = 1 + random.Below(4); runs > 0; --runs)
-        text.insert(random.Below(static_cast<uint32_t>(text.size() + 1)), ESCAPES[random.Below(6)]);
+    for (uint32_t runs = 1 + random.Below(4); runs > 0; --runs) {
+        const wchar_t* escape =
+            ESCAPES[random.Below(6)];  // drawn before the place: the order is part of the result
+        text.insert(random.Below(static_cast<uint32_t>(text.size() + 1)), escape);
+    }
 }
 
 // Half a character lost at an end, or one stray byte.
@@ -62,9 +65,10 @@ void Damage(std::string& bytes, CRandom& random)
     const uint32_t kind = random.Below(100);
     if (kind < 5) bytes.erase(0, 1);
     if (kind >= 3 && kind < 10) bytes.pop_back();
-    if (kind >= 10 && kind < 12)
-        bytes.insert(random.Below(static_cast<uint32_t>(bytes.size())), 1,
-                     static_cast<char>(random.Below(256)));
+    if (kind >= 10 && kind < 12) {
+        const auto stray = static_cast<char>(random.Below(256));
+        bytes.insert(random.Below(static_cast<uint32_t>(bytes.size())), 1, stray);
+    }
 }
 
 std::string Machine(size_t length, CRandom& random)

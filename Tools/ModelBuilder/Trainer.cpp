@@ -18,7 +18,7 @@ constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
 constexpr double FOREIGN_ODDS =
     60.0;  // how much more often a pair is foreign before it stops counting for ours
-constexpr double LEAST_SHARE = 5e-6;       // of a pair among those of an encoding, for it to count
+constexpr double LEAST_SHARE = 2e-6;       // of a pair among those of an encoding, for it to count
 constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
@@ -296,52 +296,59 @@ private:
         }
     }
 
-    // Digits for one state. Adding the same to all four changes no comparison of sums, so they are shifted
-    // until every encoding in whose text the state really occurs has a positive one, and none where it is
-    // foreign.
     int RoundedValue(const Feature& feature) const
     {
+        return feature.ascii ? AsciiValue(feature) : MixedValue(feature);
+    }
+
+    int AsciiValue(const Feature& feature) const
+    {
+        const double weight = Total(feature)[CANDIDATE_UNICODE];
+        const int digit = std::clamp(static_cast<int>(std::lround(weight * UNITS_A_NAT)), -9, 10);
+        const bool unseen = feature.seen == std::array<uint32_t, CANDIDATES>{};
+        if (feature.silent || IsDoubtful(feature) || (digit == 0 && unseen)) return TRIE_VALUE_NONE;
+        // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
+        const int others = digit < 1 && IsAmbiguous(feature, weight) ? 1 - digit : 0;
+        if (others > 0) return PackTrieValue(0, {others, others, 1, others});
+        return PackTrieValue(0, {0, 0, digit, 0}) | (digit == 0 ? TRIE_VALUE_COUNTED : 0);
+    }
+
+    int MixedValue(const Feature& feature) const
+    {
         const Weights w = Total(feature);
-        const std::array<uint32_t, CANDIDATES>& seen = feature.seen;
-        if (feature.ascii) {
-            const int digit =
-                std::clamp(static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT)), -9, 10);
-            if (feature.silent || IsDoubtful(feature) ||
-                (digit == 0 && seen == std::array<uint32_t, CANDIDATES>{}))
-                return TRIE_VALUE_NONE;
-            // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
-            const int others = digit < 1 && IsAmbiguous(feature, w[CANDIDATE_UNICODE]) ? 1 - digit : 0;
-            return PackTrieValue(0, {others, others, others > 0 ? 1 : digit, others}) |
-                   (digit == 0 && others == 0 ? TRIE_VALUE_COUNTED : 0);
-        }
         std::array<int, CANDIDATES> digit;
-        int shift = 100, room = 100;
-        uint32_t all = 0;
-        for (const uint32_t count : seen) all += count;
-        for (size_t c = 0; c < CANDIDATES; ++c) {
-            digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
-            if (c != CANDIDATE_UTF8) room = std::min(room, 10 - digit[c]);
-        }
-        int raise = -100;
-        for (size_t c = 0; c < CANDIDATES; ++c) {
-            if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
-                if (seen[c] * 20 >= all) shift = std::min(shift, -digit[c]);
-            } else if (seen[c] > 0 && IsInUse(feature, c) &&
-                       (c == CANDIDATE_UNICODE || seen[c] * 500 >= all)) {
-                raise = std::max(raise, 1 - digit[c]);
-            }
-        }
-        if (raise == -100) raise = -*std::max_element(digit.begin(), digit.end());
-        // Where GBK and Big5 lie further apart than the digits below the positive ones reach, the better one
-        // goes up.
-        raise = std::max(raise, -9 - std::min(digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5]));
-        shift = std::min({shift, raise, room});
+        for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
+        const int shift = ShiftOf(feature, digit);
         for (size_t c = 0; c < CANDIDATES; ++c)
             digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
-        if (seen[CANDIDATE_UNICODE] > 0 || EndsAsHanzi(*feature.name))
+        if (feature.seen[CANDIDATE_UNICODE] > 0 || EndsAsHanzi(*feature.name))
             digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
         return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE],
                                  digit[CANDIDATE_UTF8]});
+    }
+
+    // Adding the same to all four digits changes no comparison of sums, so they are shifted until every
+    // encoding in whose text the state really occurs has a positive one, and none where it is foreign or
+    // hardly in use.
+    int ShiftOf(const Feature& feature, const std::array<int, CANDIDATES>& digit) const
+    {
+        constexpr int NONE = 100;
+        uint64_t all = 0;
+        for (const uint32_t count : feature.seen) all += count;
+        int raise = -NONE, limit = NONE;
+        for (size_t c = 0; c < CANDIDATES; ++c) {
+            const uint64_t seen = feature.seen[c];
+            if (c != CANDIDATE_UTF8) limit = std::min(limit, 10 - digit[c]);
+            if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
+                if (seen * 20 >= all) limit = std::min(limit, -digit[c]);
+            } else if (seen > 0 && IsInUse(feature, c) && (c == CANDIDATE_UNICODE || seen * 500 >= all)) {
+                raise = std::max(raise, 1 - digit[c]);
+            }
+        }
+        if (raise == -NONE) return std::min(limit, -*std::max_element(digit.begin(), digit.end()));
+        // Where GBK and Big5 lie further apart than the digits below 1 reach, the better one goes up.
+        raise = std::max(raise, -9 - std::min(digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5]));
+        return std::min(limit, raise);
     }
 
     // Rare characters do not count for their encoding: compressed data is full of them.

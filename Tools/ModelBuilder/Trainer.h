@@ -13,7 +13,7 @@
 #include "Samples.h"
 
 struct TrainingPlan {
-    uint64_t samples = 24'000'000;
+    uint64_t samples = 12'000'000;
     uint64_t seed = 1;
     size_t nodes = 109'000;  // slots that the packed table may take, decisive states not yet counted
 };
