@@ -24,15 +24,18 @@ void DrawLine(std::ofstream& out, const ChartLine& line, size_t number)
     for (size_t i = 0; i < line.points.size(); ++i)
         out << LEFT + STEP * static_cast<double>(i) << ',' << HeightOf(line.points[i].second) << ' ';
     const double y = TOP + 20 * static_cast<double>(number);
-    out << "'/>\n<text x='" << LEFT + STEP * 9 << "' y='" << y << "' fill='" << colour << "'>" << line.name << "</text>\n";
+    out << "'/>\n<text x='" << LEFT + STEP * 9 << "' y='" << y << "' fill='" << colour << "'>" << line.name
+        << "</text>\n";
 }
 }  // namespace
 
 void DrawChart(const std::vector<ChartLine>& lines, const std::string& path)
 {
     std::ofstream out(path);
-    out << "<svg xmlns='http://www.w3.org/2000/svg' width='840' height='500' font-family='sans-serif' font-size='13'>\n"
-           "<rect width='840' height='500' fill='white'/>\n<text x='70' y='20'>Samples decided right, all four encodings "
+    out << "<svg xmlns='http://www.w3.org/2000/svg' width='840' height='500' font-family='sans-serif' "
+           "font-size='13'>\n"
+           "<rect width='840' height='500' fill='white'/>\n<text x='70' y='20'>Samples decided right, all "
+           "four encodings "
            "together, by length in characters</text>\n";
     for (const double right : {0.0, 90.0, 99.0, 99.9, 99.99}) {
         const double y = HeightOf(right);
@@ -41,8 +44,8 @@ void DrawChart(const std::vector<ChartLine>& lines, const std::string& path)
     }
     if (!lines.empty())
         for (size_t i = 0; i < lines[0].points.size(); ++i)
-            out << "<text x='" << LEFT + STEP * static_cast<double>(i) - 6 << "' y='" << TOP + HEIGHT + 24 << "'>"
-                << lines[0].points[i].first << "</text>\n";
+            out << "<text x='" << LEFT + STEP * static_cast<double>(i) - 6 << "' y='" << TOP + HEIGHT + 24
+                << "'>" << lines[0].points[i].first << "</text>\n";
     for (size_t i = 0; i < lines.size(); ++i) DrawLine(out, lines[i], i);
     out << "</svg>\n";
 }

@@ -1,4 +1,5 @@
-// A line chart of accuracy against length as SVG; lengths are spaced by their order, errors by their logarithm.
+// A line chart of accuracy against length as SVG; lengths are spaced by their order, errors by their
+// logarithm.
 #ifndef BENCH_DETECTION_CHART_H
 #define BENCH_DETECTION_CHART_H
 

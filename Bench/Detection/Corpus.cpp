@@ -56,11 +56,12 @@ std::string Encode(const Encoding& encoding, const Text& text)
 {
     UErrorCode status = U_ZERO_ERROR;
     static const auto deleter = [](UConverter* converter) { ucnv_close(converter); };
-    const std::unique_ptr<UConverter, decltype(deleter)> converter(ucnv_open(encoding.converter, &status), deleter);
+    const std::unique_ptr<UConverter, decltype(deleter)> converter(ucnv_open(encoding.converter, &status),
+                                                                   deleter);
     ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     std::string bytes(text.size() * 4 + 8, '\0');
-    const int32_t length = ucnv_fromUChars(converter.get(), bytes.data(), static_cast<int32_t>(bytes.size()), text.data(),
-                                           static_cast<int32_t>(text.size()), &status);
+    const int32_t length = ucnv_fromUChars(converter.get(), bytes.data(), static_cast<int32_t>(bytes.size()),
+                                           text.data(), static_cast<int32_t>(text.size()), &status);
     if (U_FAILURE(status)) return "";
     bytes.resize(static_cast<size_t>(length));
     return bytes;
@@ -106,12 +107,13 @@ private:
                 Window(text, kind, encoding, "windows", length, LeastHan(length), length);
             Window(text, kind, encoding, "sparse", 24, 1, 2);
             Pieces(text, kind, encoding);
+            Mixed(text, kind, encoding);
         }
     }
 
     // Windows of `length` units with `least` to `most` hanzi.
-    void Window(const Text& text, const std::string& kind, const Encoding& encoding, const char* test, int length,
-                int least, int most)
+    void Window(const Text& text, const std::string& kind, const Encoding& encoding, const char* test,
+                int length, int least, int most)
     {
         const auto size = static_cast<size_t>(length);
         if (text.size() <= size) return;
@@ -136,8 +138,35 @@ private:
             const bool wide = encoding.answer == ENCODE_UNICODE;
             if (bytes.size() < 310) continue;
             bytes = bytes.substr(wide ? 2 * Below(4) : Below(9), 300);
-            if (i % 3 == 0) bytes.insert(wide ? bytes.size() - 1 : Below(bytes.size()), 1, static_cast<char>(0x80 + Below(128)));
+            if (i % 3 == 0)
+                bytes.insert(wide ? bytes.size() - 1 : Below(bytes.size()), 1,
+                             static_cast<char>(0x80 + Below(128)));
             m_samples.push_back({"pieces", encoding.name, kind, 300, std::move(bytes), encoding.answer});
+        }
+    }
+
+    // Files of 2,000 characters that begin with something else: one line in another encoding, a screen of
+    // English, of another language; or that hold one name in another encoding. What prevails is the answer.
+    void Mixed(const Text& text, const std::string& kind, const Encoding& encoding)
+    {
+        const std::vector<fs::path> foreign = FilesIn(fs::path(m_folder) / "foreign");
+        if (encoding.answer == ENCODE_UNICODE || text.size() <= 2100 || foreign.empty()) return;
+        const std::string english = ReadAll(fs::path(m_folder) / "ascii" / "english.txt");
+        for (int i = 0; i < m_count / 5; ++i) {
+            std::string bytes = Encode(encoding, text.substr(Below(text.size() - 2000), 2000));
+            const Encoding& other = ENCODINGS[Below(3)];
+            Text line = text.substr(Below(text.size() - 100), 5 + Below(60));
+            line = line.substr(0, line.find(u'\n'));
+            const std::string odd = Encode(other, line);
+            if (bytes.empty() || odd.empty() || other.answer == encoding.answer) continue;
+            const std::string strange = ReadAll(foreign[Below(foreign.size())]).substr(0, 400);
+            const std::string heads[] = {
+                odd + '\n', english.substr(Below(english.size() - 1200), 1200) + '\n', strange + '\n'};
+            for (const std::string& head : heads)
+                m_samples.push_back({"mixed", encoding.name, kind, 2000, head + bytes, encoding.answer});
+            bytes.insert(bytes.find('\n') == std::string::npos ? 0 : bytes.find('\n') + 1,
+                         odd.substr(0, 6) + '\n');
+            m_samples.push_back({"mixed", encoding.name, kind, 2000, bytes, encoding.answer});
         }
     }
 
@@ -147,7 +176,9 @@ private:
             for (const fs::path& path : FilesIn(fs::path(m_folder) / "files" / encoding.name)) {
                 const std::string bytes = ReadAll(path);
                 const bool legacy = path.filename().string().starts_with("legacy");
-                const std::string kind = legacy ? "legacy" : path.filename().string().back() == 't' ? "hant/page" : "hans/page";
+                const std::string kind = legacy                                   ? "legacy"
+                                         : path.filename().string().back() == 't' ? "hant/page"
+                                                                                  : "hans/page";
                 m_samples.push_back({"files", encoding.name, kind, 0, bytes, encoding.answer});
                 if (encoding.answer != ENCODE_UNICODE) Lines(bytes, kind, encoding);
             }
@@ -180,7 +211,8 @@ private:
     void ForeignPieces()
     {
         for (const fs::path& path : FilesIn(fs::path(m_folder) / "foreign"))
-            for (const int length : {64, 128, 256, 1024, 4096}) CutPieces(path, "foreign", length, ENCODE_UNKNOWN);
+            for (const int length : {64, 128, 256, 1024, 4096})
+                CutPieces(path, "foreign", length, ENCODE_UNKNOWN);
     }
 
     void CutPieces(const fs::path& path, const char* test, int length, int answer)
@@ -206,4 +238,23 @@ private:
 std::vector<JudgedSample> DrawSamples(const std::string& folder, int count)
 {
     return CDrawer(folder, count).Draw();
+}
+
+std::vector<JudgedSample> DrawLargeFiles(const std::string& folder)
+{
+    std::vector<JudgedSample> files;
+    for (const char* script : {"hans", "hant"})
+        for (const fs::path& path : FilesIn(fs::path(folder) / "windows" / script))
+            for (const Encoding& encoding : ENCODINGS) {
+                if (encoding.answer == ENCODE_BIG5 && std::string(script) == "hans") continue;
+                std::istringstream lines(ReadAll(path));
+                std::string bytes;
+                for (std::string line; bytes.size() < 1'000'000 && std::getline(lines, line);) {
+                    const icu::UnicodeString text = icu::UnicodeString::fromUTF8(line + '\n');
+                    bytes += Encode(encoding, Text(text.getBuffer(), static_cast<size_t>(text.length())));
+                }
+                files.push_back({"early", encoding.name, std::string(script) + '/' + path.stem().string(), 0,
+                                 bytes, encoding.answer});
+            }
+    return files;
 }

@@ -1,7 +1,7 @@
 // The judge's samples: pieces of texts that the trainer never saw, encoded, with the right answer.
 //
-// Each sample belongs to a test (what is measured), a kind (what text) and a length. The same seed gives the same
-// samples. Text is kept as UTF-16 code units, so that all detectors get the very same characters.
+// Each sample belongs to a test (what is measured), a kind (what text) and a length. The same seed gives the
+// same samples. Text is kept as UTF-16 code units, so that all detectors get the very same characters.
 #ifndef BENCH_DETECTION_CORPUS_H
 #define BENCH_DETECTION_CORPUS_H
 
@@ -9,13 +9,16 @@
 #include <vector>
 
 struct JudgedSample {
-    std::string test;      // windows, sparse, pieces, files, lines, ascii, foreign, mark
+    std::string test;      // windows, sparse, pieces, mixed, files, lines, ascii, foreign
     std::string encoding;  // gbk, big5, utf8, utf16, or none where "undecided" is right
     std::string kind;      // script/kind of text
     int length = 0;        // characters or bytes, 0 for whole files
     std::string bytes;
     int answer = 0;  // the library's code
 };
+
+// A mebibyte or so of every kind of running text in every encoding, characters that it lacks left out.
+std::vector<JudgedSample> DrawLargeFiles(const std::string& folder);
 
 // Draws `count` samples for each test, encoding, kind and length from `folder`, as fetch-judge-texts left it.
 std::vector<JudgedSample> DrawSamples(const std::string& folder, int count);

@@ -27,7 +27,8 @@ int Uchardet(const std::string& text)
 int Icu(const std::string& text)
 {
     UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<UCharsetDetector, decltype(&ucsdet_close)> detector(ucsdet_open(&status), ucsdet_close);
+    const std::unique_ptr<UCharsetDetector, decltype(&ucsdet_close)> detector(ucsdet_open(&status),
+                                                                              ucsdet_close);
     ucsdet_setText(detector.get(), text.data(), static_cast<int32_t>(text.size()), &status);
     int32_t found = 0;
     const UCharsetMatch** matches = ucsdet_detectAll(detector.get(), &found, &status);
@@ -39,7 +40,8 @@ int Icu(const std::string& text)
 int Enca(const std::string& text)
 {
     static const EncaAnalyser analyser = enca_analyser_alloc("zh");  // lives as long as the program
-    const EncaEncoding found = enca_analyse_const(analyser, reinterpret_cast<const unsigned char*>(text.data()), text.size());
+    const EncaEncoding found =
+        enca_analyse_const(analyser, reinterpret_cast<const unsigned char*>(text.data()), text.size());
     const char* name = enca_charset_name(found.charset, ENCA_NAME_STYLE_ENCA);
     return name == nullptr ? ENCODE_UNKNOWN : CodeOfName(name);
 }
@@ -48,13 +50,18 @@ int ZhAutoconvert(const std::string& text)
 {
     std::string copy = text;
     const int code = j_code(copy.data(), static_cast<int>(copy.size()));
-    return code == 1 ? ENCODE_GBK : code == 2 ? ENCODE_BIG5 : code == 0x10 ? ENCODE_UNICODE : code == 0x40 ? ENCODE_UTF8 : ENCODE_UNKNOWN;
+    return code == 1      ? ENCODE_GBK
+           : code == 2    ? ENCODE_BIG5
+           : code == 0x10 ? ENCODE_UNICODE
+           : code == 0x40 ? ENCODE_UTF8
+                          : ENCODE_UNKNOWN;
 }
 }  // namespace
 
 int CodeOfName(std::string name)
 {
-    std::transform(name.begin(), name.end(), name.begin(), [](char c) { return static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c); });
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c); });
     if (name.empty() || name == "null" || name == "???" || name == "unknown") return ENCODE_UNKNOWN;
     if (name.starts_with("gb") || name == "ascii" || name == "us-ascii" || name == "hz") return ENCODE_GBK;
     if (name.starts_with("big5")) return ENCODE_BIG5;

@@ -8,7 +8,8 @@
 
 struct Detector {
     std::string name;
-    std::function<int(const std::string&)> detect;  // the library's codes; -1 for an encoding that is none of them
+    std::function<int(const std::string&)>
+        detect;  // the library's codes; -1 for an encoding that is none of them
 };
 
 // The library through TQ_CodeDetect; its model must be loaded.

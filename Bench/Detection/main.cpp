@@ -4,9 +4,9 @@
 //   ROOT       folder whose Data/CodeTrans.model is judged
 //   TEXTS      what fetch-judge-texts collected (its folder "judge")
 //   OUTPUT     folder for accuracy.tsv, accuracy.svg and errors.txt (our errors: test, kind, answer, bytes)
-//   COUNT      samples a cell, 100 by default; 0 others are run when COUNT has a "+" in front
+//   COUNT      samples a cell, 100 by default; +COUNT judges the library alone
 //   JSCHARDET  folder of the npm package, judged through node
-// The table goes to standard output.
+// The table goes to standard output, then how many bytes of a file decide it (Early.h).
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -19,6 +19,7 @@
 #include "CodeTrans.h"
 #include "Corpus.h"
 #include "Detectors.h"
+#include "Early.h"
 
 namespace
 {
@@ -38,13 +39,15 @@ std::string Hex(const std::string& bytes)
 }
 
 // jschardet's answers, by a node process that reads the samples from a file.
-std::vector<int> AskJschardet(const std::vector<JudgedSample>& samples, const std::string& output, const std::string& package)
+std::vector<int> AskJschardet(const std::vector<JudgedSample>& samples, const std::string& output,
+                              const std::string& package)
 {
     const std::string in = output + "/samples.hex", out = output + "/jschardet.txt";
     std::ofstream file(in);
     for (const JudgedSample& sample : samples) file << Hex(sample.bytes.substr(0, 20000)) << '\n';
     file.close();
-    const std::string command = "node '" DETECTION_BENCH_FOLDER "/jschardet.cjs' '" + package + "' < '" + in + "' > '" + out + "'";
+    const std::string command =
+        "node '" DETECTION_BENCH_FOLDER "/jschardet.cjs' '" + package + "' < '" + in + "' > '" + out + "'";
     if (std::system(command.c_str()) != 0) throw std::runtime_error("node failed");
     std::vector<int> answers;
     std::ifstream names(out);
@@ -60,13 +63,15 @@ struct Verdicts {
     std::vector<int> answers;
 };
 
-void WriteTsv(const std::vector<JudgedSample>& samples, const std::vector<Verdicts>& detectors, const std::string& path)
+void WriteTsv(const std::vector<JudgedSample>& samples, const std::vector<Verdicts>& detectors,
+              const std::string& path)
 {
     std::map<std::string, Tally> cells;
     for (const Verdicts& detector : detectors)
         for (size_t i = 0; i < samples.size(); ++i) {
             const JudgedSample& s = samples[i];
-            Tally& cell = cells[s.test + '\t' + s.encoding + '\t' + s.kind + '\t' + std::to_string(s.length) + '\t' + detector.name];
+            Tally& cell = cells[s.test + '\t' + s.encoding + '\t' + s.kind + '\t' + std::to_string(s.length) +
+                                '\t' + detector.name];
             ++cell.all;
             cell.right += detector.answers[i] == s.answer;
         }
@@ -75,13 +80,15 @@ void WriteTsv(const std::vector<JudgedSample>& samples, const std::vector<Verdic
     for (const auto& [key, cell] : cells) out << key << '\t' << cell.right << '\t' << cell.all << '\n';
 }
 
-void WriteErrors(const std::vector<JudgedSample>& samples, const std::vector<int>& answers, const std::string& path)
+void WriteErrors(const std::vector<JudgedSample>& samples, const std::vector<int>& answers,
+                 const std::string& path)
 {
     std::ofstream out(path);
     for (size_t i = 0; i < samples.size(); ++i)
         if (answers[i] != samples[i].answer)
-            out << samples[i].test << '\t' << samples[i].encoding << '\t' << samples[i].kind << '\t' << samples[i].length << '\t'
-                << answers[i] << '\t' << Hex(samples[i].bytes.substr(0, 200)) << '\n';
+            out << samples[i].test << '\t' << samples[i].encoding << '\t' << samples[i].kind << '\t'
+                << samples[i].length << '\t' << answers[i] << '\t' << Hex(samples[i].bytes.substr(0, 200))
+                << '\n';
 }
 
 // One row a test and length, one column a detector; our own figure by encoding behind.
@@ -92,8 +99,8 @@ void PrintTable(const std::vector<JudgedSample>& samples, const std::vector<Verd
     for (size_t i = 0; i < samples.size(); ++i) {
         const JudgedSample& s = samples[i];
         // Foreign text by kind, the rest by length.
-        const std::pair<std::string, int> key{s.test == "foreign" || s.test == "ascii" ? s.test + ' ' + s.kind : s.test,
-                                              s.length};
+        const std::pair<std::string, int> key{
+            s.test == "foreign" || s.test == "ascii" ? s.test + ' ' + s.kind : s.test, s.length};
         std::vector<Tally>& row = rows[key];
         row.resize(detectors.size());
         for (size_t d = 0; d < detectors.size(); ++d) {
@@ -104,11 +111,13 @@ void PrintTable(const std::vector<JudgedSample>& samples, const std::vector<Verd
         ++own.all;
         own.right += detectors[0].answers[i] == s.answer;
     }
-    std::cout << std::left << std::setw(22) << "test" << std::right << std::setw(7) << "length" << std::setw(8) << "samples";
+    std::cout << std::left << std::setw(22) << "test" << std::right << std::setw(7) << "length"
+              << std::setw(8) << "samples";
     for (const Verdicts& detector : detectors) std::cout << std::setw(16) << detector.name;
     std::cout << "   ours by encoding\n" << std::fixed << std::setprecision(2);
     for (const auto& [key, row] : rows) {
-        std::cout << std::left << std::setw(22) << key.first << std::right << std::setw(7) << key.second << std::setw(8) << row[0].all;
+        std::cout << std::left << std::setw(22) << key.first << std::right << std::setw(7) << key.second
+                  << std::setw(8) << row[0].all;
         for (const Tally& cell : row) std::cout << std::setw(16) << cell.Percent();
         std::cout << "  ";
         for (const auto& [encoding, cell] : ours[key]) std::cout << ' ' << encoding << ' ' << cell.Percent();
@@ -116,7 +125,8 @@ void PrintTable(const std::vector<JudgedSample>& samples, const std::vector<Verd
     }
 }
 
-std::vector<ChartLine> LinesOf(const std::vector<JudgedSample>& samples, const std::vector<Verdicts>& detectors)
+std::vector<ChartLine> LinesOf(const std::vector<JudgedSample>& samples,
+                               const std::vector<Verdicts>& detectors)
 {
     std::vector<ChartLine> lines;
     for (const Verdicts& detector : detectors) {
@@ -137,7 +147,8 @@ std::vector<ChartLine> LinesOf(const std::vector<JudgedSample>& samples, const s
 int Judge(int argc, char** argv)
 {
     const std::string output = argv[3], count = argc > 4 ? argv[4] : "100";
-    if (TQ_Init(argv[1], nullptr) != 1) throw std::runtime_error(std::string("no model in ") + argv[1] + "/Data");
+    if (TQ_Init(argv[1], nullptr) != 1)
+        throw std::runtime_error(std::string("no model in ") + argv[1] + "/Data");
     const std::vector<JudgedSample> samples = DrawSamples(argv[2], std::abs(std::atoi(count.c_str())));
     std::vector<Detector> detectors = OtherDetectors();
     if (count[0] == '+') detectors.clear();
@@ -146,13 +157,15 @@ int Judge(int argc, char** argv)
     for (const Detector& detector : detectors) {
         std::cerr << detector.name << '\n';
         verdicts.push_back({detector.name, {}});
-        for (const JudgedSample& sample : samples) verdicts.back().answers.push_back(detector.detect(sample.bytes));
+        for (const JudgedSample& sample : samples)
+            verdicts.back().answers.push_back(detector.detect(sample.bytes));
     }
     if (argc > 5) verdicts.push_back({"jschardet", AskJschardet(samples, output, argv[5])});
     PrintTable(samples, verdicts);
     WriteTsv(samples, verdicts, output + "/accuracy.tsv");
     WriteErrors(samples, verdicts[0].answers, output + "/errors.txt");
     DrawChart(LinesOf(samples, verdicts), output + "/accuracy.svg");
+    PrintEarly(argv[2]);
     TQ_Exit();
     return 0;
 }

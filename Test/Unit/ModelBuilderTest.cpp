@@ -1,5 +1,5 @@
-// The model builder: packing gives back every state, falling back follows the bytes, the committed model is what the
-// committed text files pack to.
+// The model builder: packing gives back every state, falling back follows the bytes, the committed model is
+// what the committed text files pack to.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -29,7 +29,8 @@ std::vector<PackableState> RandomStates(unsigned seed)
         taken[parent][byte] = true;
         taken.emplace_back(256);
         const int fail = static_cast<int>(random() % states.size());
-        states.push_back({static_cast<int>(parent), static_cast<uint8_t>(byte), fail, static_cast<int>(random() % 160000)});
+        states.push_back({static_cast<int>(parent), static_cast<uint8_t>(byte), fail,
+                          static_cast<int>(random() % 160000)});
     }
     states.push_back({-1, 0, 0, TRIE_VALUE_NONE});  // entered by failure links only
     return states;
@@ -54,7 +55,8 @@ void CheckPacking(const std::vector<PackableState>& states, const PackedTrie& pa
         ASSERT_LT(static_cast<size_t>(at(s).nBase) + 255, packed.nodes.size());
         int found = 0;
         for (int byte = 0; byte < 256; ++byte) found += at(at(s).nBase + byte).nCheck == s;
-        ASSERT_EQ(found, children[static_cast<size_t>(s)]) << "node " << s << " has children that are not its own";
+        ASSERT_EQ(found, children[static_cast<size_t>(s)])
+            << "node " << s << " has children that are not its own";
     }
 }
 
@@ -67,22 +69,23 @@ TEST(ModelBuilder, PackingGivesBackEveryTransitionAndLink)
     }
 }
 
-// What is left of a string when its first unit turns out to lead nowhere; every chain ends at the start's root.
+// What is left of a string when its first unit turns out to lead nowhere; every chain ends at the start's
+// root.
 TEST(ModelBuilder, StatesFallBackInStepWithTheText)
 {
     StateValues states = ReadPatterns(DATA + "/Patterns.txt");
     const std::tuple<Region, const char*, Region, const char*> cases[] = {
-        {REGION_START, "\xD6", REGION_MAIN, "\xD6"},              // the start's twin
-        {REGION_MAIN, "\xD6\xD0", REGION_MAIN, ""},               // a pair ended
-        {REGION_MAIN, "\x61\x8C", REGION_UNIT, "\x8C"},           // a unit, or ASCII and a lead byte
-        {REGION_UNIT, "\x8C\x8C", REGION_NEXT_UNIT, "\x8C"},      //
-        {REGION_MAIN, "\xE4\xB8", REGION_THIRD, ""},              // two thirds of a UTF-8 character, or a pair
-        {REGION_MAIN, "\xE4\xB8\xAD", REGION_AFTER, "\xAD"},      // all of it, or a pair and a lead byte
-        {REGION_AFTER, "\xAD\xE4", REGION_SECOND, "\xE4"},        // the next one, or that pair's trail byte
-        {REGION_SECOND, "\xE4\xB8", REGION_MAIN, "\xB8"},         //
-        {REGION_SECOND, "\xE4\xB8\xAD", REGION_MAIN, ""},         // six bytes: all readings meet
-        {REGION_MAIN, "\xA1\xA3\x0A", REGION_MAIN, "\x0A"},       // a line end behind a pair
-        {REGION_MAIN, "\xA1\xA3\x0A\xD4", REGION_MAIN, "\xD4"},   //
+        {REGION_START, "\xD6", REGION_MAIN, "\xD6"},             // the start's twin
+        {REGION_MAIN, "\xD6\xD0", REGION_MAIN, ""},              // a pair ended
+        {REGION_MAIN, "\x61\x8C", REGION_UNIT, "\x8C"},          // a unit, or ASCII and a lead byte
+        {REGION_UNIT, "\x8C\x8C", REGION_NEXT_UNIT, "\x8C"},     //
+        {REGION_MAIN, "\xE4\xB8", REGION_THIRD, ""},             // two thirds of a UTF-8 character, or a pair
+        {REGION_MAIN, "\xE4\xB8\xAD", REGION_AFTER, "\xAD"},     // all of it, or a pair and a lead byte
+        {REGION_AFTER, "\xAD\xE4", REGION_SECOND, "\xE4"},       // the next one, or that pair's trail byte
+        {REGION_SECOND, "\xE4\xB8", REGION_MAIN, "\xB8"},        //
+        {REGION_SECOND, "\xE4\xB8\xAD", REGION_MAIN, ""},        // six bytes: all readings meet
+        {REGION_MAIN, "\xA1\xA3\x0A", REGION_MAIN, "\x0A"},      // a line end behind a pair
+        {REGION_MAIN, "\xA1\xA3\x0A\xD4", REGION_MAIN, "\xD4"},  //
         {REGION_MAIN, "\xE3\x80\x82\x0A\xE4", REGION_MAIN, "\xE4"},
     };
     for (const auto& [region, path, toRegion, toPath] : cases) {
@@ -94,9 +97,11 @@ TEST(ModelBuilder, StatesFallBackInStepWithTheText)
 
 TEST(ModelBuilder, CommittedFilesPackToTheCommittedModel)
 {
-    const std::string content = ModelContent(CEncoder(DATA + "/Mappings"), ReadPatterns(DATA + "/Patterns.txt"));
+    const std::string content =
+        ModelContent(CEncoder(DATA + "/Mappings"), ReadPatterns(DATA + "/Patterns.txt"));
     EXPECT_LE(content.size(), 2'000'000U);
-    EXPECT_TRUE(content == ReadFile(DATA + "/CodeTrans.model")) << "Data/CodeTrans.model is not what the files give";
+    EXPECT_TRUE(content == ReadFile(DATA + "/CodeTrans.model"))
+        << "Data/CodeTrans.model is not what the files give";
 }
 
 TEST(ModelBuilder, TextFormsReadBackAsWritten)

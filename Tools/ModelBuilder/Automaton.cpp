@@ -10,7 +10,8 @@ bool IsUtf8Lead(unsigned byte)
 
 bool OpensUtf8(const std::string& path)
 {
-    return path.size() >= 2 && ByteAt(path, 0) >= 0xE0 && ByteAt(path, 0) <= 0xEF && IsUtf8Tail(ByteAt(path, 1));
+    return path.size() >= 2 && ByteAt(path, 0) >= 0xE0 && ByteAt(path, 0) <= 0xEF &&
+           IsUtf8Tail(ByteAt(path, 1));
 }
 
 bool StartsWithUtf8Character(const std::string& path)
@@ -32,8 +33,8 @@ void AddState(StateValues& states, Region region, const std::string& path)
 StateValues BasicStates()
 {
     StateValues states;
-    for (const Region region : {REGION_START, REGION_AFTER, REGION_UNIT, REGION_NEXT_UNIT, REGION_THIRD, REGION_MAIN,
-                                REGION_SECOND})
+    for (const Region region : {REGION_START, REGION_AFTER, REGION_UNIT, REGION_NEXT_UNIT, REGION_THIRD,
+                                REGION_MAIN, REGION_SECOND})
         AddState(states, region, "");
     for (int byte = 0; byte < 256; ++byte)
         for (const Region region : {REGION_START, REGION_MAIN})
@@ -48,7 +49,8 @@ bool IsLineEnd(char byte)
     return byte == '\n' || byte == '\r';
 }
 
-// What a state of M means once its first unit is given up: the rest of its bytes, read from where that unit ended.
+// What a state of M means once its first unit is given up: the rest of its bytes, read from where that unit
+// ended.
 StateName WithoutFirstUnit(const std::string& path)
 {
     if (path.size() < 2) return {REGION_MAIN, ""};
@@ -69,16 +71,22 @@ StateName FallBack(const StateName& state)
 {
     const std::string& path = state.path;
     switch (state.region) {
-        case REGION_START: return {path.empty() ? REGION_START : REGION_MAIN, path};
-        case REGION_MAIN: return path.empty() ? StateName{REGION_START, ""} : WithoutFirstUnit(path);
-        case REGION_THIRD: return path.empty() ? StateName{REGION_MAIN, ""} : StateName{REGION_AFTER, path};
+        case REGION_START:
+            return {path.empty() ? REGION_START : REGION_MAIN, path};
+        case REGION_MAIN:
+            return path.empty() ? StateName{REGION_START, ""} : WithoutFirstUnit(path);
+        case REGION_THIRD:
+            return path.empty() ? StateName{REGION_MAIN, ""} : StateName{REGION_AFTER, path};
         case REGION_AFTER:
             if (path.size() < 2) return {REGION_MAIN, path};
-            return IsUtf8Lead(ByteAt(path, 1)) ? StateName{REGION_SECOND, path.substr(1)} : StateName{REGION_MAIN, ""};
+            return IsUtf8Lead(ByteAt(path, 1)) ? StateName{REGION_SECOND, path.substr(1)}
+                                               : StateName{REGION_MAIN, ""};
         case REGION_UNIT:
-            return path.size() == 2 ? StateName{REGION_NEXT_UNIT, path.substr(1)} : StateName{REGION_MAIN, ""};
+            return path.size() == 2 ? StateName{REGION_NEXT_UNIT, path.substr(1)}
+                                    : StateName{REGION_MAIN, ""};
         case REGION_NEXT_UNIT:
-            if (path.size() == 2 && ByteAt(path, 1) > 0x80 && ByteAt(path, 1) < 0xA0) return {REGION_UNIT, path.substr(1)};
+            if (path.size() == 2 && ByteAt(path, 1) > 0x80 && ByteAt(path, 1) < 0xA0)
+                return {REGION_UNIT, path.substr(1)};
             return {REGION_MAIN, ""};
         case REGION_SECOND:
             if (path.size() < 2) return {REGION_MAIN, ""};

@@ -1,6 +1,7 @@
 // From texts to statistics: which sources make up which class, and how words are weighed.
 //
-// The classes are fixed here, since the trainer's recipes name them. Sources are the files that fetch-texts leaves.
+// The classes are fixed here, since the trainer's recipes name them. Sources are the files that fetch-texts
+// leaves.
 #ifndef MODEL_BUILDER_COUNTING_H
 #define MODEL_BUILDER_COUNTING_H
 

@@ -9,6 +9,7 @@
 namespace
 {
 constexpr double BEYOND_DOUBT = 1e-6;
+constexpr double RARE = 5e-5;    // share of a character that may start a line by chance
 constexpr double UNSEEN = 1e-8;  // share of what the statistics do not hold
 constexpr size_t MOST_ENDS = 12, MOST_STARTS = 250;
 constexpr std::pair<const wchar_t*, double> LINE_ENDS[] = {
@@ -20,9 +21,9 @@ struct Seam {
     int code;
 };
 
-// Shares of characters before and after a line end.
+// Shares of characters before and after a line end, and anywhere.
 struct Seams {
-    std::map<wchar_t, double> ends, starts;
+    std::map<wchar_t, double> ends, starts, anywhere;
 };
 
 Seams SeamsOf(const CSampleSource& source, const std::string& script)
@@ -32,9 +33,13 @@ Seams SeamsOf(const CSampleSource& source, const std::string& script)
         const Statistics& counted = source.Counted(script + '-' + genre);
         const Successors& lines = counted.characters.at(L'\n');
         for (const auto& [next, count] : lines.next) seams.starts[next] += 0.5 * count / lines.total;
-        for (const auto& [character, entry] : counted.characters)
+        double all = 0;
+        for (const auto& [character, entry] : counted.characters) all += entry.total;
+        for (const auto& [character, entry] : counted.characters) {
+            seams.anywhere[character] += 0.5 * entry.total / all;
             if (const auto end = entry.next.find(L'\n'); end != entry.next.end())
                 seams.ends[character] += 0.5 * end->second / lines.total;
+        }
     }
     return seams;
 }
@@ -84,30 +89,37 @@ public:
         for (const Seams* seams : {&m_hans, &m_hant}) {
             const auto ends = Top(seams->ends, MOST_ENDS, [](wchar_t c) { return c < 0x3400 || c > 0x9FFF; });
             const auto starts = Top(seams->starts, MOST_STARTS, [](wchar_t) { return true; });
-            for (const Candidate candidate : {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UTF8, CANDIDATE_UNICODE}) {
+            for (const Candidate candidate :
+                 {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UTF8, CANDIDATE_UNICODE}) {
                 if (candidate == CANDIDATE_BIG5 && seams == &m_hans) continue;
                 for (const wchar_t end : ends)
                     for (const wchar_t start : starts)
                         if (IsBeyondDoubt(candidate, *seams, end, start)) Add(candidate, *seams, end, start);
             }
         }
-        std::stable_sort(m_found.begin(), m_found.end(), [](const Seam& a, const Seam& b) { return a.share > b.share; });
+        std::stable_sort(m_found.begin(), m_found.end(),
+                         [](const Seam& a, const Seam& b) { return a.share > b.share; });
         return m_found;
     }
 
 private:
     bool IsBeyondDoubt(Candidate candidate, const Seams& own, wchar_t end, wchar_t start) const
     {
-        const std::string first = m_encoder.Encode(candidate, {end}), second = m_encoder.Encode(candidate, {start});
+        const std::string first = m_encoder.Encode(candidate, {end}),
+                          second = m_encoder.Encode(candidate, {start});
         if (candidate == CANDIDATE_UTF8) return first.size() == 3 && second.size() == 3;
         if (candidate == CANDIDATE_UNICODE) return ByteAt(first, 1) >= 0x20 && ByteAt(second, 1) >= 0x20;
         if (!IsPlainPair(first) || !IsPlainPair(second)) return false;
         const bool gbk = candidate == CANDIDATE_GBK;
         const auto& mapping = gbk ? m_encoder.Big5() : m_encoder.Gbk();
         double other = 0;
-        for (const Seams* seams : {&m_hans, &m_hant})
-            if (!gbk || seams == &m_hant)
-                other = std::max(other, ShareOf(seams->ends, ReadAs(mapping, first)) * ShareOf(seams->starts, ReadAs(mapping, second)));
+        for (const Seams* seams : {&m_hans, &m_hant}) {
+            if (gbk && seams == &m_hans) continue;
+            const wchar_t asEnd = ReadAs(mapping, first), asStart = ReadAs(mapping, second);
+            // Behind an odd line, the text proper may start with any of its characters.
+            if (ShareOf(seams->anywhere, asStart) > RARE) return false;
+            other = std::max(other, ShareOf(seams->ends, asEnd) * ShareOf(seams->starts, asStart));
+        }
         return other < BEYOND_DOUBT * ShareOf(own.ends, end) * ShareOf(own.starts, start);
     }
 
@@ -118,7 +130,8 @@ private:
             for (const Region region : {REGION_MAIN, REGION_SECOND}) {
                 if (region == REGION_SECOND && candidate != CANDIDATE_UTF8) continue;
                 const std::string path = m_encoder.Encode(candidate, end + std::wstring(lineEnd) + start);
-                m_found.push_back({weight * seams.ends.at(end) * seams.starts.at(start), {region, path}, CODES[candidate]});
+                m_found.push_back(
+                    {weight * seams.ends.at(end) * seams.starts.at(start), {region, path}, CODES[candidate]});
             }
     }
 
@@ -139,7 +152,8 @@ void InheritValues(StateValues& states, const StateValues& before)
 }
 }  // namespace
 
-void AddDecisiveStates(StateValues& states, const CSampleSource& source, const CEncoder& encoder, size_t nodes)
+void AddDecisiveStates(StateValues& states, const CSampleSource& source, const CEncoder& encoder,
+                       size_t nodes)
 {
     const std::vector<Seam> seams = CSeamFinder(source, encoder).Find();
     for (size_t count = seams.size(); count > 0; count -= count / 20 + 1) {
@@ -151,7 +165,8 @@ void AddDecisiveStates(StateValues& states, const CSampleSource& source, const C
         InheritValues(extended, states);
         if (extended.size() > nodes) continue;
         const size_t packed = PackStates(LinkStates(extended)).nodes.size();
-        std::cerr << count << " seams of " << seams.size() << ", " << extended.size() << " states in " << packed << " nodes\n";
+        std::cerr << count << " seams of " << seams.size() << ", " << extended.size() << " states in "
+                  << packed << " nodes\n";
         if (packed > nodes) continue;
         states = extended;
         return;

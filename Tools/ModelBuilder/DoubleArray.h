@@ -1,7 +1,7 @@
 // Packing of a tree of states into the detector's node array: children of s at nBase(s) + byte, nCheck = s.
 //
-// Guarantees: state 0 becomes node 0; nBase + 255 of every node lies inside the table; every slot that is no node
-// has an nCheck of -1 and adds nothing. Large child sets go first, the rest fill the holes.
+// Guarantees: state 0 becomes node 0; nBase + 255 of every node lies inside the table; every slot that is no
+// node has an nCheck of -1 and adds nothing. Large child sets go first, the rest fill the holes.
 #ifndef MODEL_BUILDER_DOUBLE_ARRAY_H
 #define MODEL_BUILDER_DOUBLE_ARRAY_H
 

@@ -39,7 +39,8 @@ std::vector<uint16_t> ReadMapping(const std::string& path)
         if (pair.size() != 2) throw std::runtime_error("no pair at the start of a line of " + path);
         const auto lead = static_cast<unsigned char>(pair[0]);
         for (auto trail = static_cast<unsigned char>(pair[1]); cells >> cell; ++trail)
-            if (cell != "----") mapping[PairIndex(lead, trail)] = static_cast<uint16_t>(std::stoi(cell, nullptr, 16));
+            if (cell != "----")
+                mapping[PairIndex(lead, trail)] = static_cast<uint16_t>(std::stoi(cell, nullptr, 16));
     }
     return mapping;
 }

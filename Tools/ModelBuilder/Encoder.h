@@ -1,7 +1,7 @@
 // The mapping tables as text, and from them the encoding of training text in each of the four encodings.
 //
-// A pair that no table defines decodes to U+FFFD. Of several pairs for one character the encoder takes the lowest
-// with a lead byte of A1 and above, as other programs do, and only then the lowest of all.
+// A pair that no table defines decodes to U+FFFD. Of several pairs for one character the encoder takes the
+// lowest with a lead byte of A1 and above, as other programs do, and only then the lowest of all.
 #ifndef MODEL_BUILDER_ENCODER_H
 #define MODEL_BUILDER_ENCODER_H
 

@@ -12,8 +12,8 @@ std::string ValueText(int value)
 {
     if (value == TRIE_VALUE_NONE) return "-";
     const TrieAdjustments add = UnpackTrieValue(value);
-    std::string text = std::to_string(add.gbk) + ',' + std::to_string(add.big5) + ',' + std::to_string(add.unicode) +
-                       ',' + std::to_string(add.utf8);
+    std::string text = std::to_string(add.gbk) + ',' + std::to_string(add.big5) + ',' +
+                       std::to_string(add.unicode) + ',' + std::to_string(add.utf8);
     if (value & TRIE_VALUE_COUNTED) text += '*';
     if (TrieValueCode(value) != 0) text += '!' + std::to_string(TrieValueCode(value));
     return text;
@@ -42,10 +42,12 @@ void WritePatterns(const StateValues& states, const std::string& path)
         std::string& line = lines[{name.region, name.path.substr(0, name.path.size() - 1)}];
         line += ' ' + ToHex(name.path.substr(name.path.size() - 1)) + ':' + ValueText(value);
     }
-    std::string out = "# The detector's states: REGION PATH, then BYTE:GBK,BIG5,UTF-16LE,UTF-8 of each child\n"
-                      "# DO NOT EDIT: made by ModelBuilder train\n";
+    std::string out =
+        "# The detector's states: REGION PATH, then BYTE:GBK,BIG5,UTF-16LE,UTF-8 of each child\n"
+        "# DO NOT EDIT: made by ModelBuilder train\n";
     for (const auto& [parent, line] : lines)
-        out += std::string(1, parent.region) + ' ' + (parent.path.empty() ? "-" : ToHex(parent.path)) + line + '\n';
+        out += std::string(1, parent.region) + ' ' + (parent.path.empty() ? "-" : ToHex(parent.path)) + line +
+               '\n';
     WriteFile(path, out);
 }
 
@@ -60,7 +62,8 @@ StateValues ReadPatterns(const std::string& path)
         cells >> region >> parent;
         const std::string prefix = parent == "-" ? "" : FromHex(parent);
         while (cells >> cell)
-            states[{static_cast<Region>(region), prefix + FromHex(cell.substr(0, 2))}] = ParseValue(cell.substr(3));
+            states[{static_cast<Region>(region), prefix + FromHex(cell.substr(0, 2))}] =
+                ParseValue(cell.substr(3));
     }
     return states;
 }

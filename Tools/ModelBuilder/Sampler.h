@@ -27,10 +27,7 @@ public:
     }
 
     // 0 to bound - 1.
-    uint32_t Below(uint32_t bound)
-    {
-        return static_cast<uint32_t>((Next() >> 32) * bound >> 32);
-    }
+    uint32_t Below(uint32_t bound) { return static_cast<uint32_t>((Next() >> 32) * bound >> 32); }
 
     bool Chance(uint32_t percent) { return Below(100) < percent; }
 

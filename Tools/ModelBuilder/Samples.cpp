@@ -5,9 +5,9 @@
 
 namespace
 {
-const char* const CLASSES[] = {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words",
-                               "ascii",      "shift-jis", "euc-jp",     "euc-kr",     "windows-1251", "latin-1",
-                               "binary"};
+const char* const CLASSES[] = {"hans-prose",   "hans-tech", "hans-words", "hant-prose", "hant-tech",
+                               "hant-words",   "ascii",     "shift-jis",  "euc-jp",     "euc-kr",
+                               "windows-1251", "latin-1",   "binary"};
 
 // Mostly short, as short text is where errors are; now and then a whole page.
 size_t DrawLength(CRandom& random)
@@ -22,31 +22,40 @@ size_t DrawLength(CRandom& random)
 
 void EndLinesAsWindows(std::wstring& text)
 {
-    for (size_t at = text.find(L'\n'); at != std::wstring::npos; at = text.find(L'\n', at + 2)) text.insert(at, 1, L'\r');
+    for (size_t at = text.find(L'\n'); at != std::wstring::npos; at = text.find(L'\n', at + 2))
+        text.insert(at, 1, L'\r');
 }
 
 // A run of characters that no dictionary holds: kana, Zhuyin, full-width forms, frames, signs.
 void InsertRun(std::wstring& text, CRandom& random)
 {
-    static constexpr wchar_t RANGES[][2] = {{0x3041, 83}, {0x30A1, 86}, {0x3105, 37}, {0xFF01, 94}, {0xFF10, 10},
-                                            {0x2550, 30}, {0x2500, 60}, {0x2460, 10}, {0x2160, 10}, {0x0391, 24},
-                                            {0x0430, 32}, {0x2190, 4},  {0x25A0, 30}, {0x2601, 10}, {0x3008, 12}};
+    static constexpr wchar_t RANGES[][2] = {{0x3041, 83}, {0x30A1, 86}, {0x3105, 37}, {0xFF01, 94},
+                                            {0xFF10, 10}, {0x2550, 30}, {0x2500, 60}, {0x2460, 10},
+                                            {0x2160, 10}, {0x0391, 24}, {0x0430, 32}, {0x2190, 4},
+                                            {0x25A0, 30}, {0x2601, 10}, {0x3008, 12}};
     const auto& range = RANGES[random.Below(sizeof RANGES / sizeof RANGES[0])];
     const size_t length = 1 + random.Below(6);
     const bool same = random.Chance(40);
     const size_t at = random.Below(static_cast<uint32_t>(text.size() + 1));
     std::wstring run;
     for (size_t i = 0; i < length; ++i)
-        run += i > 0 && same ? run.back() : static_cast<wchar_t>(range[0] + static_cast<wchar_t>(random.Below(static_cast<uint32_t>(range[1]))));
+        run += i > 0 && same
+                   ? run.back()
+                   : static_cast<wchar_t>(
+                         range[0] + static_cast<wchar_t>(random.Below(static_cast<uint32_t>(range[1]))));
     text.insert(at, run);
 }
 
 // Terminals' colours, as bulletin boards use them.
 void InsertEscapes(std::wstring& text, CRandom& random)
 {
-    static const wchar_t* const ESCAPES[] = {L"\x1b[m", L"\x1b[1;33m", L"\x1b[32m", L"\x1b[0;37;44m", L"\x1b[1;31;40m", L"\x1b[K"};
-    for (uint32_t runs = 1 + random.Below(4); runs > 0; --runs)
-        text.insert(random.Below(static_cast<uint32_t>(text.size() + 1)), ESCAPES[random.Below(6)]);
+    static const wchar_t* const ESCAPES[] = {L"\x1b[m",        L"\x1b[1;33m",    L"\x1b[32m",
+                                             L"\x1b[0;37;44m", L"\x1b[1;31;40m", L"\x1b[K"};
+    for (uint32_t runs = 1 + random.Below(4); runs > 0; --runs) {
+        const wchar_t* escape =
+            ESCAPES[random.Below(6)];  // drawn before the place: the order is part of the result
+        text.insert(random.Below(static_cast<uint32_t>(text.size() + 1)), escape);
+    }
 }
 
 // Half a character lost at an end, or one stray byte.
@@ -56,16 +65,25 @@ void Damage(std::string& bytes, CRandom& random)
     const uint32_t kind = random.Below(100);
     if (kind < 5) bytes.erase(0, 1);
     if (kind >= 3 && kind < 10) bytes.pop_back();
-    if (kind >= 10 && kind < 12)
-        bytes.insert(random.Below(static_cast<uint32_t>(bytes.size())), 1, static_cast<char>(random.Below(256)));
+    if (kind >= 10 && kind < 12) {
+        const auto stray = static_cast<char>(random.Below(256));
+        bytes.insert(random.Below(static_cast<uint32_t>(bytes.size())), 1, stray);
+    }
 }
 
 std::string Machine(size_t length, CRandom& random)
 {
     static const std::string ALPHABETS[] = {
-        "0123456789abcdef", "0123456789ABCDEF",
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/", "0123456789,.\n", "0123456789 ",
-        "0123456789-:. ", "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", "01", "-=*#_ \n"};
+        "0123456789abcdef",
+        "0123456789ABCDEF",
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/",
+        "0123456789,.\n",
+        "0123456789 ",
+        "0123456789-:. ",
+        "abcdefghijklmnopqrstuvwxyz",
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZ",
+        "01",
+        "-=*#_ \n"};
     const std::string& alphabet = ALPHABETS[random.Below(10)];
     std::string text;
     while (text.size() < length) text += alphabet[random.Below(static_cast<uint32_t>(alphabet.size()))];
@@ -76,14 +94,17 @@ std::string Machine(size_t length, CRandom& random)
 CSampleSource::CSampleSource(const std::string& statistics, const CEncoder& encoder) : m_encoder(encoder)
 {
     for (const char* name : CLASSES) {
-        const auto counted = m_counted.emplace(name, Statistics::Read(statistics + '/' + name + ".txt")).first;
+        const auto counted =
+            m_counted.emplace(name, Statistics::Read(statistics + '/' + name + ".txt")).first;
         m_classes.emplace(name, counted->second);
     }
     for (unsigned code = 0x4E00; code < 0xA000; ++code) {
         const unsigned gbk = encoder.Pair(CANDIDATE_GBK, static_cast<wchar_t>(code));
         const unsigned big5 = encoder.Pair(CANDIDATE_BIG5, static_cast<wchar_t>(code));
-        const bool first = (gbk >= 0xB0A1 && gbk < 0xD800 && (gbk & 0xFF) >= 0xA1) || (big5 >= 0xA440 && big5 < 0xC680);
-        const bool second = (gbk >= 0xD8A1 && gbk < 0xF7FF && (gbk & 0xFF) >= 0xA1) || (big5 >= 0xC940 && big5 < 0xF9D6);
+        const bool first =
+            (gbk >= 0xB0A1 && gbk < 0xD800 && (gbk & 0xFF) >= 0xA1) || (big5 >= 0xA440 && big5 < 0xC680);
+        const bool second =
+            (gbk >= 0xD8A1 && gbk < 0xF7FF && (gbk & 0xFF) >= 0xA1) || (big5 >= 0xC940 && big5 < 0xF9D6);
         m_levels[first ? 0 : second ? 1 : 2].push_back(static_cast<wchar_t>(code));
     }
 }
@@ -158,20 +179,26 @@ Sample CSampleSource::Draw(CRandom& random) const
     Sample sample;
     if (random.Chance(12)) {
         const uint32_t kind = random.Below(10);
-        sample.bytes = Ascii(kind < 3 ? 1 + random.Below(7) : kind < 8 ? 8 + random.Below(24) : 32 + random.Below(300), random);
+        sample.bytes = Ascii(kind < 3   ? 1 + random.Below(7)
+                             : kind < 8 ? 8 + random.Below(24)
+                                        : 32 + random.Below(300),
+                             random);
         if (sample.bytes.size() >= 8) sample.weight = 4;  // from here on ASCII is to win for good
         return sample;
     }
     sample.answer = static_cast<Candidate>(random.Below(CANDIDATES));
-    const bool traditional = sample.answer == CANDIDATE_BIG5 || random.Chance(sample.answer == CANDIDATE_GBK ? 22 : 50);
+    const bool traditional =
+        sample.answer == CANDIDATE_BIG5 || random.Chance(sample.answer == CANDIDATE_GBK ? 22 : 50);
     const size_t length = DrawLength(random);
     std::wstring text = length > 8 && random.Chance(18) ? Sparse(traditional, length, random)
                                                         : Chinese(traditional, length, random);
     AddOddities(text, sample.answer, random);
     sample.bytes = m_encoder.Encode(sample.answer, text);
-    if (sample.answer == CANDIDATE_GBK && random.Chance(1)) sample.bytes += "\x82\x30\xC3\x36";  // a four-byte character
+    if (sample.answer == CANDIDATE_GBK && random.Chance(1))
+        sample.bytes += "\x82\x30\xC3\x36";  // a four-byte character
     Damage(sample.bytes, random);
-    if (std::all_of(sample.bytes.begin(), sample.bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }) &&
+    if (std::all_of(sample.bytes.begin(), sample.bytes.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < 0x80; }) &&
         sample.answer != CANDIDATE_UNICODE)
         sample.answer = CANDIDATE_GBK;
     return sample;

@@ -1,6 +1,7 @@
 // Training samples: text of many kinds and lengths, encoded, with the answer that the detector should give.
 //
-// Everything is drawn from the statistics with a seeded generator, so sample n of a seed is the same everywhere.
+// Everything is drawn from the statistics with a seeded generator, so sample n of a seed is the same
+// everywhere.
 #ifndef MODEL_BUILDER_SAMPLES_H
 #define MODEL_BUILDER_SAMPLES_H
 
@@ -24,7 +25,8 @@ public:
     // Chinese text in one of the four encodings, or ASCII alone (answer GBK).
     Sample Draw(CRandom& random) const;
 
-    // Bytes of a kind (0 to FOREIGN_KINDS - 1) that is none of ours: other languages, programs, compressed data.
+    // Bytes of a kind (0 to FOREIGN_KINDS - 1) that is none of ours: other languages, programs, compressed
+    // data.
     std::string DrawForeign(size_t kind, CRandom& random) const;
     static constexpr size_t FOREIGN_KINDS = 7;
 

@@ -17,10 +17,12 @@ void AddPairs(StateValues& states)
 {
     for (unsigned lead = 0x81; lead <= 0xFE; ++lead)
         for (unsigned trail = 0x30; trail <= 0xFE; ++trail)
-            if (trail <= 0x39 || (trail >= 0x40 && trail != 0x7F)) AddState(states, REGION_MAIN, Bytes(lead, trail));
+            if (trail <= 0x39 || (trail >= 0x40 && trail != 0x7F))
+                AddState(states, REGION_MAIN, Bytes(lead, trail));
 }
 
-// A unit whose second byte is a lead byte of Big5 or of common GBK would take the lead of a pair that follows ASCII.
+// A unit whose second byte is a lead byte of Big5 or of common GBK would take the lead of a pair that follows
+// ASCII.
 bool TakesLeadAfterAscii(unsigned low, unsigned high)
 {
     return low < 0x80 && high >= 0xA0 && high != 0xFF;
@@ -30,21 +32,25 @@ void AddUnicode(StateValues& states, const CEncoder& encoder)
 {
     for (unsigned code = 0; code < 0x10000; ++code) {
         const auto character = static_cast<wchar_t>(code);
-        const bool known = code < 0x180 || encoder.Has(CANDIDATE_GBK, character) ||
-                           encoder.Has(CANDIDATE_BIG5, character);
+        const bool known =
+            code < 0x180 || encoder.Has(CANDIDATE_GBK, character) || encoder.Has(CANDIDATE_BIG5, character);
         if (known && !TakesLeadAfterAscii(code & 0xFF, code >> 8))
             AddState(states, REGION_MAIN, Bytes(code & 0xFF, code >> 8));
     }
     AddState(states, REGION_MAIN, "\xFF\xFE");
 }
 
-// Two ASCII characters that are no unit of UTF-16LE in use: they tell the two apart, and ASCII goes by twos as well.
+// Two ASCII characters that are no unit of UTF-16LE in use: they tell the two apart, and ASCII goes by twos
+// as well.
 void AddAscii(StateValues& states)
 {
-    const auto isText = [](unsigned byte) { return byte == '\t' || byte == '\n' || byte == '\r' || (byte >= 0x20 && byte < 0x7F); };
+    const auto isText = [](unsigned byte) {
+        return byte == '\t' || byte == '\n' || byte == '\r' || (byte >= 0x20 && byte < 0x7F);
+    };
     for (unsigned first = 0; first < 0x7F; ++first)
         for (unsigned second = 0; second < 0x7F; ++second)
-            if ((isText(first) || first == 0x1B) && isText(second)) AddState(states, REGION_MAIN, Bytes(first, second));
+            if ((isText(first) || first == 0x1B) && isText(second))
+                AddState(states, REGION_MAIN, Bytes(first, second));
 }
 
 // The states that keep UTF-16LE apart from ASCII with two-byte text behind it.
@@ -107,12 +113,16 @@ bool CarriesValue(const StateName& state)
 {
     const std::string& path = state.path;
     switch (state.region) {
-        case REGION_START: return false;
-        case REGION_THIRD: return path.size() == 1;
+        case REGION_START:
+            return false;
+        case REGION_THIRD:
+            return path.size() == 1;
         case REGION_UNIT:
         case REGION_NEXT_UNIT:
-        case REGION_AFTER: return path.size() == 2;
-        case REGION_SECOND: return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
+        case REGION_AFTER:
+            return path.size() == 2;
+        case REGION_SECOND:
+            return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
         case REGION_MAIN:
             return path.size() % 2 == 0 ? !path.empty() : path.size() == 3 && StartsWithUtf8Character(path);
     }
@@ -121,14 +131,17 @@ bool CarriesValue(const StateName& state)
 
 bool IsAscii(const StateName& state)
 {
-    return std::all_of(state.path.begin(), state.path.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    return std::all_of(state.path.begin(), state.path.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 std::string GroupOf(const StateName& state)
 {
     const std::string& path = state.path;
     std::string group(1, state.region);
-    const auto zone = [&](size_t i, int bits) { group.push_back(static_cast<char>(ByteAt(path, i) >> bits)); };
+    const auto zone = [&](size_t i, int bits) {
+        group.push_back(static_cast<char>(ByteAt(path, i) >> bits));
+    };
     const bool latin = path.size() == 2 && state.region == REGION_MAIN && path[1] == 0;  // UTF-16LE below 100
     if (path.size() == 2 && state.region != REGION_AFTER && !latin) zone(0, 3);
     if (path.size() == 2) zone(1, state.region == REGION_AFTER ? 3 : 4);

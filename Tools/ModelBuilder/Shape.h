@@ -1,7 +1,8 @@
 // Which states the detector has, which of them carry a value, and which share experience.
 //
-// Every pair that GBK or Big5 may hold has a state, legal or not yet assigned, so that text stays in step; so has
-// every UTF-16LE unit of a character that either knows. UTF-8 characters have two states each where they are common.
+// Every pair that GBK or Big5 may hold has a state, legal or not yet assigned, so that text stays in step; so
+// has every UTF-16LE unit of a character that either knows. UTF-8 characters have two states each where they
+// are common.
 #ifndef MODEL_BUILDER_SHAPE_H
 #define MODEL_BUILDER_SHAPE_H
 

@@ -13,7 +13,8 @@ namespace
 bool Counts(wchar_t c)
 {
     if (c < 0x20) return c == L'\n' || c == L'\t';
-    return c != 0x7F && !(c >= 0x80 && c < 0xA0) && c < 0xFFF0 && !(c >= 0xD800 && c <= 0xF8FF) && c != 0xFEFF;
+    return c != 0x7F && !(c >= 0x80 && c < 0xA0) && c < 0xFFF0 && !(c >= 0xD800 && c <= 0xF8FF) &&
+           c != 0xFEFF;
 }
 
 void AppendCharacter(std::string& to, wchar_t c)

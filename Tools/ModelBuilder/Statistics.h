@@ -1,8 +1,9 @@
 // Counts of one class of text: how often each character occurs and which follow it, line ends included.
 //
-// The text form is sorted by code point, one line a character: the character, its count, then its successors, each
-// directly followed by its count. Successors that are too rare are left out; what the counts of a line lack against
-// its total is drawn from the class as a whole. Digits, controls, space and backslash are written \XX.
+// The text form is sorted by code point, one line a character: the character, its count, then its successors,
+// each directly followed by its count. Successors that are too rare are left out; what the counts of a line
+// lack against its total is drawn from the class as a whole. Digits, controls, space and backslash are
+// written \XX.
 #ifndef MODEL_BUILDER_STATISTICS_H
 #define MODEL_BUILDER_STATISTICS_H
 

@@ -1,4 +1,5 @@
-// Text files in and out: whole lines, UTF-8 as wide characters, and the escaping of the statistics' characters.
+// Text files in and out: whole lines, UTF-8 as wide characters, and the escaping of the statistics'
+// characters.
 //
 // Every text of the builder is a std::wstring of Basic Multilingual Plane characters; what lies beyond it was
 // dropped on reading. Any failure to read or write throws std::runtime_error with the file's name.

@@ -16,8 +16,9 @@ using Weights = std::array<double, CANDIDATES>;
 constexpr double UNITS_A_NAT = 3.0;
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
-constexpr double FOREIGN_ODDS = 60.0;  // how much more often a pair is foreign before it stops counting for ours
-constexpr double LEAST_SHARE = 5e-6;   // of a pair among those of an encoding, for it to count
+constexpr double FOREIGN_ODDS =
+    60.0;  // how much more often a pair is foreign before it stops counting for ours
+constexpr double LEAST_SHARE = 2e-6;       // of a pair among those of an encoding, for it to count
 constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
@@ -31,20 +32,23 @@ double Exp(double x)
 }
 
 // The classes of Chinese text and their shares in what the detector will meet.
-constexpr std::pair<const char*, double> CHINESE_CLASSES[] = {{"hans-prose", 0.5}, {"hans-tech", 0.2}, {"hans-words", 0.3},
-                                                              {"hant-prose", 0.5}, {"hant-tech", 0.2}, {"hant-words", 0.3}};
+constexpr std::pair<const char*, double> CHINESE_CLASSES[] = {{"hans-prose", 0.5}, {"hans-tech", 0.2},
+                                                              {"hans-words", 0.3}, {"hant-prose", 0.5},
+                                                              {"hant-tech", 0.2},  {"hant-words", 0.3}};
 
-// Two pairs in a row that may have a state of their own: nothing of UTF-8 or after ASCII, which other regions follow.
+// Two pairs in a row that may have a state of their own: nothing of UTF-8 or after ASCII, which other regions
+// follow.
 bool IsSequence(const std::string& bytes)
 {
     return bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !StartsWithUtf8Character(bytes);
 }
 
-// Punctuation, full-width and other signs of GBK, kana left out.
-bool IsSign(const StateName& state)
+// Punctuation and full-width forms of GBK and Big5.
+bool IsSign(const StateName& state, size_t c)
 {
-    const unsigned lead = ByteAt(state.path, 0);
-    return (lead >= 0xA1 && lead <= 0xA3) || (lead >= 0xA6 && lead <= 0xA9);
+    const unsigned lead = ByteAt(state.path, 0), trail = ByteAt(state.path, 1);
+    if (c == CANDIDATE_GBK) return (lead == 0xA1 || lead == 0xA3) && trail >= 0xA1;
+    return c == CANDIDATE_BIG5 && lead >= 0xA1 && lead <= 0xA3;
 }
 
 // Whether the last two bytes may be a hanzi of UTF-16LE, however rare: none must cost a text its ten to one.
@@ -75,8 +79,8 @@ struct Parameter {
     }
 };
 
-// One state that carries a value. Its weight is the sum of up to three parameters: its own, its group's, and for a
-// sequence of two pairs those of the second pair.
+// One state that carries a value. Its weight is the sum of up to three parameters: its own, its group's, and
+// for a sequence of two pairs those of the second pair.
 struct Feature {
     const StateName* name;
     std::array<int, 3> terms = {-1, -1, -1};
@@ -118,7 +122,8 @@ public:
             const double rate = !last || n * 10 < samples * 6 ? 1.0 : n * 10 < samples * 9 ? 0.3 : 0.1;
             wrong += Learn(m_source.Draw(random), rate);
             if (n % 500'000 == 0) {
-                std::cerr << n / 1000 << "k samples, " << static_cast<double>(wrong) / 5000.0 << " % of the last wrong\n";
+                std::cerr << n / 1000 << "k samples, " << static_cast<double>(wrong) / 5000.0
+                          << " % of the last wrong\n";
                 wrong = 0;
             }
         }
@@ -138,7 +143,8 @@ public:
     void MeetForeign(uint64_t samples, uint64_t seed)
     {
         CRandom random(seed);
-        std::vector<std::vector<uint32_t>> visits(m_features.size(), std::vector<uint32_t>(CSampleSource::FOREIGN_KINDS));
+        std::vector<std::vector<uint32_t>> visits(m_features.size(),
+                                                  std::vector<uint32_t>(CSampleSource::FOREIGN_KINDS));
         std::vector<double> all(CSampleSource::FOREIGN_KINDS);
         for (uint64_t n = 0; n < samples; ++n) {
             const size_t kind = n % CSampleSource::FOREIGN_KINDS;
@@ -156,7 +162,8 @@ public:
     void Round(StateValues& states) const
     {
         for (const Feature& feature : m_features) states[*feature.name] = RoundedValue(feature);
-        // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is doubtful.
+        // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is
+        // doubtful.
         for (int lead = 0x81; lead < 0xFF; ++lead)
             states[{REGION_START, std::string(1, static_cast<char>(lead))}] = PackTrieValue(0, {1, 1, 1, 1});
     }
@@ -178,7 +185,8 @@ private:
         feature.terms[0] = ParameterOf(std::string("own ") + static_cast<char>(name.region) + name.path);
         if (name.region == REGION_MAIN && name.path.size() == 4) {
             const StateName second{REGION_MAIN, name.path.substr(2)};
-            feature.terms[1] = ParameterOf(std::string("own ") + static_cast<char>(REGION_MAIN) + second.path);
+            feature.terms[1] =
+                ParameterOf(std::string("own ") + static_cast<char>(REGION_MAIN) + second.path);
             feature.terms[2] = ParameterOf("group " + GroupOf(second));
         } else {
             feature.terms[1] = ParameterOf("group " + prefix + GroupOf(name));
@@ -186,8 +194,8 @@ private:
         return feature;
     }
 
-    // Whether an ASCII state speaks against UTF-16LE without being a stranger to it: a negative digit would cost
-    // that its ten to one.
+    // Whether an ASCII state speaks against UTF-16LE without being a stranger to it: a negative digit would
+    // cost that its ten to one.
     static bool IsAmbiguous(const Feature& feature, double weight)
     {
         const auto& seen = feature.seen;
@@ -196,8 +204,8 @@ private:
                others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
     }
 
-    // Of those, what words are made of says nothing: the other way out, below, would count for the other encodings
-    // wherever there is a word, even in languages that are none of ours.
+    // Of those, what words are made of says nothing: the other way out, below, would count for the other
+    // encodings wherever there is a word, even in languages that are none of ours.
     bool IsDoubtful(const Feature& feature) const
     {
         return IsAmbiguous(feature, Total(feature)[CANDIDATE_UNICODE]) && IsWordLike(feature.name->path);
@@ -224,7 +232,8 @@ private:
                 state = m_nodes[static_cast<size_t>(state)].nFail;
             }
             const int feature = m_feature[static_cast<size_t>(state)];
-            if (feature >= 0 && !m_features[static_cast<size_t>(feature)].silent) m_visited.push_back(static_cast<size_t>(feature));
+            if (feature >= 0 && !m_features[static_cast<size_t>(feature)].silent)
+                m_visited.push_back(static_cast<size_t>(feature));
         }
     }
 
@@ -260,14 +269,16 @@ private:
     void Add(Weights& sum, size_t f) const
     {
         for (const int term : m_features[f].terms)
-            for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c) sum[c] += m_parameters[static_cast<size_t>(term)].weight[c];
+            for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c)
+                sum[c] += m_parameters[static_cast<size_t>(term)].weight[c];
     }
 
     Weights Total(const Feature& feature) const
     {
         Weights w{};
         for (const int term : feature.terms)
-            for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c) w[c] += m_parameters[static_cast<size_t>(term)].weight[c];
+            for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c)
+                w[c] += m_parameters[static_cast<size_t>(term)].weight[c];
         return w;
     }
 
@@ -285,56 +296,72 @@ private:
         }
     }
 
-    // Digits for one state. Adding the same to all four changes no comparison of sums, so they are shifted until
-    // every encoding in whose text the state really occurs has a positive one, and none where it is foreign.
     int RoundedValue(const Feature& feature) const
     {
+        return feature.ascii ? AsciiValue(feature) : MixedValue(feature);
+    }
+
+    int AsciiValue(const Feature& feature) const
+    {
+        const double weight = Total(feature)[CANDIDATE_UNICODE];
+        const int digit = std::clamp(static_cast<int>(std::lround(weight * UNITS_A_NAT)), -9, 10);
+        const bool unseen = feature.seen == std::array<uint32_t, CANDIDATES>{};
+        if (feature.silent || IsDoubtful(feature) || (digit == 0 && unseen)) return TRIE_VALUE_NONE;
+        // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
+        const int others = digit < 1 && IsAmbiguous(feature, weight) ? 1 - digit : 0;
+        if (others > 0) return PackTrieValue(0, {others, others, 1, others});
+        return PackTrieValue(0, {0, 0, digit, 0}) | (digit == 0 ? TRIE_VALUE_COUNTED : 0);
+    }
+
+    int MixedValue(const Feature& feature) const
+    {
         const Weights w = Total(feature);
-        const std::array<uint32_t, CANDIDATES>& seen = feature.seen;
-        if (feature.ascii) {
-            const int digit = std::clamp(static_cast<int>(std::lround(w[CANDIDATE_UNICODE] * UNITS_A_NAT)), -9, 10);
-            if (feature.silent || IsDoubtful(feature) || (digit == 0 && seen == std::array<uint32_t, CANDIDATES>{}))
-                return TRIE_VALUE_NONE;
-            // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
-            const int others = digit < 1 && IsAmbiguous(feature, w[CANDIDATE_UNICODE]) ? 1 - digit : 0;
-            return PackTrieValue(0, {others, others, others > 0 ? 1 : digit, others}) |
-                   (digit == 0 && others == 0 ? TRIE_VALUE_COUNTED : 0);
-        }
         std::array<int, CANDIDATES> digit;
-        int shift = 100, room = 100;
-        uint32_t all = 0;
-        for (const uint32_t count : seen) all += count;
+        for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
+        const int shift = ShiftOf(feature, digit);
+        for (size_t c = 0; c < CANDIDATES; ++c)
+            digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
+        if (feature.seen[CANDIDATE_UNICODE] > 0 || EndsAsHanzi(*feature.name))
+            digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
+        return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE],
+                                 digit[CANDIDATE_UTF8]});
+    }
+
+    // Adding the same to all four digits changes no comparison of sums, so they are shifted until every
+    // encoding in whose text the state really occurs has a positive one, and none where it is foreign or
+    // hardly in use.
+    int ShiftOf(const Feature& feature, const std::array<int, CANDIDATES>& digit) const
+    {
+        constexpr int NONE = 100;
+        uint64_t all = 0;
+        for (const uint32_t count : feature.seen) all += count;
+        int raise = -NONE, limit = NONE;
         for (size_t c = 0; c < CANDIDATES; ++c) {
-            digit[c] = static_cast<int>(std::lround(w[c] * UNITS_A_NAT));
-            if (c != CANDIDATE_UTF8) room = std::min(room, 10 - digit[c]);
-        }
-        int raise = -100;
-        for (size_t c = 0; c < CANDIDATES; ++c) {
+            const uint64_t seen = feature.seen[c];
+            if (c != CANDIDATE_UTF8) limit = std::min(limit, 10 - digit[c]);
             if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
-                if (seen[c] * 20 >= all) shift = std::min(shift, -digit[c]);
-            } else if (seen[c] > 0 && (c == CANDIDATE_UNICODE || (seen[c] * 500 >= all && IsInUse(feature, c)))) {
+                if (seen * 20 >= all) limit = std::min(limit, -digit[c]);
+            } else if (seen > 0 && IsInUse(feature, c) && (c == CANDIDATE_UNICODE || seen * 500 >= all)) {
                 raise = std::max(raise, 1 - digit[c]);
             }
         }
-        if (raise == -100) raise = -*std::max_element(digit.begin(), digit.end());
-        // Where GBK and Big5 lie further apart than the digits below the positive ones reach, the better one goes up.
+        if (raise == -NONE) return std::min(limit, -*std::max_element(digit.begin(), digit.end()));
+        // Where GBK and Big5 lie further apart than the digits below 1 reach, the better one goes up.
         raise = std::max(raise, -9 - std::min(digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5]));
-        shift = std::min({shift, raise, room});
-        for (size_t c = 0; c < CANDIDATES; ++c) digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
-        if (seen[CANDIDATE_UNICODE] > 0 || EndsAsHanzi(*feature.name)) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
-        return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
+        return std::min(limit, raise);
     }
 
     // Rare characters do not count for their encoding: compressed data is full of them.
     bool IsInUse(const Feature& feature, size_t c) const
     {
-        return !feature.pair || IsSign(*feature.name) || feature.seen[c] > LEAST_SHARE * m_all[c];
+        return !feature.pair || IsSign(*feature.name, c) || feature.seen[c] > LEAST_SHARE * m_all[c];
     }
 
     // Whether a pair belongs to other languages rather than to text in GBK or Big5.
     bool IsForeign(const Feature& feature, size_t c) const
     {
-        return feature.pair && c != CANDIDATE_UTF8 && !IsSign(*feature.name) && feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
+        return feature.pair && c != CANDIDATE_UTF8 && !IsSign(*feature.name, c) &&
+               feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
     }
 
     const CSampleSource& m_source;
@@ -352,7 +379,8 @@ struct Sequence {
     std::string bytes;
 };
 
-// Sequences of two pairs by the errors that they could save: how often they occur times the doubt without them.
+// Sequences of two pairs by the errors that they could save: how often they occur times the doubt without
+// them.
 std::vector<Sequence> SequencesByGain(CTrainer& trainer, const CSampleSource& source, const CEncoder& encoder)
 {
     std::map<std::string, double> gains;
@@ -373,7 +401,8 @@ std::vector<Sequence> SequencesByGain(CTrainer& trainer, const CSampleSource& so
     }
     std::vector<Sequence> sequences;
     for (const auto& [bytes, gain] : gains) sequences.push_back({gain, bytes});
-    std::stable_sort(sequences.begin(), sequences.end(), [](const Sequence& a, const Sequence& b) { return a.gain > b.gain; });
+    std::stable_sort(sequences.begin(), sequences.end(),
+                     [](const Sequence& a, const Sequence& b) { return a.gain > b.gain; });
     return sequences;
 }
 
@@ -392,7 +421,8 @@ StateValues WithSequences(const StateValues& states, const std::vector<Sequence>
 }
 }  // namespace
 
-void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder, const TrainingPlan& plan)
+void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder,
+                 const TrainingPlan& plan)
 {
     CTrainer trainer(source);
     trainer.Adopt(states);

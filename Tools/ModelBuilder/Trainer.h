@@ -1,8 +1,9 @@
 // Training of the states' values: multinomial logistic regression over the states that a sample visits.
 //
-// A state's weight for an encoding is its own plus its group's, so that rare states inherit from their like. States
-// that ASCII alone can enter tell UTF-16LE from the rest and nothing else. All arithmetic is IEEE double with basic
-// operations and square roots only, in a fixed order: the same input gives the same digits on every machine.
+// A state's weight for an encoding is its own plus its group's, so that rare states inherit from their like.
+// States that ASCII alone can enter tell UTF-16LE from the rest and nothing else. All arithmetic is IEEE
+// double with basic operations and square roots only, in a fixed order: the same input gives the same digits
+// on every machine.
 #ifndef MODEL_BUILDER_TRAINER_H
 #define MODEL_BUILDER_TRAINER_H
 
@@ -12,13 +13,14 @@
 #include "Samples.h"
 
 struct TrainingPlan {
-    uint64_t samples = 24'000'000;
+    uint64_t samples = 12'000'000;
     uint64_t seed = 1;
     size_t nodes = 109'000;  // slots that the packed table may take, decisive states not yet counted
 };
 
-// Sets the value of every state that carries one, and adds states for sequences of two pairs where single pairs leave
-// doubt. Progress goes to stderr.
-void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder, const TrainingPlan& plan);
+// Sets the value of every state that carries one, and adds states for sequences of two pairs where single
+// pairs leave doubt. Progress goes to stderr.
+void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder,
+                 const TrainingPlan& plan);
 
 #endif  // MODEL_BUILDER_TRAINER_H

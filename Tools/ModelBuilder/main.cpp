@@ -25,7 +25,8 @@ constexpr size_t MOST_NODES = 118'800;  // a file below 2,000,000 bytes
 std::vector<wchar_t> CommonCharacters(const std::string& statistics)
 {
     std::map<wchar_t, double> share;
-    for (const char* name : {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words"}) {
+    for (const char* name :
+         {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words"}) {
         const Statistics counted = Statistics::Read(statistics + '/' + name + ".txt");
         double all = 0;
         for (const auto& [character, entry] : counted.characters) all += entry.total;
@@ -68,7 +69,8 @@ int Run(int argc, char** argv)
         CountTexts(argv[2], std::string(argv[3]) + "/Statistics");
     } else if (command == "train" && (argc == 3 || argc == 4)) {
         Train(argv[2], argc == 4 ? argv[3] : "");
-    } else if (command == "build" && (argc == 4 || (argc == 5 && strcmp(argv[4], "--without-decisive") == 0))) {
+    } else if (command == "build" &&
+               (argc == 4 || (argc == 5 && strcmp(argv[4], "--without-decisive") == 0))) {
         Build(argv[2], argv[3], argc == 4);
     } else {
         std::cerr << USAGE;
