@@ -171,7 +171,8 @@ CODETRANS_API size_t TQ_ToGBK(const char* pSrc, size_t nSrcLen, char* pDst, size
  * then holds the mark alone), or -1 when the source is missing, unreadable or empty (sDstFile is not touched),
  * sDstFile cannot be written, or memory is short. TQ_GetLastErrorMsg then tells which, and a line is appended to
  * the day's .err file in the current directory.
- * Memory: about ten times the file's size of address space at once, of which what the text needs is touched.
+ * Memory: about six times the file's size of address space at once (eleven times when it is detected as UTF-16LE), of
+ * which what the text needs is touched: 1.7 to 2.5 times the file where 100 MB were measured.
  */
 CODETRANS_API int64_t TQ_ToGBKFile(const char* sSrcFile, const char* sDstFile);
 CODETRANS_API int64_t TQ_ToUnicodeFile(const char* sSrcFile, const char* sDstFile);
