@@ -7,50 +7,10 @@
 // the root.
 #include <climits>
 
-#include "STLCodeTrans.h"
+#include "Detection.h"
+#include "FastPaths.h"
 
-namespace
-{
-// Totals over the valued nodes entered. Unsigned sums wrap where signed ones would be undefined; they are
-// read as signed.
-struct Scores {
-    unsigned sumGbk = 0, sumBig5 = 0, sumUnicode = 0, sumUtf8 = 0;
-    int positiveGbk = 0, positiveBig5 = 0, positiveUnicode = 0, positiveUtf8 = 0;
-    int nonPositiveUnicode = 0;
-    int highBytes = 0;    // bytes of 80 and above consumed
-    int decidedCode = 0;  // ends the walk when it is not 0
-
-    void Add(int value)
-    {
-        const TrieAdjustments add = UnpackTrieValue(value);
-        decidedCode = TrieValueCode(value);
-        sumGbk += static_cast<unsigned>(add.gbk);
-        sumBig5 += static_cast<unsigned>(add.big5);
-        sumUnicode += static_cast<unsigned>(add.unicode);
-        sumUtf8 += static_cast<unsigned>(add.utf8);
-        positiveGbk += add.gbk > 0;
-        positiveBig5 += add.big5 > 0;
-        positiveUnicode += add.unicode > 0;
-        positiveUtf8 += add.utf8 > 0;
-        nonPositiveUnicode += add.unicode <= 0;
-    }
-};
-
-constexpr int ROOT = 0;
-constexpr int NO_NODE = -1;
-
-// The node that `state` moves to on `byte`.
-int Child(const TrieNode* trie, unsigned nodeCount, int state, unsigned char byte)
-{
-    const unsigned child = static_cast<unsigned>(trie[state].nBase) + byte;
-    return child < nodeCount && trie[child].nCheck == state ? static_cast<int>(child) : NO_NODE;
-}
-
-int FailureLink(const TrieNode* trie, unsigned nodeCount, int state)
-{
-    const int fail = trie[state].nFail;
-    return static_cast<unsigned>(fail) < nodeCount ? fail : ROOT;
-}
+using namespace trie;
 
 Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length)
 {
@@ -72,6 +32,8 @@ Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned
     return scores;
 }
 
+namespace
+{
 // Candidates in this order; a later one must beat the best sum so far, so ties go to the earlier. GBK, Big5
 // and UTF-8 also need positive nodes in proportion to the high bytes; one that is refused for lack of them
 // keeps its sum in the way of the rest. UTF-16LE needs ten positive nodes for each other one and refuses
@@ -102,5 +64,6 @@ int CodeTrans_CodeDetect(char const* buf, unsigned long len)
     static constexpr TrieNode CHILDLESS = {INT_MIN, -1, ROOT, TRIE_VALUE_NONE};
     const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());
     if (g_pstTrieTable == nullptr || nodeCount == 0) return Decide(Walk(&CHILDLESS, 1, buf, len));
+    if (FastPathsOn()) return Decide(FastWalk(g_pstTrieTable, nodeCount, buf, len));
     return Decide(Walk(g_pstTrieTable, nodeCount, buf, len));
 }

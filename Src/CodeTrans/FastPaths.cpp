@@ -1,30 +1,35 @@
 // Which form runs, and what stands for the fast forms where there are none.
 #include "FastPaths.h"
 
-namespace
-{
-bool ProcessorCan()
+#include "Detection.h"
+
+Forms BestForms()
 {
 #if defined(__x86_64__)
     __builtin_cpu_init();  // this may run before the compiler's own start-up code
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
-           __builtin_cpu_supports("popcnt");
+    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("bmi") ||
+        !__builtin_cpu_supports("popcnt"))
+        return Forms::PLAIN;
+    return __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi2") ? Forms::AVX512
+                                                                                   : Forms::AVX2;
 #else
-    return false;
+    return Forms::PLAIN;
 #endif
 }
 
-bool s_bOn = ProcessorCan();
+namespace
+{
+Forms s_forms = BestForms();
 }  // namespace
 
-bool FastPathsOn()
+Forms FormsInUse()
 {
-    return s_bOn;
+    return s_forms;
 }
 
-void SwitchFastPaths(bool on)
+void UseForms(Forms forms)
 {
-    s_bOn = on && ProcessorCan();
+    s_forms = forms;
 }
 
 #if !defined(__x86_64__)
@@ -54,6 +59,11 @@ Progress FastGbkToUtf8(const unsigned short*, const char*, unsigned long, char*,
 }
 
 Progress FastUtf8ToGbk(const char*, unsigned long, char*)
+{
+    return {};
+}
+
+Scores FastWalk(const TrieNode*, unsigned, const char*, unsigned long)
 {
     return {};
 }

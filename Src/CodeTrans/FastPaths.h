@@ -1,4 +1,4 @@
-// The vector forms of the engine's plain functions, for x86-64 processors with AVX2.
+// The vector forms of the engine's plain functions, for x86-64 processors with AVX2 or more.
 //
 // A plain function stays the definition of what it does. It asks its fast form first how far that gets and
 // goes on from there, so a fast form may stop anywhere between two characters, and one that does nothing is
@@ -12,11 +12,19 @@ struct Progress {
     unsigned long written = 0;
 };
 
-// Whether fast forms run: the processor can and no test has switched them off.
-bool FastPathsOn();
+// The forms that there are, better ones later. AVX512 is AVX-512 with VBMI2.
+enum class Forms { PLAIN, AVX2, AVX512 };
 
-// For tests, which compare both forms. Not to be called while another thread converts or detects.
-void SwitchFastPaths(bool on);
+Forms BestForms();   // that this processor can run
+Forms FormsInUse();  // the best, unless a test has chosen others
+
+// For tests, which compare forms. Not above BestForms; not while another thread converts or detects.
+void UseForms(Forms forms);
+
+inline bool FastPathsOn()
+{
+    return FormsInUse() != Forms::PLAIN;
+}
 
 // GBK or Big5 pairs by a mapping table to at most `room` bytes of UTF-16LE. Stops at a lone lead byte.
 Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen, char* dst,
@@ -27,7 +35,7 @@ Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* ds
 
 // Wide characters to UTF-8: the whole source. `dst` holds FAST_SLACK bytes more than three a character.
 Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst);
-constexpr unsigned long FAST_SLACK = 64;
+constexpr unsigned long FAST_SLACK = 128;
 
 // UTF-16LE to GBK as utoGbk defines it: the whole source.
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);

@@ -1,14 +1,15 @@
 // Whole-file conversion: read, detect, convert in memory, write a byte-order mark and the result.
 //
 // The output buffer is five times the source, fixed in advance, and the converters that look at no capacity
-// rely on that. Some of them also read and write past the stated lengths (up to the capacity, or four bytes
-// for each source byte, from a UTF-16LE source), so the source handed to them is padded with zero bytes to
-// the capacity and the buffer has one byte more: what they touch beyond the lengths is always ours.
+// rely on that. Those for UTF-16LE also read and write past the stated lengths (up to the capacity, or four
+// bytes for each source byte), so a UTF-16LE source is padded with zero bytes to the capacity and the buffer
+// has one byte more: what they touch beyond the lengths is always ours.
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "Bytes.h"
 #include "STLCodeTrans.h"
@@ -37,19 +38,29 @@ const Target* FindTarget(int code)
     return nullptr;
 }
 
-// Zero-filled memory for one conversion of n source bytes.
+// One conversion's source, which takes the content over, and zero-filled memory for its output.
 struct Buffers {
+    int code;
+    size_t length;
     size_t capacity;
-    std::unique_ptr<char[], CFree> source;
+    std::string content;
+    std::unique_ptr<char[], CFree> padded;
     std::unique_ptr<char[], CFree> output;
 
-    explicit Buffers(const std::string& content)
-        : capacity(content.size() * 5 + 1),
-          source(ZeroedScratch<char>(capacity + 1)),
+    explicit Buffers(std::string&& text)
+        : code(TQ_CodeDetect(text.data(), text.size())),
+          length(text.size()),
+          capacity(length * 5 + 1),
+          content(std::move(text)),
           output(ZeroedScratch<char>(capacity + 1))
     {
-        memcpy(source.get(), content.data(), content.size());
+        if (code != ENCODE_UNICODE) return;
+        padded = ZeroedScratch<char>(capacity + 1);
+        memcpy(padded.get(), content.data(), length);
+        std::string().swap(content);
     }
+
+    const char* Source() const { return padded != nullptr ? padded.get() : content.c_str(); }
 };
 
 int64_t FailWriting(const char* sDstFile)
@@ -68,10 +79,10 @@ std::string ReadSource(const char* sSrcFile)
     return content;
 }
 
-int64_t WriteConverted(FILE* file, const Target& target, const Buffers& buffers, size_t length)
+int64_t WriteConverted(FILE* file, const Target& target, const Buffers& buffers)
 {
-    const size_t converted =
-        target.convert(buffers.source.get(), length, buffers.output.get(), buffers.capacity, ENCODE_UNKNOWN);
+    const size_t converted = target.convert(buffers.Source(), buffers.length, buffers.output.get(),
+                                            buffers.capacity, buffers.code);
     const auto result = static_cast<int64_t>(converted);
     if (result == FAILED) return FAILED;
     fwrite(target.byteOrderMark, 1, strlen(target.byteOrderMark), file);
@@ -84,18 +95,16 @@ int64_t ConvertFile(const char* sSrcFile, const char* sDstFile, int nTargetCode)
     std::string destination;
     GetAnsiFilename(sDstFile, destination, false);
     std::string content = ReadSource(sSrcFile);
-    const size_t length = content.size();
-    if (length == 0) return FAILED;
+    if (content.empty()) return FAILED;
 
     // Before the destination is opened, so that it stays as it was when memory is short.
-    const Buffers buffers(content);
-    std::string().swap(content);
+    const Buffers buffers(std::move(content));
 
     FILE* const file = fopen(destination.c_str(), "wb");
     if (file == nullptr) return FailWriting(sDstFile);
     // An unknown target is no failure: the destination is left empty.
     const Target* const target = FindTarget(nTargetCode);
-    const int64_t result = target != nullptr ? WriteConverted(file, *target, buffers, length) : 0;
+    const int64_t result = target != nullptr ? WriteConverted(file, *target, buffers) : 0;
     fclose(file);
     return result;
 }

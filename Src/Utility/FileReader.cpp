@@ -13,6 +13,21 @@
 #include "Utility.h"
 #include "global_linux.h"
 
+namespace
+{
+constexpr unsigned long NOT_OPENED = ULONG_MAX;
+
+bool MakeRoom(std::string& content, unsigned long count)
+{
+    try {
+        if (count < content.max_size()) content.resize(count);
+        return count == content.size();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+}  // namespace
+
 CReadFile::CReadFile()
     : m_fpFileRead(nullptr),
       m_mutex(PTHREAD_MUTEX_INITIALIZER),
@@ -74,30 +89,38 @@ long CReadFile::ReadHeld(char* buffer, long nOffset, unsigned long nReadSize)
     return static_cast<long>(nReadSize);
 }
 
-long CReadFile::ReadFile(const char* name, char** buffer, long nOffset, unsigned long nReadSize, bool bWhole)
+// The number of bytes to read, from the file held after this.
+unsigned long CReadFile::Prepare(const char* name, unsigned long nReadSize, bool bWhole)
 {
     while (m_bOpening) YieldProcessor();
-    if (!Holds(name) && !Open(name)) return 0;
+    if (!Holds(name) && !Open(name)) return NOT_OPENED;
+    return nReadSize == 0 && bWhole ? static_cast<unsigned long>(m_nFileSize) : nReadSize;
+}
 
-    const unsigned long count =
-        nReadSize == 0 && bWhole ? static_cast<unsigned long>(m_nFileSize) : nReadSize;
+long CReadFile::ReadFile(const char* name, char** buffer, long nOffset, unsigned long nReadSize, bool bWhole)
+{
+    const unsigned long count = Prepare(name, nReadSize, bWhole);
+    if (count == NOT_OPENED) return 0;
     *buffer = count < LONG_MAX ? new (std::nothrow) char[count + 1] : nullptr;
-    if (*buffer == nullptr) return 0;
-    return ReadHeld(*buffer, nOffset, count);
+    return *buffer != nullptr ? ReadHeld(*buffer, nOffset, count) : 0;
 }
 
 long CReadFile::ReadFile(const char* name, std::string& content, long nOffset, unsigned long nReadSize,
                          bool bWhole)
 {
-    char* block = nullptr;
-    const long count = ReadFile(name, &block, nOffset, nReadSize, bWhole);
-    const std::unique_ptr<char[]> buffer(block);
-    if (count > 0) {
-        char* const kept = std::remove(block, block + count, '\0');
-        content.assign(block, kept);
-        return static_cast<long>(content.size());
-    }
     content.clear();
+    const unsigned long count = Prepare(name, nReadSize, bWhole);
+    if (count > 0 && MakeRoom(content, count)) {
+        if (ReadHeld(content.data(), nOffset, count) > 0) {
+            // Most files have no zero: looking for the first is many times faster than moving every byte.
+            const size_t zero = content.find('\0');
+            if (zero != std::string::npos)
+                content.erase(std::remove(content.begin() + static_cast<long>(zero), content.end(), '\0'),
+                              content.end());
+            return static_cast<long>(content.size());
+        }
+        content.clear();
+    }
     g_sLastErrorMessage = std::string("Error read file ") + name;
     WriteError(g_sLastErrorMessage, nullptr);
     return 0;

@@ -53,6 +53,7 @@ public:
 private:
     bool Holds(const char* name);
     bool Open(const char* name);
+    unsigned long Prepare(const char* name, unsigned long nReadSize, bool bWhole);
     long ReadHeld(char* buffer, long nOffset, unsigned long nReadSize);
 
     std::string m_sFileName;

@@ -162,14 +162,14 @@ TEST_F(Interface, ShortMemoryIsAResultNotACrash)
         return TQ_ToUtf8File("in", "out") == -1 && LastError() == "Fail writing file out" &&
                ReadBytes("out") == "kept";
     });
-    SwitchFastPaths(false);  // which need no memory
+    UseForms(Forms::PLAIN);  // the others need no memory
     std::vector<char> out(16);
     const std::string gbk(SIZE, 'x');
     ExpectWithLittleMemory(300 << 20,
                            [&] { return TQ_ToUtf8(gbk.data(), SIZE, out.data(), 8, ENCODE_GBK) == 0; });
     ExpectWithLittleMemory(300 << 20,
                            [&] { return TQ_ToGBK(gbk.data(), SIZE, out.data(), 8, ENCODE_UTF8) == 0; });
-    SwitchFastPaths(true);
+    UseForms(BestForms());
 }
 
 TEST_F(Interface, SamplesConvertToTheSameText)

@@ -12,6 +12,7 @@
 #include <random>
 #include <vector>
 
+#include "Detection.h"
 #include "FastPaths.h"
 #include "STLCodeTrans.h"
 
@@ -77,7 +78,7 @@ protected:
     }
     ~FastPaths() override
     {
-        SwitchFastPaths(true);
+        UseForms(BestForms());
         CodeTrans_Destroy();
     }
     void SetUp() override
@@ -135,15 +136,26 @@ protected:
         const char* const source = m_guarded.Place(text);
         const size_t length = text.size() - route.zeroTerminated;
         const size_t skew = Random(32);
-        std::vector<char> plain(4 * length + 200, '\x5A'), fast = plain;
-        SwitchFastPaths(false);
+        const std::vector<char> before(4 * length + 200, '\x5A');
+        std::vector<char> plain = before;
+        UseForms(Forms::PLAIN);
         const size_t expected = route.convert(source, length, plain.data() + skew, capacity);
-        SwitchFastPaths(true);
-        const size_t got = route.convert(source, length, fast.data() + skew, capacity);
-        ASSERT_TRUE(got == expected && fast == plain)
-            << route.name << ", " << length << " bytes, capacity " << capacity << ", results " << got
-            << " and " << expected << ", text:\n"
-            << testing::PrintToString(text.substr(0, 300));
+        for (const Forms forms : FastForms()) {
+            std::vector<char> fast = before;
+            UseForms(forms);
+            const size_t got = route.convert(source, length, fast.data() + skew, capacity);
+            ASSERT_TRUE(got == expected && fast == plain)
+                << route.name << ", form " << static_cast<int>(forms) << ", " << length << " bytes, capacity "
+                << capacity << ", results " << got << " and " << expected << ", text:\n"
+                << testing::PrintToString(text.substr(0, 300));
+        }
+    }
+
+    // Those of this processor.
+    static std::vector<Forms> FastForms()
+    {
+        if (BestForms() == Forms::AVX512) return {Forms::AVX2, Forms::AVX512};
+        return {Forms::AVX2};
     }
 
     const unsigned m_seed = std::random_device()();
@@ -177,13 +189,16 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
         for (const size_t offset : {0U, 1U, 40U, 700U})
             for (const std::string& text : texts) {
                 std::string plain = text + std::string(20000, '\0');
-                std::string fast = plain;
-                SwitchFastPaths(false);
+                const std::string before = plain;
+                UseForms(Forms::PLAIN);
                 const size_t expected = route.convert(plain.data(), 4000, plain.data() + offset, 15000);
-                SwitchFastPaths(true);
-                EXPECT_EQ(route.convert(fast.data(), 4000, fast.data() + offset, 15000), expected)
-                    << route.name;
-                EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
+                for (const Forms forms : FastForms()) {
+                    std::string fast = before;
+                    UseForms(forms);
+                    EXPECT_EQ(route.convert(fast.data(), 4000, fast.data() + offset, 15000), expected)
+                        << route.name;
+                    EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
+                }
             }
 }
 
@@ -208,6 +223,136 @@ TEST_F(FastPaths, AnswerAsTheCLibraryForEveryCharacter)
         ASSERT_NO_FATAL_FAILURE(Compare(ROUTES[5], text, 0));
         ASSERT_NO_FATAL_FAILURE(
             Compare(ROUTES[5], "\xEF\xBB\xBF-\xE4\xB8\xAD" + text + std::string(40, '-'), 0));
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------
+
+// Random automata over a few bytes: a rest state, pairs and phrases as the pair table knows them, other nodes
+// strewn in, and now and then a field that breaks a rule or points nowhere.
+class FastWalking : public FastPaths
+{
+protected:
+    static constexpr unsigned NODES = 4000;
+
+    void MakeAutomaton()
+    {
+        m_trie.assign(NODES, {static_cast<int>(Random(NODES - 256)), -1, 0, Value()});
+        for (TrieNode& node : m_trie) node.nBase = static_cast<int>(Random(NODES - 256));
+        m_states.assign(1, 0);
+        const int rest =
+            Random(3) == 0 ? 0 : Add(static_cast<int>(1 + Random(NODES - 1)), 'r', 0, TRIE_VALUE_NONE);
+        int firsts[256] = {}, seconds[256][256] = {};
+        for (const unsigned char a : ALPHABET)
+            firsts[a] = Add(rest, a, 0, Random(4) == 0 ? Value() : TRIE_VALUE_NONE);
+        for (const unsigned char a : ALPHABET)
+            for (const unsigned char b : ALPHABET) seconds[a][b] = Add(firsts[a], b, rest, Value());
+        const unsigned odd = Random(8);
+        for (const unsigned char a : ALPHABET)
+            if (rest != 0 && a != ALPHABET[odd]) Add(0, a, firsts[a], odd < 4 ? TRIE_VALUE_NONE : Value());
+        const auto any = [&] { return ALPHABET[Random(8)]; };
+        const auto someState = [&] { return m_states[Random(static_cast<unsigned>(m_states.size()))]; };
+        for (int phrases = 0; phrases < 40; ++phrases) {
+            const unsigned char a = any(), b = any(), c = any(), d = any();
+            const int third =
+                Add(seconds[a][b], c, Random(90) == 0 ? someState() : firsts[c], TRIE_VALUE_NONE);
+            const int fourth = Add(third, d, Random(90) == 0 ? someState() : seconds[c][d], Value());
+            if (Random(40) == 0) Add(fourth, any(), someState(), Value());
+        }
+        for (unsigned extra = Random(3) * 30; extra > 0; --extra)
+            Add(someState(), any(), someState(), Value());
+        for (unsigned damage = Random(3) * Random(8); damage > 0; --damage) {
+            int* const fields = &m_trie[static_cast<size_t>(someState())].nBase;
+            const int values[] = {static_cast<int>(m_random()), static_cast<int>(Random(NODES)), someState()};
+            fields[Random(4)] = values[Random(3)];
+        }
+        if (Random(9) == 0) m_trie[static_cast<size_t>(rest)].nFail = someState();  // chains without an end
+        if (Random(4) == 0) {  // a way back into the root
+            const int first = firsts[any()];
+            m_trie[static_cast<size_t>(first)].nBase = -static_cast<int>(any());
+            m_trie[0].nCheck = first;
+            m_trie[0].nFail = rest;
+        }
+    }
+
+    // Random digits, mostly without a code.
+    int Value()
+    {
+        if (Random(4) == 0) return TRIE_VALUE_NONE;
+        return static_cast<int>(m_random() & 0x7FFFF) | (Random(3000) == 0 ? ENCODE_BIG5 << 20 : 0);
+    }
+
+    // The child of `state` on `byte`, which it gets if there is none and the place is free.
+    int Add(int state, unsigned char byte, int fail, int value)
+    {
+        const int place = m_trie[static_cast<size_t>(state)].nBase + byte;
+        TrieNode& node = m_trie[static_cast<size_t>(place)];
+        if (node.nCheck != -1 || place == 0) return node.nCheck == state ? place : 0;
+        node.nCheck = state;
+        node.nFail = fail;
+        node.nValue = value;
+        m_states.push_back(place);
+        return place;
+    }
+
+    void CompareWalks(const TrieNode* trie, unsigned nodeCount, const std::string& text)
+    {
+        const char* const source = m_guarded.Place(text);
+        const Scores plain = Walk(trie, nodeCount, source, text.size());
+        const Scores fast = FastWalk(trie, nodeCount, source, text.size());
+        const auto all = [](const Scores& s) {
+            return std::vector<unsigned>{s.sumGbk,
+                                         s.sumBig5,
+                                         s.sumUnicode,
+                                         s.sumUtf8,
+                                         static_cast<unsigned>(s.positiveGbk),
+                                         static_cast<unsigned>(s.positiveBig5),
+                                         static_cast<unsigned>(s.positiveUnicode),
+                                         static_cast<unsigned>(s.positiveUtf8),
+                                         static_cast<unsigned>(s.nonPositiveUnicode),
+                                         static_cast<unsigned>(s.highBytes)};
+        };
+        ASSERT_EQ(fast.decidedCode, plain.decidedCode);
+        if (plain.decidedCode != 0) return;
+        ASSERT_EQ(all(fast), all(plain)) << testing::PrintToString(text.substr(0, 300));
+    }
+
+    static constexpr unsigned char ALPHABET[] = {'a', 'b', 0xB0, 0xB1, 0xD6, 0xE4, 0x80, 0xFF};
+    std::vector<TrieNode> m_trie;
+    std::vector<int> m_states;
+};
+
+TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
+{
+    unsigned withPairs = 0;
+    for (int automaton = 0; automaton < 400; ++automaton) {
+        MakeAutomaton();
+        for (const bool prepared : {true, false}) {
+            DropPairTable();
+            withPairs += prepared && MakePairTable(m_trie.data(), NODES) != nullptr;
+            for (const unsigned most : {1U, 6U, 100U, 5000U, 5000U}) {
+                std::string text(Random(most + 1), '\0');
+                for (char& c : text) c = static_cast<char>(ALPHABET[Random(Random(9) == 0 ? 8 : 5)]);
+                if (Random(2) == 0 && !text.empty()) text[Random(most) % text.size()] = 'z';
+                ASSERT_NO_FATAL_FAILURE(CompareWalks(m_trie.data(), NODES, text)) << automaton;
+            }
+        }
+    }
+    DropPairTable();
+    EXPECT_GT(withPairs, 200U) << "the pair table was hardly tried";
+}
+
+TEST_F(FastWalking, AddsUpTheSameOnTheShippedModel)
+{
+    CodeTrans_Destroy();
+    ASSERT_EQ(CodeTrans_Initialize(CODETRANS_SOURCE_DIRECTORY "/Data/CodeTrans.model"), 0);
+    const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());
+    for (unsigned i = 0; i < 2000; ++i) {
+        if (i == 1000) {
+            EXPECT_NE(MakePairTable(g_pstTrieTable, nodeCount), nullptr);
+        }
+        const std::string text = Text(Random(i % 50 == 0 ? 20000 : 200));
+        ASSERT_NO_FATAL_FAILURE(CompareWalks(g_pstTrieTable, nodeCount, text));
     }
 }
 }  // namespace

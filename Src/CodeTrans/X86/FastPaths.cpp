@@ -3,14 +3,23 @@
 // A window near the end of the source is copied into zero-padded scratch first, and kernels write to scratch
 // alone, so nothing beyond the source is read and nothing beyond the result is written, whatever whole
 // vectors do.
+#include <algorithm>
+
+#include "Bytes.h"
 #include "Kernels.h"
+#include "Vectors.h"
 
 namespace fast
 {
 namespace
 {
 constexpr unsigned long WINDOW =
-    1024;  // source bytes: with code units and output, a quarter of the first cache
+    1024;  // source bytes; with code units and output a quarter of the first cache
+
+const Kernels& Best()
+{
+    return FormsInUse() == Forms::AVX512 ? KERNELS_AVX512 : KERNELS_AVX2;
+}
 
 // Code units on their way, with room for what kernels write behind and for the zeros that they read there.
 struct Units {
@@ -60,6 +69,51 @@ unsigned long WithoutZeros(const Progress& kernel, unsigned long size)
     return kernel.read > size ? kernel.written - (kernel.read - size) : kernel.written;
 }
 
+// Wide characters; those above U+FFFF are dropped. The whole window.
+TARGET_AVX2 unsigned long WideToUnits(const wchar_t* src, unsigned long count, uint16_t* units)
+{
+    const __m256i tooHigh = _mm256_set1_epi32(static_cast<int>(0xFFFF0000));
+    unsigned long read = 0, written = 0;
+    for (; read + 16 <= count; read += 16) {
+        const __m256i first = Load32(src + read), second = Load32(src + read + 8);
+        if (!_mm256_testz_si256(_mm256_or_si256(first, second), tooHigh)) {
+            for (unsigned long i = read; i < read + 16; ++i) {
+                const unsigned cp = LoadWide(src + i);
+                units[written] = static_cast<uint16_t>(cp);
+                written += cp <= 0xFFFF;
+            }
+            continue;
+        }
+        Store32(units + written, _mm256_permute4x64_epi64(_mm256_packus_epi32(first, second), 0xD8));
+        written += 16;
+    }
+    for (; read < count; ++read) {
+        const unsigned cp = LoadWide(src + read);
+        units[written] = static_cast<uint16_t>(cp);
+        written += cp <= 0xFFFF;
+    }
+    return written;
+}
+
+// Whether a zero is among the first `count` code units.
+TARGET_AVX2 bool HasZero(const uint16_t* units, unsigned long count)
+{
+    __m256i zeros = _mm256_setzero_si256();
+    unsigned long i = 0;
+    for (; i + 16 <= count; i += 16)
+        zeros = _mm256_or_si256(zeros, _mm256_cmpeq_epi16(Load32(units + i), _mm256_setzero_si256()));
+    const unsigned rest = Mask(_mm256_cmpeq_epi16(Load32(units + i), _mm256_setzero_si256()));
+    return Mask(zeros) != 0 || (rest & ((1U << 2 * (count - i)) - 1)) != 0;
+}
+
+// Code units as wide characters, exactly `count`: this kernel alone writes straight to a caller's buffer.
+TARGET_AVX2 void UnitsToWide(const uint16_t* units, unsigned long count, char* out)
+{
+    unsigned long i = 0;
+    for (; i + 8 <= count; i += 8) Store32(out + 4 * i, _mm256_cvtepu16_epi32(Load16(units + i)));
+    for (; i < count; ++i) StoreWide(out + 4 * i, units[i]);
+}
+
 }  // namespace
 }  // namespace fast
 
@@ -74,7 +128,7 @@ TARGET_AVX2 Progress FastPairsToUtf16(const unsigned short* table, const char* s
     bool last = false;
     while (!last) {
         const Window window = windows.At(total.read);
-        const Progress step = PairsToUnits(ModelTable{table}, window.at, window.size, window.last, units.at);
+        const Progress step = Best().modelPairs(table, window.at, window.size, window.last, units.at);
         const unsigned long bytes = 2 * step.written;
         if (bytes > room - total.written) break;
         memcpy(dst + total.written, units.at, bytes);
@@ -93,7 +147,7 @@ TARGET_AVX2 Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcL
     bool last = false;
     while (!last) {
         const Window window = windows.At(total.read);
-        const Progress step = Utf8ToUnits(window.at, window.size, window.last, units.at);
+        const Progress step = Best().utf8(window.at, window.size, window.last, units.at);
         UnitsToWide(units.at, step.written, dst + total.written);
         total.read += step.read;
         total.written += sizeof(wchar_t) * step.written;
@@ -110,7 +164,7 @@ TARGET_AVX2 Progress FastWideToUtf8(const wchar_t* src, unsigned long count, uns
         const unsigned long size = std::min(count - total.read, WINDOW);
         const unsigned long kept = WideToUnits(src + total.read, size, units.at);
         PadWithZeros(units.at, kept);
-        total.written += WithoutZeros(UnitsToUtf8(units.at, kept, dst + total.written), kept);
+        total.written += WithoutZeros(Best().toUtf8(units.at, kept, dst + total.written), kept);
         total.read += size;
     }
     return total;
@@ -125,7 +179,7 @@ TARGET_AVX2 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* 
         const unsigned long size = std::min(count - total.read, WINDOW);
         memcpy(units.at, src + 2 * total.read, 2 * size);
         PadWithZeros(units.at, size);
-        const unsigned long written = WithoutZeros(UnitsToGbk<false>(units.at, size, gbk), size);
+        const unsigned long written = WithoutZeros(Best().toGbk(units.at, size, gbk), size);
         memcpy(dst + total.written, gbk, written);
         total.read += size;
         total.written += written;
@@ -143,11 +197,10 @@ TARGET_AVX2 Progress FastGbkToUtf8(const unsigned short* gbkToUnit, const char* 
     bool last = false;
     while (!last && total.written < room) {
         const Window window = windows.At(total.read);
-        const Progress step =
-            PairsToUnits(LocaleTable{gbkToUnit}, window.at, window.size, window.last, units.at);
+        const Progress step = Best().localePairs(gbkToUnit, window.at, window.size, window.last, units.at);
         if (HasZero(units.at, step.written)) break;
         PadWithZeros(units.at, step.written);
-        const unsigned long bytes = WithoutZeros(UnitsToUtf8(units.at, step.written, utf8), step.written);
+        const unsigned long bytes = WithoutZeros(Best().toUtf8(units.at, step.written, utf8), step.written);
         const unsigned long kept = std::min(bytes, room - total.written);
         memcpy(dst + total.written, utf8, kept);
         total.read += step.read;
@@ -166,9 +219,9 @@ TARGET_AVX2 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* 
     bool last = false;
     while (!last) {
         const Window window = windows.At(total.read);
-        const Progress step = Utf8ToUnits(window.at, window.size, window.last, units.at);
+        const Progress step = Best().utf8(window.at, window.size, window.last, units.at);
         PadWithZeros(units.at, step.written);
-        const Progress encoded = UnitsToGbk<true>(units.at, step.written, gbk);
+        const Progress encoded = Best().toKnownGbk(units.at, step.written, gbk);
         if (encoded.read < step.written) break;
         const unsigned long bytes = WithoutZeros(encoded, step.written);
         memcpy(dst + total.written, gbk, bytes);
