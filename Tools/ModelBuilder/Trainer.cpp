@@ -402,6 +402,7 @@ std::vector<Sequence> SequencesByGain(CTrainer& trainer, const CSampleSource& so
                 }
     }
     std::vector<Sequence> sequences;
+    sequences.reserve(gains.size());
     for (const auto& [bytes, gain] : gains) sequences.push_back({gain, bytes});
     std::stable_sort(sequences.begin(), sequences.end(),
                      [](const Sequence& a, const Sequence& b) { return a.gain > b.gain; });
