@@ -72,6 +72,12 @@ bool IsUtf8(const std::string& bytes)
     return icu::UnicodeString::fromUTF8(bytes).indexOf(char16_t{0xFFFD}) < 0;
 }
 
+std::ptrdiff_t HanIn(const Encoding& encoding, const std::string& bytes)
+{
+    const icu::UnicodeString text(bytes.data(), static_cast<int32_t>(bytes.size()), encoding.converter);
+    return std::count_if(text.getBuffer(), text.getBuffer() + text.length(), IsHan);
+}
+
 int LeastHan(int length)
 {
     return length <= 4 ? length - 1 : length <= 8 ? 4 : length <= 16 ? 5 : length <= 32 ? 6 : 8;
@@ -176,6 +182,7 @@ private:
             for (const fs::path& path : FilesIn(fs::path(m_folder) / "files" / encoding.name)) {
                 const std::string bytes = ReadAll(path);
                 const bool legacy = path.filename().string().starts_with("legacy");
+                if (legacy && IsUtf8(bytes)) continue;
                 const std::string kind = legacy                                   ? "legacy"
                                          : path.filename().string().back() == 't' ? "hant/page"
                                                                                   : "hans/page";
@@ -184,16 +191,15 @@ private:
             }
     }
 
-    // Lines with two pairs or more; every line of a small file, some of a large one.
+    // Lines with two hanzi or more; every line of a small file, some of a large one.
     void Lines(const std::string& bytes, const std::string& kind, const Encoding& encoding)
     {
         std::istringstream in(bytes);
         std::vector<std::string> lines;
         for (std::string line; std::getline(in, line);) {
-            const auto high = std::count_if(line.begin(), line.end(), [](char c) { return c < 0; });
-            if (high < (encoding.answer == ENCODE_UTF8 ? 6 : 4)) continue;
             // Old files mix: a line of them that reads as UTF-8 throughout is UTF-8.
-            if (encoding.answer == ENCODE_UTF8 || high < 9 || !IsUtf8(line)) lines.push_back(line);
+            const bool isMixed = encoding.answer != ENCODE_UTF8 && line.size() > 8 && IsUtf8(line);
+            if (HanIn(encoding, line) >= 2 && !isMixed) lines.push_back(line);
         }
         std::shuffle(lines.begin(), lines.end(), m_random);
         lines.resize(std::min<size_t>(lines.size(), kind == "legacy" ? 400 : 10));

@@ -39,7 +39,7 @@ int Icu(const std::string& text)
 
 int Enca(const std::string& text)
 {
-    static const EncaAnalyser analyser = enca_analyser_alloc("zh");  // lives as long as the program
+    static EncaAnalyser analyser = enca_analyser_alloc("zh");  // lives as long as the program
     const EncaEncoding found =
         enca_analyse_const(analyser, reinterpret_cast<const unsigned char*>(text.data()), text.size());
     const char* name = enca_charset_name(found.charset, ENCA_NAME_STYLE_ENCA);

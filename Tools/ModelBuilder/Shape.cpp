@@ -59,7 +59,7 @@ void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
     for (unsigned lead = 0x81; lead < 0xA0; ++lead)
         for (unsigned trail = 0x40; trail < 0x100; ++trail) AddState(states, REGION_UNIT, Bytes(lead, trail));
     for (const wchar_t character : common) {
-        const auto code = static_cast<unsigned>(character);
+        const unsigned code = static_cast<uint16_t>(character);
         if ((code & 0xFF) >= 0x40) AddState(states, REGION_NEXT_UNIT, Bytes(code & 0xFF, code >> 8));
     }
 }

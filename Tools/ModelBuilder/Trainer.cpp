@@ -13,13 +13,15 @@ namespace
 {
 using Weights = std::array<double, CANDIDATES>;
 
-constexpr double UNITS_A_NAT = 3.0;
+constexpr double UNITS_A_NAT = 3.0;  // digits stand for thirds of a nat; finer or coarser changes little
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
-constexpr double FOREIGN_ODDS =
-    60.0;  // how much more often a pair is foreign before it stops counting for ours
-constexpr double LEAST_SHARE = 2e-6;       // of a pair among those of an encoding, for it to count
-constexpr uint64_t DOUBTLESS_ODDS = 1000;  // an ASCII state's visits by ASCII to those by UTF-16LE
+// A pair so many times as frequent in a foreign kind as in ours does not count for ours.
+constexpr double FOREIGN_ODDS = 60.0;
+// Nor does one of a smaller share of its encoding's pairs.
+constexpr double LEAST_SHARE = 2e-6;
+// An ASCII state that ASCII visits so many times as often as UTF-16LE may say no to UTF-16LE.
+constexpr uint64_t DOUBTLESS_ODDS = 1000;
 
 // e to the power of x <= 0, by basic operations: halve the argument 20 times, one Taylor step, square back.
 double Exp(double x)
@@ -400,6 +402,7 @@ std::vector<Sequence> SequencesByGain(CTrainer& trainer, const CSampleSource& so
                 }
     }
     std::vector<Sequence> sequences;
+    sequences.reserve(gains.size());
     for (const auto& [bytes, gain] : gains) sequences.push_back({gain, bytes});
     std::stable_sort(sequences.begin(), sequences.end(),
                      [](const Sequence& a, const Sequence& b) { return a.gain > b.gain; });
