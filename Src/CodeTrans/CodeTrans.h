@@ -170,7 +170,8 @@ CODETRANS_API size_t TQ_ToGBK(const char* pSrc, size_t nSrcLen, char* pDst, size
  * Returns the number of bytes written after the byte-order mark (0 when the encoding was not decided: the file
  * then holds the mark alone), or -1 when the source is missing, unreadable or empty (sDstFile is not touched),
  * sDstFile cannot be written, or memory is short. TQ_GetLastErrorMsg then tells which, and a line is appended to
- * the day's .err file in the current directory.
+ * the day's .err file in the current directory; only a source of nothing but zero bytes, and a directory, give -1
+ * without a word.
  * Memory: about six times the file's size of address space at once (eleven times when it is detected as UTF-16LE), of
  * which what the text needs is touched: 1.7 to 2.5 times the file where 100 MB were measured.
  */

@@ -3,8 +3,7 @@
 // Every consumed byte moves the walk to at most one new node, and that node's value alone is added: the
 // values of nodes on its failure chain are not. The code knows nothing of what text looks like; the model
 // does. A model is trusted but for two guards that a sound one never meets: an index outside the node table
-// is no transition, and a failure chain longer than the table has nodes (so it runs in a circle) is cut at
-// the root.
+// is no transition, and a failure chain that runs in a circle is cut at the root.
 #include <climits>
 
 #include "Detection.h"
@@ -21,8 +20,9 @@ Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned
         scores.highBytes += byte >= 0x80;
 
         int next = Child(trie, nodeCount, state, byte);
-        for (unsigned hops = 0; next == NO_NODE && state != ROOT; ++hops) {
-            state = hops < nodeCount ? FailureLink(trie, nodeCount, state) : ROOT;
+        CFailureChain chain(trie, nodeCount, state);
+        while (next == NO_NODE && state != ROOT) {
+            state = chain.Next(state);
             next = Child(trie, nodeCount, state, byte);
         }
         if (next == NO_NODE) continue;  // not even the root knows this byte

@@ -46,6 +46,34 @@ inline int FailureLink(const TrieNode* trie, unsigned nodeCount, int state)
     const int fail = trie[state].nFail;
     return static_cast<unsigned>(fail) < nodeCount ? fail : ROOT;
 }
+
+// A failure chain, link by link. One that runs in a circle, as only a damaged model's does, is cut at the
+// root once the circle is closed: the state reached is compared with one left behind, ever further on, so
+// that a small circle costs a few steps and not as many as there are nodes.
+class CFailureChain
+{
+public:
+    CFailureChain(const TrieNode* trie, unsigned nodeCount, int start)
+        : m_pTrie(trie), m_nNodes(nodeCount), m_nAnchor(start)
+    {
+    }
+
+    int Next(int state)
+    {
+        state = FailureLink(m_pTrie, m_nNodes, state);
+        if (state == m_nAnchor) return ROOT;
+        ++m_nHops;
+        const bool isPowerOfTwo = (m_nHops & (m_nHops - 1)) == 0;
+        if (isPowerOfTwo) m_nAnchor = state;
+        return state;
+    }
+
+private:
+    const TrieNode* m_pTrie;
+    unsigned m_nNodes;
+    int m_nAnchor;
+    unsigned m_nHops = 0;
+};
 }  // namespace trie
 
 // The walk over a whole text, and its fast form: the same totals, or the same decided code.

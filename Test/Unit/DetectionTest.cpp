@@ -1,5 +1,6 @@
 // Detection: the weighing rules on tries made to measure, the walk against a slow oracle on random automata,
 // and damaged models.
+#include <chrono>
 #include <climits>
 
 #include "Support.h"
@@ -217,6 +218,18 @@ TEST(Detection, WalksLikeTheOracle)
                 << "round " << round << ": " << testing::PrintToString(text);
         }
     }
+}
+
+// Trying as many links as there are nodes at each byte would take minutes here.
+TEST(Detection, CirclesOfFailureLinksCostLittle)
+{
+    std::vector<TrieNode> nodes(100000, TrieNode{256, -1, 0, TRIE_VALUE_NONE});
+    for (int i = 256; i < 512; ++i)
+        nodes[static_cast<size_t>(i)] = {0, 0, i ^ 1, PackTrieValue(0, {1, 0, 0, 0})};
+    const LoadedModel model(nodes);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(Detect(std::string(200000, '\xD6')), ENCODE_GBK);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
 }
 
 TEST(Detection, CommittedModelWalksLikeTheOracle)

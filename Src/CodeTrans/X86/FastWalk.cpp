@@ -68,8 +68,9 @@ private:
         int state = at;
         for (; text < end; ++text) {
             int child = Child(m_pTrie, m_nNodes, state, *text);
-            for (unsigned hops = 0; child == NO_NODE && state != ROOT; ++hops) {
-                state = hops < m_nNodes ? FailureLink(m_pTrie, m_nNodes, state) : ROOT;
+            CFailureChain chain(m_pTrie, m_nNodes, state);
+            while (child == NO_NODE && state != ROOT) {
+                state = chain.Next(state);
                 if (PairsServe(state, text, end)) break;
                 child = ChildOfFailed(state, *text);
             }
