@@ -116,7 +116,7 @@ private:
     // Whether the hub that ASCII text leads to is one and the same, and from there it is this hub again.
     bool IsQuiet(unsigned hub) const
     {
-        const unsigned partner = m_made.hubs[hub]['a'].hub;
+        const unsigned partner = m_made.hubs[hub][0x61].hub;
         for (unsigned byte = 0; byte < 0x80; ++byte) {
             if (!IsAsciiText(byte)) continue;
             const HubEntry &there = m_made.hubs[hub][byte], &back = m_made.hubs[partner][byte];
