@@ -317,6 +317,13 @@ TEST(Detection, LeavesUndecidedWhatIsNotChinese)
         text.insert(150, "\x01\xFF");
         EXPECT_EQ(Detect(text), code) << "two bytes of noise in " << file;
     }
+    // A table whose names are cut in mid-character.
+    EXPECT_EQ(Detect("\xCD\xF5\xD0\xA1\xC3 \n"
+                     "\xC5\xB7\xD1\xF4\xD0 \n"
+                     "\xCB\xBE\xC2\xED\xB9 \n"
+                     "\xD6\xEE\xB8\xF0\xC1 \n"
+                     "\xC2\xBD\xB7\xC5\xCE \n"),
+              ENCODE_GBK);
     for (const char* ascii : {"9f86d081884c7d65", "TG9yZW0gaXBzdW0=", "SELECT id FROM t", "kNzN0ZmU"})
         EXPECT_EQ(Detect(ascii), ENCODE_GBK) << ascii;
 }

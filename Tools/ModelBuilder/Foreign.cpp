@@ -30,13 +30,14 @@ bool IsControl(unsigned byte)
            byte == 0x7F || byte == 0xFF;
 }
 
-// Behind a lead byte or a control character: signs and controls, but no line end. A line may end in half a
-// character.
+// Behind a lead byte or a control character: controls, and signs that do not end a field. A line or a field may end in
+// half a character.
 void AddBroken(States& states)
 {
-    for (unsigned byte = 0; byte < 0x100; ++byte)
-        if (IsControl(byte) || (byte >= 0x20 && byte < 0x30) || (byte >= 0x3A && byte < 0x40))
-            if (byte != 0) states[{REGION_BROKEN, Text(byte)}] = {NOT_UNICODE, REGION_FOREIGN};
+    const std::string signs = "#$%&()*+-.=?";
+    for (unsigned byte = 1; byte < 0x100; ++byte)
+        if (IsControl(byte) || (byte < 0x80 && signs.find(static_cast<char>(byte)) != std::string::npos))
+            states[{REGION_BROKEN, Text(byte)}] = {NOT_UNICODE, REGION_FOREIGN};
     for (const Region region : {REGION_MAIN, REGION_FOREIGN}) {
         AddState(states, region, std::string(2, '\0'));
         states[{region, std::string(2, '\0')}] = {NOT_UNICODE, REGION_FOREIGN};
