@@ -6,10 +6,19 @@
 #ifndef CODETRANS_FAST_PATHS_H
 #define CODETRANS_FAST_PATHS_H
 
+#include <cstdint>
+
 // How far a fast form got: source units (bytes or wide characters) used up, bytes of output written.
 struct Progress {
     unsigned long read = 0;
     unsigned long written = 0;
+
+    Progress& operator+=(const Progress& more)
+    {
+        read += more.read;
+        written += more.written;
+        return *this;
+    }
 };
 
 // The forms that there are, better ones later. AVX512 is AVX-512 with VBMI2.
@@ -40,10 +49,16 @@ constexpr unsigned long FAST_SLACK = 128;
 // UTF-16LE to GBK as utoGbk defines it: the whole source.
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);
 
+// The UTF-8 sequences of the locale's GBK, by code less 0x8000: bits 0-23 are the bytes, first one lowest; above
+// them there is 0 for three bytes, TWO for two. NONE where there is no character.
+struct LocaleSequences {
+    static constexpr uint32_t TWO = 0x80000000, NONE = 0xC0000000;
+    uint32_t entries[0x8000];
+};
+
 // GBK to at most `room` bytes of UTF-8, a character cut where room ends, and UTF-8 to GBK. Both stop before a
-// character that `gbkToUnit` (0x8000 code units by GBK code less 0x8000, 0 for none) or CodeTable does not
-// know in two bytes and at a zero.
-Progress FastGbkToUtf8(const unsigned short* gbkToUnit, const char* src, unsigned long srcLen, char* dst,
+// character that `table` or CodeTable does not know in two bytes and at a zero.
+Progress FastGbkToUtf8(const LocaleSequences& table, const char* src, unsigned long srcLen, char* dst,
                        unsigned long room);
 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst);
 

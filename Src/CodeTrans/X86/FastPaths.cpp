@@ -58,6 +58,60 @@ private:
     unsigned char m_padded[WINDOW + 2 * SLACK];
 };
 
+// The source in stretches that a kernel of runs can read: for as long as there is enough behind them the source
+// itself, at the end a copy.
+class CStretches
+{
+public:
+    static constexpr unsigned long END = 64, BEHIND = 48;  // BEHIND: what a kernel reads beyond its size
+
+    CStretches(const void* src, unsigned long length)
+        : m_pSrc(static_cast<const unsigned char*>(src)), m_nLength(length)
+    {
+    }
+
+    // At most `most` bytes, or the last ones.
+    Window At(unsigned long position, unsigned long most)
+    {
+        const unsigned long left = m_nLength - position;
+        if (left > END) return {m_pSrc + position, std::min(left - BEHIND, most), false};
+        return {End(left), left, true};
+    }
+
+private:
+    TARGET_AVX2 const unsigned char* End(unsigned long left)
+    {
+        const __m256i zeros = _mm256_setzero_si256();
+        Store32(m_end + END, zeros);
+        Store32(m_end + END + 32, zeros);
+        if (m_nLength < END) {
+            memcpy(m_end + END - left, m_pSrc + m_nLength - left, left);
+        } else {
+            Store32(m_end, Load32(m_pSrc + m_nLength - END));
+            Store32(m_end + 32, Load32(m_pSrc + m_nLength - 32));
+        }
+        return m_end + END - left;
+    }
+
+    const unsigned char* m_pSrc;
+    unsigned long m_nLength;
+    alignas(32) unsigned char m_end[2 * END];
+};
+
+// Exactly `count` bytes from scratch into place.
+TARGET_AVX2 void Place(void* to, const void* from, unsigned long count)
+{
+    constexpr unsigned long SHORT = 256;
+    if (count < 32 || count > SHORT) {
+        memcpy(to, from, count);
+        return;
+    }
+    char* const out = static_cast<char*>(to);
+    const char* const in = static_cast<const char*>(from);
+    for (unsigned long i = 0; i + 32 <= count; i += 32) Store32(out + i, Load32(in + i));
+    Store32(out + count - 32, Load32(in + count - 32));
+}
+
 void PadWithZeros(uint16_t* units, unsigned long count)
 {
     memset(units + count, 0, SLACK);
@@ -95,17 +149,6 @@ TARGET_AVX2 unsigned long WideToUnits(const wchar_t* src, unsigned long count, u
     return written;
 }
 
-// Whether a zero is among the first `count` code units.
-TARGET_AVX2 bool HasZero(const uint16_t* units, unsigned long count)
-{
-    __m256i zeros = _mm256_setzero_si256();
-    unsigned long i = 0;
-    for (; i + 16 <= count; i += 16)
-        zeros = _mm256_or_si256(zeros, _mm256_cmpeq_epi16(Load32(units + i), _mm256_setzero_si256()));
-    const unsigned rest = Mask(_mm256_cmpeq_epi16(Load32(units + i), _mm256_setzero_si256()));
-    return Mask(zeros) != 0 || (rest & ((1U << 2 * (count - i)) - 1)) != 0;
-}
-
 // Code units as wide characters, exactly `count`: this kernel alone writes straight to a caller's buffer.
 TARGET_AVX2 void UnitsToWide(const uint16_t* units, unsigned long count, char* out)
 {
@@ -119,24 +162,24 @@ TARGET_AVX2 void UnitsToWide(const uint16_t* units, unsigned long count, char* o
 
 using namespace fast;
 
-TARGET_AVX2 Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen,
-                                      char* dst, unsigned long room)
+Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen, char* dst,
+                          unsigned long room)
 {
-    Units units;
-    CWindows windows(src, srcLen);
+    // Each byte of the source makes one byte of output at least: while more than a kernel writes too much is left,
+    // it can write into place.
+    constexpr unsigned long END = CStretches::END, BEHIND = CStretches::BEHIND;
     Progress total;
-    bool last = false;
-    while (!last) {
-        const Window window = windows.At(total.read);
-        const Progress step = Best().modelPairs(table, window.at, window.size, window.last, units.at);
-        const unsigned long bytes = 2 * step.written;
-        if (bytes > room - total.written) break;
-        memcpy(dst + total.written, units.at, bytes);
-        total.read += step.read;
-        total.written += bytes;
-        last = window.last;
-    }
-    return total;
+    const auto certain = [&] { return std::min(srcLen - total.read, (room - total.written) / 2); };
+    while (certain() > END)
+        total += PairsToUtf16(table, reinterpret_cast<const unsigned char*>(src) + total.read,
+                              certain() - BEHIND, dst + total.written);
+    if (certain() < srcLen - total.read) return total;
+    char units[2 * END + SLACK];
+    CStretches stretches(src, srcLen);
+    const Window end = stretches.At(total.read, END);
+    const Progress step = PairsToUtf16(table, end.at, end.size, units);
+    Place(dst + total.written, units, step.written);
+    return total += step;
 }
 
 TARGET_AVX2 Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* dst)
@@ -187,47 +230,36 @@ TARGET_AVX2 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* 
     return total;
 }
 
-TARGET_AVX2 Progress FastGbkToUtf8(const unsigned short* gbkToUnit, const char* src, unsigned long srcLen,
-                                   char* dst, unsigned long room)
+Progress FastGbkToUtf8(const LocaleSequences& table, const char* src, unsigned long srcLen, char* dst,
+                       unsigned long room)
 {
-    Units units;
-    unsigned char utf8[3 * Units::MOST + SLACK];
-    CWindows windows(src, srcLen);
+    unsigned char utf8[3 * WINDOW / 2 + SLACK];
+    CStretches stretches(src, srcLen);
     Progress total;
-    bool last = false;
-    while (!last && total.written < room) {
-        const Window window = windows.At(total.read);
-        const Progress step = Best().localePairs(gbkToUnit, window.at, window.size, window.last, units.at);
-        if (HasZero(units.at, step.written)) break;
-        PadWithZeros(units.at, step.written);
-        const unsigned long bytes = WithoutZeros(Best().toUtf8(units.at, step.written, utf8), step.written);
-        const unsigned long kept = std::min(bytes, room - total.written);
-        memcpy(dst + total.written, utf8, kept);
-        total.read += step.read;
-        total.written += kept;
-        last = window.last;
+    bool more = true;
+    while (more) {
+        const Window stretch = stretches.At(total.read, WINDOW);
+        Progress step = GbkToUtf8(table.entries, stretch.at, stretch.size, utf8);
+        step.written = std::min(step.written, room - total.written);
+        Place(dst + total.written, utf8, step.written);
+        total += step;
+        more = !stretch.last && step.read != 0 && total.written < room;
     }
     return total;
 }
 
-TARGET_AVX2 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst)
+Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst)
 {
-    Units units;
-    unsigned char gbk[2 * Units::MOST + SLACK];
-    CWindows windows(src, srcLen);
+    unsigned char gbk[WINDOW + SLACK];
+    CStretches stretches(src, srcLen);
     Progress total;
-    bool last = false;
-    while (!last) {
-        const Window window = windows.At(total.read);
-        const Progress step = Best().utf8(window.at, window.size, window.last, units.at);
-        PadWithZeros(units.at, step.written);
-        const Progress encoded = Best().toKnownGbk(units.at, step.written, gbk);
-        if (encoded.read < step.written) break;
-        const unsigned long bytes = WithoutZeros(encoded, step.written);
-        memcpy(dst + total.written, gbk, bytes);
-        total.read += step.read;
-        total.written += bytes;
-        last = window.last;
+    bool more = true;
+    while (more) {
+        const Window stretch = stretches.At(total.read, WINDOW);
+        const Progress step = Utf8ToGbk(stretch.at, stretch.size, gbk);
+        Place(dst + total.written, gbk, step.written);
+        total += step;
+        more = !stretch.last && step.read != 0;
     }
     return total;
 }

@@ -22,123 +22,6 @@ constexpr unsigned char DROPPED = 0x80;  // as a shuffle's entry: a zero byte
 
 constexpr unsigned long BLOCK = 32;
 
-TARGET_AVX2 void WidenAscii(__m256i bytes, uint16_t* units)
-{
-    Store32(units, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
-    Store32(units + 16, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
-}
-
-// The shuffles below go by nine bits: whether the byte before the eight is a lead byte (so that the first is
-// a trail byte), and whether each of the eight is.
-constexpr unsigned WITH_PREVIOUS = 512;
-
-// The pairs that begin in the eight bytes, side by side.
-constexpr std::array<uint64_t, WITH_PREVIOUS> MakePairShuffles()
-{
-    std::array<uint64_t, WITH_PREVIOUS> shuffles{};
-    for (unsigned leads = 0; leads < WITH_PREVIOUS; ++leads) {
-        unsigned to = 0;
-        for (unsigned byte = 0; byte < 8; ++byte)
-            if ((leads >> (byte + 1) & 1) != 0 && to < 64) {
-                shuffles[leads] |= uint64_t{byte | (byte + 1) << 8} << to;
-                to += 16;
-            }
-        if (to < 64) shuffles[leads] |= 0x8080808080808080 << to;
-    }
-    return shuffles;
-}
-alignas(64) constexpr auto PAIR_SHUFFLES = MakePairShuffles();
-
-// From the eight bytes with the code units of their pairs behind them, the code units of all characters that
-// begin there.
-constexpr std::array<Shuffle, WITH_PREVIOUS> MakeUnitShuffles()
-{
-    std::array<Shuffle, WITH_PREVIOUS> shuffles{};
-    for (unsigned leads = 0; leads < WITH_PREVIOUS; ++leads) {
-        Shuffle& shuffle = shuffles[leads];
-        shuffle.fill(DROPPED);
-        unsigned to = 0, pair = 8;
-        for (unsigned byte = 0; byte < 8; ++byte) {
-            const bool isTrail = (leads >> byte & 1) != 0, isLead = (leads >> (byte + 1) & 1) != 0;
-            if (isLead && pair < 16) {
-                shuffle[to++] = static_cast<unsigned char>(pair++);
-                shuffle[to++] = static_cast<unsigned char>(pair++);
-            } else if (!isTrail) {
-                shuffle[to] = static_cast<unsigned char>(byte);
-                to += 2;
-            }
-        }
-    }
-    return shuffles;
-}
-alignas(64) constexpr auto UNIT_SHUFFLES = MakeUnitShuffles();
-
-// A mapping table of the model, entries by PairIndex.
-struct ModelTable {
-    static TARGET_AVX2 __m128i Indices(__m128i pairs)
-    {
-        const __m128i lead = _mm_and_si128(pairs, _mm_set1_epi16(0x7F));
-        const __m128i row = _mm_subs_epu16(_mm_srli_epi16(pairs, 8), _mm_set1_epi16(0x40));
-        return _mm_or_si128(_mm_slli_epi16(row, 7), lead);
-    }
-};
-
-// The locale's GBK, entries by the code less 0x8000.
-struct LocaleTable {
-    static TARGET_AVX2 __m128i Indices(__m128i pairs)
-    {
-        const __m128i codes = _mm_or_si128(_mm_slli_epi16(pairs, 8), _mm_srli_epi16(pairs, 8));
-        return _mm_and_si128(codes, _mm_set1_epi16(0x7FFF));
-    }
-};
-
-// The characters that begin in the eight bytes at `src`, of which four pairs at most. Returns their number.
-template <typename Table>
-TARGET_AVX2 unsigned long EightBytesToUnits(const unsigned short* table, const unsigned char* src,
-                                            unsigned leads, uint16_t* units)
-{
-    const __m128i bytes = Load16(src);
-    const __m128i pairs =
-        _mm_shuffle_epi8(bytes, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&PAIR_SHUFFLES[leads])));
-    const auto indices = static_cast<uint64_t>(_mm_cvtsi128_si64(Table::Indices(pairs)));
-    __m128i all = _mm_insert_epi16(bytes, table[indices & 0xFFFF], 4);
-    all = _mm_insert_epi16(all, table[indices >> 16 & 0xFFFF], 5);
-    all = _mm_insert_epi16(all, table[indices >> 32 & 0xFFFF], 6);
-    all = _mm_insert_epi16(all, table[indices >> 48], 7);
-    Store16(units, _mm_shuffle_epi8(all, Load16(UNIT_SHUFFLES[leads].data())));
-    return 8 - static_cast<unsigned long>(std::popcount(leads & 0xFF));
-}
-
-// Bytes of 80 and above take the next byte with them. Stops at a lone lead byte at the end of the last
-// window.
-template <typename Table>
-TARGET_AVX2 Progress PairsToUnits(const unsigned short* table, const unsigned char* src, unsigned long size,
-                                  bool last, uint16_t* units)
-{
-    Progress at;
-    uint64_t leads = 0;  // of the block, from bit 1 on; bit 0 is the byte before
-    for (; at.read < size; at.read += BLOCK) {
-        const __m256i bytes = Load32(src + at.read);
-        const uint64_t previous = leads >> BLOCK;
-        const uint32_t high = Mask(bytes) & ~static_cast<uint32_t>(previous);
-        if ((high | previous) == 0) {
-            WidenAscii(bytes, units + at.written);
-            at.written += BLOCK;
-            leads = 0;
-            continue;
-        }
-        leads = uint64_t{LeadBytes(high)} << 1 | previous;
-        for (unsigned long byte = 0; byte < BLOCK; byte += 8)
-            at.written += EightBytesToUnits<Table>(table, src + at.read + byte,
-                                                   leads >> byte & (WITH_PREVIOUS - 1), units + at.written);
-    }
-    const uint64_t carry = leads >> BLOCK;
-    if (!last) return {at.read + carry, at.written};
-    // Each byte behind the end has made a character, be it alone or as the trail byte of a lone lead byte.
-    const bool isCut = (leads >> (size + BLOCK - at.read) & 1) != 0;
-    return {size - isCut, at.written - (at.read + carry - size)};
-}
-
 // By the bytes among eight that begin a character: that byte and the next two, last first, in a lane of 32
 // bits.
 constexpr std::array<std::array<unsigned char, 32>, 256> MakeSequenceShuffles()
@@ -240,11 +123,6 @@ TARGET_AVX2 bool IsAscii(__m256i units)
     return _mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xFF80)));
 }
 
-TARGET_AVX2 bool HasZero(__m256i units)
-{
-    return Mask(_mm256_cmpeq_epi16(units, _mm256_setzero_si256())) != 0;
-}
-
 TARGET_AVX2 __m128i NarrowAscii(__m256i units)
 {
     return _mm_packus_epi16(_mm256_castsi256_si128(units), _mm256_extracti128_si256(units, 1));
@@ -268,22 +146,14 @@ constexpr std::array<Shuffle, 256> MakeGbkShuffles()
 }
 alignas(64) constexpr auto GBK_SHUFFLES = MakeGbkShuffles();
 
-// A bit for each word, from its highest.
-TARGET_AVX2 unsigned LaneMask(__m128i words)
-{
-    return Mask(_mm_packs_epi16(words, _mm_setzero_si128()));
-}
-
-// GBK by CodeTable. STRICT: stops, short of `size`, at a zero unit, at what GBK lacks and at the euro sign;
-// otherwise the first is a byte like any other and the others become A1 A1 and 00 80.
-template <bool STRICT>
+// GBK by CodeTable, as utoGbk.
 TARGET_AVX2 Progress UnitsToGbk(const uint16_t* units, unsigned long size, unsigned char* out)
 {
     const __m128i zero = _mm_setzero_si128();
     Progress at;
     while (at.read < size) {
         const __m256i sixteen = Load32(units + at.read);
-        if (IsAscii(sixteen) && !(STRICT && HasZero(sixteen))) {
+        if (IsAscii(sixteen)) {
             Store16(out + at.written, NarrowAscii(sixteen));
             at.read += 16;
             at.written += 16;
@@ -294,15 +164,8 @@ TARGET_AVX2 Progress UnitsToGbk(const uint16_t* units, unsigned long size, unsig
             _mm_cmpeq_epi16(_mm_and_si128(eight, _mm_set1_epi16(static_cast<short>(0xFF80))), zero);
         const unsigned ascii = LaneMask(isAscii);
         __m128i codes = LookUp8(CodeTable, eight);
-        if constexpr (STRICT) {
-            const unsigned zeros = LaneMask(_mm_cmpeq_epi16(eight, zero));
-            const unsigned good = (LaneMask(codes) | ascii) & ~zeros;
-            const unsigned used = size - at.read < 8 ? (1U << (size - at.read)) - 1 : 0xFF;
-            if ((good & used) != used) break;
-        } else {
-            const __m128i lacking = _mm_andnot_si128(isAscii, _mm_cmpeq_epi16(codes, zero));
-            codes = _mm_blendv_epi8(codes, _mm_set1_epi16(static_cast<short>(0xA1A1)), lacking);
-        }
+        const __m128i lacking = _mm_andnot_si128(isAscii, _mm_cmpeq_epi16(codes, zero));
+        codes = _mm_blendv_epi8(codes, _mm_set1_epi16(static_cast<short>(0xA1A1)), lacking);
         Store16(out + at.written, _mm_shuffle_epi8(codes, Load16(GBK_SHUFFLES[ascii].data())));
         at.read += 8;
         at.written += 16 - static_cast<unsigned long>(std::popcount(ascii));
@@ -369,6 +232,5 @@ TARGET_AVX2 Progress UnitsToUtf8(const uint16_t* units, unsigned long size, unsi
 }
 }  // namespace
 
-const Kernels KERNELS_AVX2 = {PairsToUnits<ModelTable>, PairsToUnits<LocaleTable>, Utf8ToUnits, UnitsToUtf8,
-                              UnitsToGbk<false>,        UnitsToGbk<true>};
+const Kernels KERNELS_AVX2 = {Utf8ToUnits, UnitsToUtf8, UnitsToGbk};
 }  // namespace fast

@@ -53,71 +53,6 @@ TARGET_AVX512 __m512i LookUp32(const unsigned short* table, __m512i indices, uns
     return _mm512_inserti32x4(three, LookUp8(table, _mm512_extracti32x4_epi32(indices, 3)), 3);
 }
 
-struct ModelTable {
-    static TARGET_AVX512 __m512i Indices(__m512i lead, __m512i trail)
-    {
-        const __m512i row = _mm512_subs_epu16(trail, _mm512_set1_epi16(0x40));
-        return _mm512_or_si512(_mm512_slli_epi16(row, 7), _mm512_and_si512(lead, _mm512_set1_epi16(0x7F)));
-    }
-};
-
-struct LocaleTable {
-    static TARGET_AVX512 __m512i Indices(__m512i lead, __m512i trail)
-    {
-        const __m512i codes = _mm512_or_si512(_mm512_slli_epi16(lead, 8), trail);
-        return _mm512_and_si512(codes, _mm512_set1_epi16(0x7FFF));
-    }
-};
-
-template <typename Table>
-TARGET_AVX512 Progress PairsToUnits(const unsigned short* table, const unsigned char* src, unsigned long size,
-                                    bool last, uint16_t* units)
-{
-    Progress at;
-    uint64_t trails = 0, carry = 0;  // carry: the block begins with a trail byte
-    for (; at.read < size; at.read += BLOCK) {
-        const __m512i bytes = Load64(src + at.read);
-        const uint64_t high = _mm512_movepi8_mask(bytes);
-        if ((high | carry) == 0) {
-            _mm512_storeu_si512(units + at.written, LowerUnits(bytes));
-            _mm512_storeu_si512(units + at.written + 32, UpperUnits(bytes));
-            at.written += BLOCK;
-            trails = 0;
-            continue;
-        }
-        const uint64_t leads = LeadBytes(high & ~carry);
-        trails = leads << 1 | carry;
-        carry = leads >> 63;
-        const auto pairs = static_cast<unsigned>(std::popcount(leads));
-        const __m512i lead = LowerUnits(_mm512_maskz_compress_epi8(leads, bytes));
-        const __m512i trail = LowerUnits(_mm512_maskz_compress_epi8(leads, Load64(src + at.read + 1)));
-        const __m512i found = LookUp32(table, Table::Indices(lead, trail), pairs);
-
-        // Each character in its place, then the pairs' code units instead of their lead bytes.
-        const __m512i characters = _mm512_maskz_compress_epi8(~trails, bytes);
-        const uint64_t isPair = _pext_u64(leads, ~trails);
-        const auto lower = static_cast<__mmask32>(isPair), upper = static_cast<__mmask32>(isPair >> 32);
-        _mm512_storeu_si512(units + at.written,
-                            _mm512_mask_expand_epi16(LowerUnits(characters), lower, found));
-        const auto count = static_cast<unsigned long>(std::popcount(~trails));
-        if (count > 32) {
-            alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
-                                                                11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
-                                                                22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
-            const auto used = static_cast<short>(std::popcount(static_cast<uint32_t>(lower)));
-            const __m512i places = _mm512_add_epi16(Load64(PLACES), _mm512_set1_epi16(used));
-            const __m512i rest = _mm512_permutexvar_epi16(places, found);
-            _mm512_storeu_si512(units + at.written + 32,
-                                _mm512_mask_expand_epi16(UpperUnits(characters), upper, rest));
-        }
-        at.written += count;
-    }
-    if (!last) return {at.read + carry, at.written};
-    // Each byte behind the end has made a character, be it alone or as the trail byte of a lone lead byte.
-    const bool isCut = (at.read > size ? trails >> (size + BLOCK - at.read) & 1 : carry) != 0;
-    return {size - isCut, at.written - (at.read + carry - size)};
-}
-
 // 32 characters from the first, second and third byte of each, as far as they have so many.
 TARGET_AVX512 __m512i DecodeUtf8(__m512i first, __m512i second, __m512i third)
 {
@@ -205,16 +140,11 @@ TARGET_AVX512 unsigned long StoreKept(__m512i lanes, __m512i keep, unsigned char
     return static_cast<unsigned long>(std::popcount(kept));
 }
 
-template <bool STRICT>
 TARGET_AVX512 Progress UnitsToGbk(const uint16_t* units, unsigned long size, unsigned char* out)
 {
     Progress at;
     while (at.read < size) {
         const __m512i block = Load64(units + at.read);
-        const unsigned long left = size - at.read;
-        const __mmask32 used = left < 32 ? (1U << left) - 1 : 0xFFFFFFFF;
-        const __mmask32 zeros = _mm512_testn_epi16_mask(block, block) & used;
-        if (STRICT && zeros != 0) break;
         if (IsAscii(block)) {
             NarrowAscii(block, out + at.written);
             at.read += 32;
@@ -226,13 +156,8 @@ TARGET_AVX512 Progress UnitsToGbk(const uint16_t* units, unsigned long size, uns
         const __m512i indices = _mm512_maskz_compress_epi16(twoBytes, block);
         const __m512i found = LookUp32(CodeTable, indices, static_cast<unsigned>(std::popcount(twoBytes)));
         __m512i codes = _mm512_mask_expand_epi16(block, twoBytes, found);
-        if constexpr (STRICT) {
-            const __mmask32 known = _mm512_movepi16_mask(codes);
-            if ((twoBytes & ~known) != 0) break;
-        } else {
-            const __mmask32 lacking = _mm512_testn_epi16_mask(codes, codes) & twoBytes;
-            codes = _mm512_mask_mov_epi16(codes, lacking, _mm512_set1_epi16(static_cast<short>(0xA1A1)));
-        }
+        const __mmask32 lacking = _mm512_testn_epi16_mask(codes, codes) & twoBytes;
+        codes = _mm512_mask_mov_epi16(codes, lacking, _mm512_set1_epi16(static_cast<short>(0xA1A1)));
         // High byte first; of ASCII the second byte alone.
         const __m512i lanes = _mm512_or_si512(_mm512_slli_epi16(codes, 8), _mm512_srli_epi16(codes, 8));
         const __m512i keep = _mm512_mask_mov_epi16(_mm512_set1_epi16(static_cast<short>(0x8000)), twoBytes,
@@ -279,6 +204,5 @@ TARGET_AVX512 Progress UnitsToUtf8(const uint16_t* units, unsigned long size, un
 }
 }  // namespace
 
-const Kernels KERNELS_AVX512 = {PairsToUnits<ModelTable>, PairsToUnits<LocaleTable>, Utf8ToUnits, UnitsToUtf8,
-                                UnitsToGbk<false>,        UnitsToGbk<true>};
+const Kernels KERNELS_AVX512 = {Utf8ToUnits, UnitsToUtf8, UnitsToGbk};
 }  // namespace fast
