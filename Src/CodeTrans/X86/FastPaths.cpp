@@ -58,47 +58,7 @@ private:
     unsigned char m_padded[WINDOW + 2 * SLACK];
 };
 
-// The source in stretches that a kernel of runs can read: for as long as there is enough behind them the source
-// itself, at the end a copy.
-class CStretches
-{
-public:
-    static constexpr unsigned long END = 64, BEHIND = 48;  // BEHIND: what a kernel reads beyond its size
-
-    CStretches(const void* src, unsigned long length)
-        : m_pSrc(static_cast<const unsigned char*>(src)), m_nLength(length)
-    {
-    }
-
-    // At most `most` bytes, or the last ones.
-    Window At(unsigned long position, unsigned long most)
-    {
-        const unsigned long left = m_nLength - position;
-        if (left > END) return {m_pSrc + position, std::min(left - BEHIND, most), false};
-        return {End(left), left, true};
-    }
-
-private:
-    TARGET_AVX2 const unsigned char* End(unsigned long left)
-    {
-        const __m256i zeros = _mm256_setzero_si256();
-        Store32(m_end + END, zeros);
-        Store32(m_end + END + 32, zeros);
-        if (m_nLength < END) {
-            memcpy(m_end + END - left, m_pSrc + m_nLength - left, left);
-        } else {
-            Store32(m_end, Load32(m_pSrc + m_nLength - END));
-            Store32(m_end + 32, Load32(m_pSrc + m_nLength - 32));
-        }
-        return m_end + END - left;
-    }
-
-    const unsigned char* m_pSrc;
-    unsigned long m_nLength;
-    alignas(32) unsigned char m_end[2 * END];
-};
-
-// Exactly `count` bytes from scratch into place.
+// Exactly `count` bytes from one place to another.
 TARGET_AVX2 void Place(void* to, const void* from, unsigned long count)
 {
     constexpr unsigned long SHORT = 256;
@@ -111,6 +71,35 @@ TARGET_AVX2 void Place(void* to, const void* from, unsigned long count)
     for (unsigned long i = 0; i + 32 <= count; i += 32) Store32(out + i, Load32(in + i));
     Store32(out + count - 32, Load32(in + count - 32));
 }
+
+// The source in stretches for the kernels of runs, which read whole blocks: for as long as one more is left behind
+// them the source itself, at the end a copy with zeros behind.
+class CStretches
+{
+public:
+    static constexpr unsigned long END = 64, BEHIND = 48;  // a kernel reads so much beyond its size
+
+    CStretches(const void* src, unsigned long length)
+        : m_pSrc(static_cast<const unsigned char*>(src)), m_nLength(length)
+    {
+    }
+
+    // At most `most` bytes, or the last ones.
+    TARGET_AVX2 Window At(unsigned long position, unsigned long most)
+    {
+        const unsigned long left = m_nLength - position;
+        if (left > END) return {m_pSrc + position, std::min(left - BEHIND, most), false};
+        Place(m_end, m_pSrc + position, left);
+        Store32(m_end + left, _mm256_setzero_si256());
+        Store16(m_end + left + 32, _mm_setzero_si128());
+        return {m_end, left, true};
+    }
+
+private:
+    const unsigned char* m_pSrc;
+    unsigned long m_nLength;
+    alignas(32) unsigned char m_end[END + BEHIND];
+};
 
 void PadWithZeros(uint16_t* units, unsigned long count)
 {
