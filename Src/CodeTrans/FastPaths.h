@@ -39,12 +39,13 @@ inline bool FastPathsOn()
 Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen, char* dst,
                           unsigned long room);
 
-// UTF-8, continuation bytes unchecked, to wide characters: the whole source.
+// UTF-8, continuation bytes unchecked, to wide characters. May stop three bytes before the end.
 Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* dst);
 
-// Wide characters to UTF-8: the whole source. `dst` holds FAST_SLACK bytes more than three a character.
+// Wide characters to UTF-8. Stops at a zero, and up to FAST_WIDES characters before one that UTF-8 has no place
+// for.
 Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst);
-constexpr unsigned long FAST_SLACK = 128;
+constexpr unsigned long FAST_WIDES = 16;
 
 // UTF-16LE to GBK as utoGbk defines it: the whole source.
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);

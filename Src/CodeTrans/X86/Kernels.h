@@ -1,9 +1,5 @@
-// The vector kernels: each converts a stretch of text that lies where whole vectors can be read, to where whole
-// vectors can be written.
-//
-// Their source must be readable and their output writable for SLACK bytes beyond what they use: FastPaths.cpp
-// sees to that. Invariant of every kernel: the output up to `written` is what the plain form makes of the source
-// up to `read`.
+// The vector kernels of the fast forms. Invariant of every one: the output up to `written` is what the plain form
+// makes of the source up to `read`.
 #ifndef CODETRANS_X86_KERNELS_H
 #define CODETRANS_X86_KERNELS_H
 
@@ -13,14 +9,15 @@
 
 namespace fast
 {
-constexpr unsigned long SLACK = FAST_SLACK;
-
-// KernelsOfRuns.cpp. They end at `size`, before a character that is cut there.
+// KernelsOfRuns.cpp, AVX2. Characters that lie wholly in `size` bytes. The source must be readable and the output
+// writable for SLACK bytes beyond what is used.
+constexpr unsigned long SLACK = 64;
 
 // GBK or Big5 by a mapping table of the model: bytes of 80 and above take the next one with them.
-Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size, char* out);
+Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
+                      unsigned char* out);
 
-// GBK by the locale's sequences; stops at a pair that it does not hold.
+// GBK by the locale's sequences; stops at a pair that they lack.
 Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned long size,
                    unsigned char* out);
 
@@ -28,21 +25,25 @@ Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned
 // the euro sign.
 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 
-// To code units. `last`: behind the source there are zeros, and a character cut by the end is left; in other
-// windows the source goes on, and a kernel may go on with it.
-using Decode = Progress(const unsigned char* src, unsigned long size, bool last, uint16_t* units);
+// Continuation bytes taken as they come. May stop at bytes that begin no character, within three of the end.
+Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
 
-// From code units, behind which there are zeros. A kernel may run into them; each of them becomes one byte.
-using Encode = Progress(const uint16_t* units, unsigned long size, unsigned char* out);
+// KernelsAvx2.cpp. Eight characters at a time, as many as there are; the same SLACK for the output alone.
 
-struct Kernels {
-    Decode* utf8;    // continuation bytes taken as they come: NextWide
-    Encode* toUtf8;  // surrogates like any other unit
-    Encode* toGbk;   // as utoGbk
-};
+// Stops at a zero and above U+FFFF.
+Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out);
 
-extern const Kernels KERNELS_AVX2;    // KernelsAvx2.cpp
-extern const Kernels KERNELS_AVX512;  // KernelsAvx512.cpp, with VBMI2
+// As utoGbk: all but the last few.
+Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
+
+// KernelsAvx512.cpp, with VBMI2: straight from source to destination, to the last character, nothing else
+// touched.
+namespace avx512
+{
+Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
+Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out);  // stops at a zero
+Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
+}  // namespace avx512
 }  // namespace fast
 
 #endif  // CODETRANS_X86_KERNELS_H

@@ -1,6 +1,7 @@
-// The kernels for AVX-512 with VBMI2, whose compressing and expanding of vectors does what takes tables of
-// shuffles in AVX2: blocks of 64 source bytes or 32 code units, without a branch on the text but for ASCII
-// and for how many look-ups a block needs.
+// The kernels for AVX-512 with VBMI2: blocks of 64 bytes, of which compressing keeps those that count. Masked loads
+// and stores reach exactly from the first character to the last, so there is no scratch between the caller's
+// buffers and no remainder. No branch depends on the text but those for ASCII, for how many characters a block
+// holds, and for what is not UTF-8 of one to three bytes.
 #include <algorithm>
 #include <bit>
 
@@ -26,9 +27,33 @@ namespace
 {
 constexpr unsigned long BLOCK = 64;
 
-TARGET_AVX512 __m512i Load64(const void* from)
+// The first `count` bits, all of them above 63.
+TARGET_AVX512 uint64_t First(unsigned long count)
 {
-    return _mm512_loadu_si512(from);
+    return count < 64 ? _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(count)) : ~uint64_t{0};
+}
+
+TARGET_AVX512 __m512i LoadBytes(const void* from, uint64_t which)
+{
+    return _mm512_maskz_loadu_epi8(which, from);
+}
+
+// The bytes of `lanes` that `keep` marks; their number.
+TARGET_AVX512 unsigned long StoreKept(__m512i lanes, uint64_t keep, unsigned char* out)
+{
+    const auto count = static_cast<unsigned long>(std::popcount(keep));
+    _mm512_mask_storeu_epi8(out, First(count), _mm512_maskz_compress_epi8(keep, lanes));
+    return count;
+}
+
+// The first `count` of 32 code units as wide characters.
+TARGET_AVX512 void StoreWides(__m512i units, unsigned long count, unsigned char* out)
+{
+    const uint64_t which = First(count);
+    _mm512_mask_storeu_epi32(out, static_cast<__mmask16>(which),
+                             _mm512_cvtepu16_epi32(_mm512_castsi512_si256(units)));
+    _mm512_mask_storeu_epi32(out + 64, static_cast<__mmask16>(which >> 16),
+                             _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(units, 1)));
 }
 
 // The lower and the upper 32 bytes as 16-bit units.
@@ -68,91 +93,111 @@ TARGET_AVX512 __m512i DecodeUtf8(__m512i first, __m512i second, __m512i third)
     return _mm512_mask_mov_epi16(_mm512_mask_mov_epi16(two, isThree, three), isAscii, first);
 }
 
-TARGET_AVX512 Progress Utf8ToUnits(const unsigned char* src, unsigned long size, bool last, uint16_t* units)
+}  // namespace
+
+TARGET_AVX512 Progress avx512::Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out)
 {
     Progress at;
-    uint64_t carry = 0;  // the bytes of this block that continue a sequence of the last
     while (at.read < size) {
-        const __m512i bytes = Load64(src + at.read);
+        const unsigned long left = size - at.read;
+        const uint64_t within = First(left);
+        const __m512i bytes = LoadBytes(src + at.read, within);
         const uint64_t high = _mm512_movepi8_mask(bytes);
-        if ((high | carry) == 0) {
-            _mm512_storeu_si512(units + at.written, LowerUnits(bytes));
-            _mm512_storeu_si512(units + at.written + 32, UpperUnits(bytes));
-            at.read += BLOCK;
-            at.written += BLOCK;
+        unsigned char* const to = out + at.written;
+        if (high == 0) {
+            const unsigned long count = std::min(left, BLOCK);
+            StoreWides(LowerUnits(bytes), count, to);
+            if (count > 32) StoreWides(UpperUnits(bytes), count - 32, to + 128);
+            at.read += count;
+            at.written += 4 * count;
             continue;
         }
         const uint64_t twos = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
         const uint64_t threes = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xE0)));
         const uint64_t fours = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0)));
-        const uint64_t following = twos << 1 | threes << 2 | carry;
-        const uint64_t nextCarry = twos >> 63 | threes >> 62;
-        const bool isCut = last && at.read + BLOCK >= size && nextCarry != 0;
-        if (following != (high & ~twos) || fours != 0 || isCut) {
-            const unsigned long end = last ? std::min(at.read + BLOCK, size) : at.read + BLOCK;
-            at.read += static_cast<unsigned long>(std::popcount(carry));
-            while (at.read < end) {
-                const WideStep step = NextWide(src + at.read, last ? size - at.read : SLACK);
-                units[at.written] = static_cast<uint16_t>(step.cp);
+        const uint64_t following = twos << 1 | threes << 2;
+        // A character that the block cuts is left to the next.
+        const uint64_t cut = (twos & uint64_t{1} << 63) | (threes & uint64_t{3} << 62);
+        if (following != (high & ~twos) || fours != 0 || (left < BLOCK && (following & ~within) != 0) ||
+            (left == BLOCK && cut != 0)) {
+            for (unsigned long end = at.read + std::min(left, BLOCK); at.read < end;) {
+                const WideStep step = NextWide(src + at.read, size - at.read);
+                if (step.isCharacter) StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
                 at.read += step.length;
-                at.written += step.isCharacter;
+                at.written += step.isCharacter ? 4 : 0;
             }
-            carry = 0;
             continue;
         }
-        const uint64_t starts = ~following;
+        const uint64_t starts = within & ~following & ~cut;
         const __m512i first = _mm512_maskz_compress_epi8(starts, bytes);
-        const __m512i second = _mm512_maskz_compress_epi8(starts, Load64(src + at.read + 1));
-        const __m512i third = _mm512_maskz_compress_epi8(starts, Load64(src + at.read + 2));
-        _mm512_storeu_si512(units + at.written,
-                            DecodeUtf8(LowerUnits(first), LowerUnits(second), LowerUnits(third)));
+        const __m512i second = _mm512_maskz_compress_epi8(starts, LoadBytes(src + at.read + 1, First(left - 1)));
+        const __m512i third =
+            _mm512_maskz_compress_epi8(starts, LoadBytes(src + at.read + 2, First(left - 2)));
         const auto count = static_cast<unsigned long>(std::popcount(starts));
+        StoreWides(DecodeUtf8(LowerUnits(first), LowerUnits(second), LowerUnits(third)), count, to);
         if (count > 32)
-            _mm512_storeu_si512(units + at.written + 32,
-                                DecodeUtf8(UpperUnits(first), UpperUnits(second), UpperUnits(third)));
-        at.read += BLOCK;
-        at.written += count;
-        carry = nextCarry;
+            StoreWides(DecodeUtf8(UpperUnits(first), UpperUnits(second), UpperUnits(third)), count - 32,
+                       to + 128);
+        at.read += std::min<unsigned long>(left, _tzcnt_u64(cut));
+        at.written += 4 * count;
     }
-    at.read += static_cast<unsigned long>(std::popcount(carry));
-    if (!last || at.read <= size) return at;
-    return {size, at.written - (at.read - size)};
+    return at;
 }
 
-// ---------------------------------------------------------------------------------------------------------
-// From code units
-
-TARGET_AVX512 bool IsAscii(__m512i units)
-{
-    return _mm512_test_epi16_mask(units, _mm512_set1_epi16(static_cast<short>(0xFF80))) == 0;
-}
-
-TARGET_AVX512 void NarrowAscii(__m512i units, unsigned char* out)
-{
-    Store32(out, _mm512_cvtepi16_epi8(units));
-}
-
-// Stores the bytes of `lanes` that `keep` marks by their upper bit; their number.
-TARGET_AVX512 unsigned long StoreKept(__m512i lanes, __m512i keep, unsigned char* out)
-{
-    const uint64_t kept = _mm512_movepi8_mask(keep);
-    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(kept, lanes));
-    return static_cast<unsigned long>(std::popcount(kept));
-}
-
-TARGET_AVX512 Progress UnitsToGbk(const uint16_t* units, unsigned long size, unsigned char* out)
+// In lanes of lead, middle, last byte, of which short ones use fewer.
+TARGET_AVX512 Progress avx512::WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
 {
     Progress at;
-    while (at.read < size) {
-        const __m512i block = Load64(units + at.read);
-        if (IsAscii(block)) {
-            NarrowAscii(block, out + at.written);
-            at.read += 32;
-            at.written += 32;
+    while (at.read < count) {
+        const unsigned long left = count - at.read;
+        const auto used = static_cast<__mmask16>(First(left));
+        const __m512i points = _mm512_maskz_loadu_epi32(used, src + at.read);
+        if ((_mm512_testn_epi32_mask(points, points) & used) != 0) break;
+        const __mmask16 isAscii = _mm512_cmplt_epu32_mask(points, _mm512_set1_epi32(0x80));
+        if (isAscii == 0xFFFF) {
+            const unsigned long taken = std::min(left, 16UL);
+            _mm512_mask_cvtepi32_storeu_epi8(out + at.written, used, points);
+            at.read += taken;
+            at.written += taken;
+            continue;
+        }
+        const __mmask16 isShort = _mm512_cmplt_epu32_mask(points, _mm512_set1_epi32(0x800));
+        const __mmask16 isCharacter = used & _mm512_cmple_epu32_mask(points, _mm512_set1_epi32(0xFFFF));
+        const __m512i lead = _mm512_srli_epi32(points, 12);
+        const __m512i middle = _mm512_and_si512(_mm512_slli_epi32(points, 2), _mm512_set1_epi32(0x3F00));
+        const __m512i last = _mm512_slli_epi32(_mm512_and_si512(points, _mm512_set1_epi32(0x3F)), 16);
+        // The marks E0 80 80, or C0 80 in the last two bytes; ASCII as it is in the first.
+        const __m512i marks =
+            _mm512_mask_mov_epi32(_mm512_set1_epi32(0x8080E0), isShort, _mm512_set1_epi32(0x80C000));
+        const __m512i sequence =
+            _mm512_or_si512(_mm512_or_si512(lead, middle), _mm512_or_si512(last, marks));
+        const __m512i lanes = _mm512_mask_mov_epi32(sequence, isAscii, points);
+        const __m512i two =
+            _mm512_mask_mov_epi32(_mm512_set1_epi32(0x808080), isShort, _mm512_set1_epi32(0x808000));
+        const __m512i keep = _mm512_mask_mov_epi32(two, isAscii, _mm512_set1_epi32(0x80));
+        at.written += StoreKept(
+            lanes, _mm512_movepi8_mask(_mm512_maskz_mov_epi32(isCharacter, keep)), out + at.written);
+        at.read += std::min(left, 16UL);
+    }
+    return at;
+}
+
+TARGET_AVX512 Progress avx512::Utf16ToGbk(const char* src, unsigned long count, unsigned char* out)
+{
+    Progress at;
+    while (at.read < count) {
+        const unsigned long left = count - at.read;
+        const auto used = static_cast<__mmask32>(First(left));
+        const __m512i block = _mm512_maskz_loadu_epi16(used, src + 2 * at.read);
+        const __mmask32 twoBytes = _mm512_cmpge_epu16_mask(block, _mm512_set1_epi16(0x80));
+        const unsigned long taken = std::min(left, 32UL);
+        if (twoBytes == 0) {
+            _mm512_mask_cvtepi16_storeu_epi8(out + at.written, used, block);
+            at.read += taken;
+            at.written += taken;
             continue;
         }
         // Look up what is not ASCII, side by side, and put it back where it came from.
-        const __mmask32 twoBytes = _mm512_cmpge_epu16_mask(block, _mm512_set1_epi16(0x80));
         const __m512i indices = _mm512_maskz_compress_epi16(twoBytes, block);
         const __m512i found = LookUp32(CodeTable, indices, static_cast<unsigned>(std::popcount(twoBytes)));
         __m512i codes = _mm512_mask_expand_epi16(block, twoBytes, found);
@@ -162,47 +207,10 @@ TARGET_AVX512 Progress UnitsToGbk(const uint16_t* units, unsigned long size, uns
         const __m512i lanes = _mm512_or_si512(_mm512_slli_epi16(codes, 8), _mm512_srli_epi16(codes, 8));
         const __m512i keep = _mm512_mask_mov_epi16(_mm512_set1_epi16(static_cast<short>(0x8000)), twoBytes,
                                                    _mm512_set1_epi16(static_cast<short>(0x8080)));
-        at.written += StoreKept(lanes, keep, out + at.written);
-        at.read += 32;
+        at.written += StoreKept(lanes, _mm512_movepi8_mask(_mm512_maskz_mov_epi16(used, keep)),
+                                out + at.written);
+        at.read += taken;
     }
     return at;
 }
-
-// 16 code units in lanes of lead, middle, last byte, of which short ones use fewer.
-TARGET_AVX512 unsigned long EncodeUtf8(__m256i units, unsigned char* out)
-{
-    const __m512i points = _mm512_cvtepu16_epi32(units);
-    const __mmask16 isAscii = _mm512_cmplt_epu32_mask(points, _mm512_set1_epi32(0x80));
-    const __mmask16 isShort = _mm512_cmplt_epu32_mask(points, _mm512_set1_epi32(0x800));
-    const __m512i lead = _mm512_srli_epi32(points, 12);
-    const __m512i middle = _mm512_and_si512(_mm512_slli_epi32(points, 2), _mm512_set1_epi32(0x3F00));
-    const __m512i last = _mm512_slli_epi32(_mm512_and_si512(points, _mm512_set1_epi32(0x3F)), 16);
-    // The marks E0 80 80, or C0 80 in the last two bytes; ASCII as it is in the first.
-    const __m512i marks =
-        _mm512_mask_mov_epi32(_mm512_set1_epi32(0x8080E0), isShort, _mm512_set1_epi32(0x80C000));
-    const __m512i sequence = _mm512_or_si512(_mm512_or_si512(lead, middle), _mm512_or_si512(last, marks));
-    const __m512i lanes = _mm512_mask_mov_epi32(sequence, isAscii, points);
-    const __m512i two =
-        _mm512_mask_mov_epi32(_mm512_set1_epi32(0x808080), isShort, _mm512_set1_epi32(0x808000));
-    return StoreKept(lanes, _mm512_mask_mov_epi32(two, isAscii, _mm512_set1_epi32(0x80)), out);
-}
-
-TARGET_AVX512 Progress UnitsToUtf8(const uint16_t* units, unsigned long size, unsigned char* out)
-{
-    Progress at;
-    for (; at.read < size; at.read += 32) {
-        const __m512i block = Load64(units + at.read);
-        if (IsAscii(block)) {
-            NarrowAscii(block, out + at.written);
-            at.written += 32;
-            continue;
-        }
-        at.written += EncodeUtf8(_mm512_castsi512_si256(block), out + at.written);
-        at.written += EncodeUtf8(_mm512_extracti64x4_epi64(block, 1), out + at.written);
-    }
-    return at;
-}
-}  // namespace
-
-const Kernels KERNELS_AVX512 = {Utf8ToUnits, UnitsToUtf8, UnitsToGbk};
 }  // namespace fast

@@ -206,12 +206,37 @@ struct Utf8ToGbkConversion {
         return true;
     }
 };
+
+struct Utf8ToWideConversion {
+    using Masks = TripleMasks;
+    static constexpr unsigned BYTES_OF_HANZI = 4, BYTES_OF_ASCII = 4;
+
+    TARGET_AVX2 unsigned EightHanzi(const unsigned char* src, unsigned char* out) const
+    {
+        Store32(out, DecodeTriples(src));
+        return HANZI;
+    }
+    TARGET_AVX2 void Ascii(__m128i bytes, unsigned char* out) const
+    {
+        Store32(out, _mm256_cvtepu8_epi32(bytes));
+        Store32(out + 32, _mm256_cvtepu8_epi32(_mm_unpackhi_epi64(bytes, bytes)));
+    }
+    bool Other(const unsigned char* src, unsigned long size, unsigned char* out, Progress& at) const
+    {
+        const WideStep step = NextWide(src + at.read, size - at.read);
+        if (!step.isCharacter && size - at.read < 3) return false;  // may be cut by the end
+        StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
+        at.read += step.length;
+        at.written += step.isCharacter ? 4 : 0;
+        return true;
+    }
+};
 }  // namespace
 
 TARGET_AVX2 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
-                                  char* out)
+                                  unsigned char* out)
 {
-    return Convert(PairsToUtf16Conversion{table}, src, size, reinterpret_cast<unsigned char*>(out));
+    return Convert(PairsToUtf16Conversion{table}, src, size, out);
 }
 
 TARGET_AVX2 Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned long size,
@@ -223,5 +248,10 @@ TARGET_AVX2 Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* s
 TARGET_AVX2 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out)
 {
     return Convert(Utf8ToGbkConversion{}, src, size, out);
+}
+
+TARGET_AVX2 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out)
+{
+    return Convert(Utf8ToWideConversion{}, src, size, out);
 }
 }  // namespace fast
