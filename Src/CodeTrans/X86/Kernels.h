@@ -25,10 +25,10 @@ Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned
 // the euro sign.
 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 
+// KernelsAvx2.cpp. The same SLACK, but for the sources of the last two.
+
 // Continuation bytes taken as they come. May stop at bytes that begin no character, within three of the end.
 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
-
-// KernelsAvx2.cpp. Eight characters at a time, as many as there are; the same SLACK for the output alone.
 
 // Stops at a zero and above U+FFFF.
 Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out);

@@ -1,9 +1,11 @@
-// The kernels from code units and wide characters for AVX2: eight at a time, of which tables of shuffles keep the
-// bytes that count.
+// The kernels to and from wide characters, and from code units, for AVX2: eight bytes or characters at a time,
+// which tables of shuffles put into place. No branch depends on the text but for ASCII and for what is not UTF-8 of
+// one to three bytes.
 #include <algorithm>
 #include <array>
 #include <bit>
 
+#include "Bytes.h"
 #include "Kernels.h"
 #include "STLCodeTrans.h"
 #include "Vectors.h"
@@ -14,6 +16,39 @@ namespace
 {
 using Shuffle = std::array<unsigned char, 16>;
 constexpr unsigned char DROPPED = 0x80;  // as a shuffle's entry: a zero byte
+
+// By the bytes among ten that begin a character: in lanes of 32 bits, the bytes of each that begins in the first
+// eight, last one first.
+constexpr unsigned TEN_BYTES = 1024;
+constexpr std::array<std::array<unsigned char, 32>, TEN_BYTES> MakeSequenceShuffles()
+{
+    std::array<std::array<unsigned char, 32>, TEN_BYTES> shuffles{};
+    for (unsigned starts = 0; starts < TEN_BYTES; ++starts) {
+        shuffles[starts].fill(DROPPED);
+        unsigned lane = 0;
+        for (unsigned first = 0; first < 8; ++first) {
+            if ((starts >> first & 1) == 0) continue;
+            unsigned last = first;
+            while (last < 9 && last < first + 2 && (starts >> (last + 1) & 1) == 0) ++last;
+            for (unsigned byte = first; byte <= last; ++byte)
+                shuffles[starts][4 * lane + last - byte] = static_cast<unsigned char>(byte);
+            ++lane;
+        }
+    }
+    return shuffles;
+}
+alignas(64) constexpr auto SEQUENCE_SHUFFLES = MakeSequenceShuffles();
+
+// The characters that begin in the first eight bytes, of one to three bytes each.
+TARGET_AVX2 __m256i DecodeEightBytes(const unsigned char* src, unsigned starts)
+{
+    const __m256i bytes = _mm256_broadcastsi128_si256(Load16(src));
+    const __m256i lanes = _mm256_shuffle_epi8(bytes, Load32(SEQUENCE_SHUFFLES[starts].data()));
+    // Seven bits of the last byte, six of the one before, four of the first of three.
+    const __m256i bits = _mm256_and_si256(lanes, _mm256_set1_epi32(0x000F3F7F));
+    const __m256i halves = _mm256_maddubs_epi16(bits, _mm256_set1_epi32(0x00014001));
+    return _mm256_madd_epi16(halves, _mm256_set1_epi32(0x10000001));
+}
 
 // By a bit for each of eight code units that is ASCII: both bytes of a code, high byte first, or the low byte
 // alone.
@@ -68,6 +103,62 @@ TARGET_AVX2 unsigned Lanes(__m256i lanes)
     return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(lanes)));
 }
 }  // namespace
+
+TARGET_AVX2 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out)
+{
+    constexpr unsigned BLOCK = 32;
+    Progress at;
+    unsigned carry = 0;  // the bytes of this block that continue a character of the last
+    while (at.read < size) {
+        const __m256i bytes = Load32(src + at.read);
+        const unsigned long left = size - at.read;
+        const unsigned within = left < BLOCK ? (1U << left) - 1 : ~0U;
+        const unsigned high = Mask(bytes) & within;
+        if ((high | carry) == 0 && left >= BLOCK) {
+            __m128i sixteen = _mm256_castsi256_si128(bytes);
+            for (const unsigned half : {0U, 64U}) {
+                Store32(out + at.written + half, _mm256_cvtepu8_epi32(sixteen));
+                Store32(out + at.written + half + 32, _mm256_cvtepu8_epi32(_mm_srli_si128(sixteen, 8)));
+                sixteen = _mm256_extracti128_si256(bytes, 1);
+            }
+            at.read += BLOCK;
+            at.written += 4 * BLOCK;
+            continue;
+        }
+        const auto atLeast = [&](unsigned char lowest) TARGET_AVX2 {
+            const __m256i limit = _mm256_set1_epi8(static_cast<char>(lowest));
+            return Mask(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, limit), bytes)) & within;
+        };
+        const uint64_t twos = atLeast(0xC0), threes = atLeast(0xE0);
+        const uint64_t following = twos << 1 | threes << 2 | carry;
+        const bool isCut = left < BLOCK + 2 && following >> left != 0;
+        if (static_cast<unsigned>(following) != (high & ~static_cast<unsigned>(twos)) || atLeast(0xF0) != 0 ||
+            isCut) {
+            const unsigned long end = at.read + std::min<unsigned long>(left, BLOCK);
+            if (carry != 0) {  // back to the character that was taken to continue here
+                at.read -= src[at.read - 1] >= 0xC0 ? 1 : 2;
+                at.written -= sizeof(wchar_t);
+            }
+            while (at.read < end) {
+                const WideStep step = NextWide(src + at.read, size - at.read);
+                if (!step.isCharacter && size - at.read < 3) return at;  // may be cut by the end
+                StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
+                at.read += step.length;
+                at.written += step.isCharacter ? sizeof(wchar_t) : 0;
+            }
+            carry = 0;
+            continue;
+        }
+        for (unsigned byte = 0; byte < BLOCK; byte += 8) {
+            const auto starts = static_cast<unsigned>(~following >> byte) & (TEN_BYTES - 1);
+            Store32(out + at.written, DecodeEightBytes(src + at.read + byte, starts));
+            at.written += sizeof(wchar_t) * static_cast<unsigned>(std::popcount(starts & within >> byte & 0xFF));
+        }
+        at.read += std::min<unsigned long>(left, BLOCK);
+        carry = static_cast<unsigned>(following >> BLOCK);
+    }
+    return at;
+}
 
 TARGET_AVX2 Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
 {

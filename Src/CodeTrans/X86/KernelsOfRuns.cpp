@@ -177,6 +177,18 @@ struct GbkToUtf8Conversion {
     }
 };
 
+// The code units of eight sequences of three bytes, in lanes of 32 bits.
+TARGET_AVX2 __m256i DecodeTriples(const unsigned char* src)
+{
+    const __m256i bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(src)), Load16(src + 12), 1);
+    const __m256i order = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(2, 1, 0, -128, 5, 4, 3, -128, 8, 7, 6, -128, 11, 10, 9, -128));
+    // Six bits of either following byte and four of the first: last + 64 * middle, then that + 4096 * first.
+    const __m256i bits = _mm256_and_si256(_mm256_shuffle_epi8(bytes, order), _mm256_set1_epi32(0x000F3F3F));
+    const __m256i halves = _mm256_maddubs_epi16(bits, _mm256_set1_epi32(0x00014001));
+    return _mm256_madd_epi16(halves, _mm256_set1_epi32(0x10000001));
+}
+
 struct Utf8ToGbkConversion {
     using Masks = TripleMasks;
     static constexpr unsigned BYTES_OF_HANZI = 2, BYTES_OF_ASCII = 1;
@@ -206,31 +218,6 @@ struct Utf8ToGbkConversion {
         return true;
     }
 };
-
-struct Utf8ToWideConversion {
-    using Masks = TripleMasks;
-    static constexpr unsigned BYTES_OF_HANZI = 4, BYTES_OF_ASCII = 4;
-
-    TARGET_AVX2 unsigned EightHanzi(const unsigned char* src, unsigned char* out) const
-    {
-        Store32(out, DecodeTriples(src));
-        return HANZI;
-    }
-    TARGET_AVX2 void Ascii(__m128i bytes, unsigned char* out) const
-    {
-        Store32(out, _mm256_cvtepu8_epi32(bytes));
-        Store32(out + 32, _mm256_cvtepu8_epi32(_mm_unpackhi_epi64(bytes, bytes)));
-    }
-    bool Other(const unsigned char* src, unsigned long size, unsigned char* out, Progress& at) const
-    {
-        const WideStep step = NextWide(src + at.read, size - at.read);
-        if (!step.isCharacter && size - at.read < 3) return false;  // may be cut by the end
-        StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
-        at.read += step.length;
-        at.written += step.isCharacter ? 4 : 0;
-        return true;
-    }
-};
 }  // namespace
 
 TARGET_AVX2 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
@@ -248,10 +235,5 @@ TARGET_AVX2 Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* s
 TARGET_AVX2 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out)
 {
     return Convert(Utf8ToGbkConversion{}, src, size, out);
-}
-
-TARGET_AVX2 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out)
-{
-    return Convert(Utf8ToWideConversion{}, src, size, out);
 }
 }  // namespace fast

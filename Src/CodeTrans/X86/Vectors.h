@@ -98,18 +98,6 @@ inline TARGET_AVX2 __m128i LookUp4(const uint32_t* table, uint64_t indices)
     const auto entry = [&](unsigned i) { return static_cast<int>(table[indices >> 16 * i & 0xFFFF]); };
     return _mm_setr_epi32(entry(0), entry(1), entry(2), entry(3));
 }
-
-// The code units of eight sequences of three bytes, in lanes of 32 bits.
-inline TARGET_AVX2 __m256i DecodeTriples(const unsigned char* src)
-{
-    const __m256i bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(src)), Load16(src + 12), 1);
-    const __m256i order = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(2, 1, 0, -128, 5, 4, 3, -128, 8, 7, 6, -128, 11, 10, 9, -128));
-    // Six bits of either following byte and four of the first: last + 64 * middle, then that + 4096 * first.
-    const __m256i bits = _mm256_and_si256(_mm256_shuffle_epi8(bytes, order), _mm256_set1_epi32(0x000F3F3F));
-    const __m256i halves = _mm256_maddubs_epi16(bits, _mm256_set1_epi32(0x00014001));
-    return _mm256_madd_epi16(halves, _mm256_set1_epi32(0x10000001));
-}
 }  // namespace fast
 
 #endif  // CODETRANS_X86_VECTORS_H
