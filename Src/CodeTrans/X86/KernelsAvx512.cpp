@@ -98,48 +98,54 @@ TARGET_AVX512 __m512i DecodeUtf8(__m512i first, __m512i second, __m512i third)
 TARGET_AVX512 Progress avx512::Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out)
 {
     Progress at;
+    uint64_t carry = 0;  // the bytes of this block that continue a character of the last
     while (at.read < size) {
-        const unsigned long left = size - at.read;
+        const unsigned long left = size - at.read, taken = std::min(left, BLOCK);
         const uint64_t within = First(left);
         const __m512i bytes = LoadBytes(src + at.read, within);
         const uint64_t high = _mm512_movepi8_mask(bytes);
         unsigned char* const to = out + at.written;
-        if (high == 0) {
-            const unsigned long count = std::min(left, BLOCK);
-            StoreWides(LowerUnits(bytes), count, to);
-            if (count > 32) StoreWides(UpperUnits(bytes), count - 32, to + 128);
-            at.read += count;
-            at.written += 4 * count;
+        if ((high | carry) == 0) {
+            StoreWides(LowerUnits(bytes), taken, to);
+            if (taken > 32) StoreWides(UpperUnits(bytes), taken - 32, to + 128);
+            at.read += taken;
+            at.written += 4 * taken;
             continue;
         }
         const uint64_t twos = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
         const uint64_t threes = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xE0)));
         const uint64_t fours = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0)));
-        const uint64_t following = twos << 1 | threes << 2;
-        // A character that the block cuts is left to the next.
-        const uint64_t cut = (twos & uint64_t{1} << 63) | (threes & uint64_t{3} << 62);
-        if (following != (high & ~twos) || fours != 0 || (left < BLOCK && (following & ~within) != 0) ||
-            (left == BLOCK && cut != 0)) {
-            for (unsigned long end = at.read + std::min(left, BLOCK); at.read < end;) {
+        const uint64_t following = twos << 1 | threes << 2 | carry;
+        const uint64_t nextCarry = twos >> 63 | threes >> 62;
+        const bool isCut = left < BLOCK       ? (following & ~within) != 0
+                           : left < BLOCK + 2 ? nextCarry >> (left - BLOCK) != 0
+                                              : false;
+        if (following != (high & ~twos) || fours != 0 || isCut) {
+            const unsigned long end = at.read + taken;
+            at.read += static_cast<unsigned long>(std::popcount(carry));
+            while (at.read < end) {
                 const WideStep step = NextWide(src + at.read, size - at.read);
                 if (step.isCharacter) StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
                 at.read += step.length;
-                at.written += step.isCharacter ? 4 : 0;
+                at.written += step.isCharacter ? sizeof(wchar_t) : 0;
             }
+            carry = 0;
             continue;
         }
-        const uint64_t starts = within & ~following & ~cut;
-        const __m512i first = _mm512_maskz_compress_epi8(starts, bytes);
-        const __m512i second = _mm512_maskz_compress_epi8(starts, LoadBytes(src + at.read + 1, First(left - 1)));
-        const __m512i third =
-            _mm512_maskz_compress_epi8(starts, LoadBytes(src + at.read + 2, First(left - 2)));
+        const uint64_t starts = within & ~following;
+        const __m512i second = LoadBytes(src + at.read + 1, First(left - 1));
+        const __m512i third = LoadBytes(src + at.read + 2, left > 2 ? First(left - 2) : 0);
+        const __m512i firsts = _mm512_maskz_compress_epi8(starts, bytes);
+        const __m512i seconds = _mm512_maskz_compress_epi8(starts, second);
+        const __m512i thirds = _mm512_maskz_compress_epi8(starts, third);
         const auto count = static_cast<unsigned long>(std::popcount(starts));
-        StoreWides(DecodeUtf8(LowerUnits(first), LowerUnits(second), LowerUnits(third)), count, to);
+        StoreWides(DecodeUtf8(LowerUnits(firsts), LowerUnits(seconds), LowerUnits(thirds)), count, to);
         if (count > 32)
-            StoreWides(DecodeUtf8(UpperUnits(first), UpperUnits(second), UpperUnits(third)), count - 32,
+            StoreWides(DecodeUtf8(UpperUnits(firsts), UpperUnits(seconds), UpperUnits(thirds)), count - 32,
                        to + 128);
-        at.read += std::min<unsigned long>(left, _tzcnt_u64(cut));
-        at.written += 4 * count;
+        at.read += taken;
+        at.written += sizeof(wchar_t) * count;
+        carry = nextCarry;
     }
     return at;
 }
