@@ -52,7 +52,7 @@ Progress FastUtf16ToGbk(const char*, unsigned long, char*)
     return {};
 }
 
-Progress FastGbkToUtf8(const LocaleSequences&, const char*, unsigned long, char*, unsigned long)
+Progress FastGbkToUtf8(const LocaleGbk&, const char*, unsigned long, char*, unsigned long)
 {
     return {};
 }

@@ -50,16 +50,17 @@ constexpr unsigned long FAST_WIDES = 16;
 // UTF-16LE to GBK as utoGbk defines it: the whole source.
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);
 
-// The UTF-8 sequences of the locale's GBK, by code less 0x8000: bits 0-23 are the bytes, first one lowest; above
-// them there is 0 for three bytes, TWO for two. NONE where there is no character.
-struct LocaleSequences {
+// The locale's GBK by code less 0x8000: code units, 0 where there is none, and UTF-8 sequences, whose bits 0-23 are
+// the bytes, first one lowest; above them there is 0 for three bytes, TWO for two, and all is NONE for none.
+struct LocaleGbk {
     static constexpr uint32_t TWO = 0x80000000, NONE = 0xC0000000;
-    uint32_t entries[0x8000];
+    unsigned short units[0x8000];
+    uint32_t sequences[0x8000];
 };
 
 // GBK to at most `room` bytes of UTF-8, a character cut where room ends, and UTF-8 to GBK. Both stop before a
-// character that `table` or CodeTable does not know in two bytes and at a zero.
-Progress FastGbkToUtf8(const LocaleSequences& table, const char* src, unsigned long srcLen, char* dst,
+// character that `gbk` or CodeTable does not know in two bytes and at a zero.
+Progress FastGbkToUtf8(const LocaleGbk& gbk, const char* src, unsigned long srcLen, char* dst,
                        unsigned long room);
 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst);
 

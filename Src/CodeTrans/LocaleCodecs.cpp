@@ -48,50 +48,51 @@ unsigned long WideToLocale(std::wstring const& src, std::string& dst)
     return converted;
 }
 
-// The UTF-8 sequences of CodeTable's two-byte codes, and whether the C library agrees with every one of them.
+// CodeTable's two-byte codes, and whether the C library agrees with every one of them.
 struct GbkTable {
     static constexpr unsigned FIRST_CODE = 0x8000;
-    LocaleSequences sequences;
+    LocaleGbk gbk = {};
     bool isTheLocales = false;
 
     // In the locale to compare with.
     GbkTable()
     {
-        std::fill(std::begin(sequences.entries), std::end(sequences.entries), LocaleSequences::NONE);
-        std::string gbk;
+        std::fill(std::begin(gbk.sequences), std::end(gbk.sequences), LocaleGbk::NONE);
+        std::string bytes;
         std::wstring wide;
         for (unsigned unit = 1; unit < 0x10000; ++unit) {
             const unsigned code = CodeTable[unit];
             if (unit >= 0x80 && code < FIRST_CODE) continue;
             if (unit >= 0x80) {
-                sequences.entries[code - FIRST_CODE] = Sequence(unit);
-                gbk += static_cast<char>(code >> 8);
+                gbk.units[code - FIRST_CODE] = static_cast<unsigned short>(unit);
+                gbk.sequences[code - FIRST_CODE] = Sequence(unit);
+                bytes += static_cast<char>(code >> 8);
             }
-            gbk += static_cast<char>(code & 0xFF);
+            bytes += static_cast<char>(code & 0xFF);
             wide += static_cast<wchar_t>(unit);
         }
         std::string encoded;
         std::wstring decoded;
-        LocaleToWide(gbk, decoded);
+        LocaleToWide(bytes, decoded);
         WideToLocale(wide, encoded);
-        isTheLocales = decoded == wide && encoded == gbk;
+        isTheLocales = decoded == wide && encoded == bytes;
     }
 
     static uint32_t Sequence(unsigned unit)
     {
-        unsigned char bytes[6] = {};
-        const int length = unicode_to_utf8_one(unit, bytes, sizeof bytes);
-        return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | (length == 2 ? LocaleSequences::TWO : 0);
+        unsigned char utf8[6] = {};
+        const int length = unicode_to_utf8_one(unit, utf8, sizeof utf8);
+        return utf8[0] | utf8[1] << 8 | utf8[2] << 16 | (length == 2 ? LocaleGbk::TWO : 0);
     }
 };
 
 // The table, if it may stand in for the C library in the locale that was just set (LC_CTYPE of this thread):
 // null where the locale has another encoding or some other idea of GBK, and where fast forms are off.
-const LocaleSequences* TableOfLocale()
+const LocaleGbk* TableOfLocale()
 {
     if (!FastPathsOn() || strcmp(nl_langinfo(CODESET), "GBK") != 0) return nullptr;
     static const GbkTable s_table;
-    return s_table.isTheLocales ? &s_table.sequences : nullptr;
+    return s_table.isTheLocales ? &s_table.gbk : nullptr;
 }
 
 unsigned long LocaleToUtf8(char const* src, std::string& dst)
@@ -147,7 +148,7 @@ unsigned long ANSIToUTF8(char const* src, char* dst, unsigned long room)
     const unsigned long length = strlen(src);
     Progress at;
     if (wasSet && length <= INT_MAX && !Overlap(src, length + 1, dst, 3 * length + 1))
-        if (const LocaleSequences* const table = TableOfLocale())
+        if (const LocaleGbk* const table = TableOfLocale())
             at = FastGbkToUtf8(*table, src, length, dst, room);
     std::string rest;
     if (at.read < length && at.written < room) LocaleToUtf8(src + at.read, rest);

@@ -100,6 +100,7 @@ Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned
     // it can write into place.
     const auto* const from = reinterpret_cast<const unsigned char*>(src);
     auto* const to = reinterpret_cast<unsigned char*>(dst);
+    if (UseAvx512() && room / 2 >= srcLen) return avx512::PairsToUtf16(table, from, srcLen, to);
     Progress total;
     const auto certain = [&] { return std::min(srcLen - total.read, (room - total.written) / 2); };
     while (certain() > CStretches::END)
@@ -119,17 +120,23 @@ Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* ds
     return ByWindows<4 * WINDOW>(src, srcLen, dst, ~0UL, Utf8ToWide);
 }
 
-Progress FastGbkToUtf8(const LocaleSequences& table, const char* src, unsigned long srcLen, char* dst,
+Progress FastGbkToUtf8(const LocaleGbk& gbk, const char* src, unsigned long srcLen, char* dst,
                        unsigned long room)
 {
-    const auto kernel = [&](const unsigned char* from, unsigned long size, unsigned char* to) {
-        return GbkToUtf8(table.entries, from, size, to);
+    const auto* const from = reinterpret_cast<const unsigned char*>(src);
+    if (UseAvx512() && room / 2 >= srcLen)
+        return avx512::GbkToUtf8(gbk.units, from, srcLen, reinterpret_cast<unsigned char*>(dst));
+    const auto kernel = [&](const unsigned char* window, unsigned long size, unsigned char* to) {
+        return GbkToUtf8(gbk.sequences, window, size, to);
     };
     return ByWindows<3 * WINDOW / 2>(src, srcLen, dst, room, kernel);
 }
 
 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst)
 {
+    if (UseAvx512())
+        return avx512::Utf8ToGbk(reinterpret_cast<const unsigned char*>(src), srcLen,
+                                 reinterpret_cast<unsigned char*>(dst));
     return ByWindows<WINDOW>(src, srcLen, dst, ~0UL, Utf8ToGbk);
 }
 

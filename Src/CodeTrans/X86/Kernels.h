@@ -36,12 +36,16 @@ Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
 // As utoGbk: all but the last few.
 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
 
-// KernelsAvx512.cpp, with VBMI2: straight from source to destination, to the last character, nothing else
+// KernelsAvx512.cpp, with VBMI2. The same, straight from source to destination, to the last character, nothing else
 // touched.
 namespace avx512
 {
+Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
+                      unsigned char* out);
+Progress GbkToUtf8(const unsigned short* units, const unsigned char* src, unsigned long size, unsigned char* out);
+Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
-Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out);  // stops at a zero
+Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out);  // drops what is above U+FFFF
 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
 }  // namespace avx512
 }  // namespace fast

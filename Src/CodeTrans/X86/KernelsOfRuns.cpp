@@ -169,7 +169,7 @@ struct GbkToUtf8Conversion {
     {
         if (size - at.read < 2) return false;
         const uint32_t sequence = sequences[(src[at.read] & 0x7FU) << 8 | src[at.read + 1]];
-        if (sequence == LocaleSequences::NONE) return false;
+        if (sequence == LocaleGbk::NONE) return false;
         memcpy(out + at.written, &sequence, 2);
         at.read += 2;
         at.written += 2;
