@@ -90,7 +90,9 @@ struct GbkTable {
 // null where the locale has another encoding or some other idea of GBK, and where fast forms are off.
 const LocaleGbk* TableOfLocale()
 {
-    if (!FastPathsOn() || strcmp(nl_langinfo(CODESET), "GBK") != 0) return nullptr;
+    if (!FastPathsOn()) return nullptr;
+    const char* const codeset = nl_langinfo(CODESET);
+    if (codeset[0] != 'G' || codeset[1] != 'B' || codeset[2] != 'K' || codeset[3] != 0) return nullptr;
     static const GbkTable s_table;
     return s_table.isTheLocales ? &s_table.gbk : nullptr;
 }
@@ -109,12 +111,19 @@ unsigned long LocaleToUtf8(char const* src, std::string& dst)
     return converted;
 }
 
-unsigned long Append(char* dst, unsigned long at, std::string const& rest, unsigned long room)
+// What the C library makes of the rest, behind the `at` bytes that there are, and a zero byte.
+template <typename Convert>
+unsigned long Finish(char* dst, unsigned long at, unsigned long room, bool isWhole, Convert convertRest)
 {
-    const unsigned long count = std::min(rest.size(), room - at);
-    memcpy(dst + at, rest.data(), count);
-    dst[at + count] = 0;
-    return at + count;
+    if (!isWhole) {
+        std::string rest;
+        convertRest(rest);
+        const unsigned long count = std::min(rest.size(), room - at);
+        memcpy(dst + at, rest.data(), count);
+        at += count;
+    }
+    dst[at] = 0;
+    return at;
 }
 }  // namespace
 
@@ -150,9 +159,9 @@ unsigned long ANSIToUTF8(char const* src, char* dst, unsigned long room)
     if (wasSet && length <= INT_MAX && !Overlap(src, length + 1, dst, 3 * length + 1))
         if (const LocaleGbk* const table = TableOfLocale())
             at = FastGbkToUtf8(*table, src, length, dst, room);
-    std::string rest;
-    if (at.read < length && at.written < room) LocaleToUtf8(src + at.read, rest);
-    return Append(dst, at.written, rest, room);
+    const bool isWhole = at.read >= length || at.written >= room;
+    return Finish(dst, at.written, room, isWhole,
+                  [&](std::string& rest) { LocaleToUtf8(src + at.read, rest); });
 }
 
 unsigned long UTF8ToANSI(char const* src, char* dst)
@@ -163,7 +172,6 @@ unsigned long UTF8ToANSI(char const* src, char* dst)
     Progress at;
     if (wasSet && !Overlap(src, length + 1, dst, length + 1) && TableOfLocale() != nullptr)
         at = FastUtf8ToGbk(src, length, dst);
-    std::string rest;
-    if (at.read < length) WideToLocale(utf8_to_unicode(src + at.read), rest);
-    return Append(dst, at.written, rest, ULONG_MAX);
+    return Finish(dst, at.written, ULONG_MAX, at.read >= length,
+                  [&](std::string& rest) { WideToLocale(utf8_to_unicode(src + at.read), rest); });
 }

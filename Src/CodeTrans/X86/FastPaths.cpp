@@ -21,6 +21,9 @@ bool UseAvx512()
     return FormsInUse() == Forms::AVX512;
 }
 
+// Up to here it pays to have no scratch and no remainder; beyond, some of the kernels for AVX2 are faster.
+constexpr unsigned long SHORT = 256;  // source bytes
+
 struct Window {
     const unsigned char* at;
     unsigned long size;
@@ -30,7 +33,6 @@ struct Window {
 // Exactly `count` bytes from one place to another.
 TARGET_AVX2 void Place(void* to, const void* from, unsigned long count)
 {
-    constexpr unsigned long SHORT = 256;
     if (count < 32 || count > SHORT) {
         memcpy(to, from, count);
         return;
@@ -124,7 +126,7 @@ Progress FastGbkToUtf8(const LocaleGbk& gbk, const char* src, unsigned long srcL
                        unsigned long room)
 {
     const auto* const from = reinterpret_cast<const unsigned char*>(src);
-    if (UseAvx512() && room / 2 >= srcLen)
+    if (UseAvx512() && srcLen <= SHORT && room / 2 >= srcLen)
         return avx512::GbkToUtf8(gbk.units, from, srcLen, reinterpret_cast<unsigned char*>(dst));
     const auto kernel = [&](const unsigned char* window, unsigned long size, unsigned char* to) {
         return GbkToUtf8(gbk.sequences, window, size, to);
@@ -157,7 +159,7 @@ Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* 
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst)
 {
     auto* const to = reinterpret_cast<unsigned char*>(dst);
-    if (UseAvx512()) return avx512::Utf16ToGbk(src, count, to);
+    if (UseAvx512() && 2 * count <= SHORT) return avx512::Utf16ToGbk(src, count, to);
     // Straight into place: each of the code units behind makes one byte at least.
     Progress total = Utf16ToGbk(src, count, to);
     // The last few, with others behind them that make a byte each.
