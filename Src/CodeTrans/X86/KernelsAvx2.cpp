@@ -88,6 +88,64 @@ constexpr std::array<Shuffle, 256> MakeUtf8Shuffles()
 }
 alignas(64) constexpr auto UTF8_SHUFFLES = MakeUtf8Shuffles();
 
+// UTF-8 to wide characters: blocks that the text goes on behind, or the END. `carry`: the bytes of the next block that
+// continue a character of the last. False where that may be cut by the end.
+template <bool END>
+TARGET_AVX2 inline bool DecodeUtf8(const unsigned char* src, unsigned long size, unsigned char* out,
+                                   Progress& at, unsigned& carry)
+{
+    constexpr unsigned BLOCK = 32, BEHIND = END ? 0 : BLOCK + 2;
+    while (at.read + BEHIND < size) {
+        const __m256i bytes = Load32(src + at.read);
+        const unsigned long left = size - at.read;
+        const unsigned within = END && left < BLOCK ? (1U << left) - 1 : ~0U;
+        const unsigned high = Mask(bytes) & within;
+        if ((high | carry) == 0 && (!END || left >= BLOCK)) {
+            __m128i sixteen = _mm256_castsi256_si128(bytes);
+            for (const unsigned half : {0U, 64U}) {
+                Store32(out + at.written + half, _mm256_cvtepu8_epi32(sixteen));
+                Store32(out + at.written + half + 32, _mm256_cvtepu8_epi32(_mm_srli_si128(sixteen, 8)));
+                sixteen = _mm256_extracti128_si256(bytes, 1);
+            }
+            at.read += BLOCK;
+            at.written += 4 * BLOCK;
+            continue;
+        }
+        const auto atLeast = [&](unsigned char lowest) TARGET_AVX2 {
+            const __m256i limit = _mm256_set1_epi8(static_cast<char>(lowest));
+            return Mask(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, limit), bytes)) & within;
+        };
+        const uint64_t twos = atLeast(0xC0), threes = atLeast(0xE0);
+        const uint64_t following = twos << 1 | threes << 2 | carry;
+        const bool isCut = END && left < BLOCK + 2 && following >> left != 0;
+        if (static_cast<unsigned>(following) != (high & ~static_cast<unsigned>(twos)) || atLeast(0xF0) != 0 ||
+            isCut) {
+            const unsigned long end = at.read + std::min<unsigned long>(left, BLOCK);
+            if (carry != 0) {  // back to the character that was taken to continue here
+                at.read -= src[at.read - 1] >= 0xC0 ? 1 : 2;
+                at.written -= sizeof(wchar_t);
+            }
+            while (at.read < end) {
+                const WideStep step = NextWide(src + at.read, size - at.read);
+                if (!step.isCharacter && size - at.read < 3) return false;
+                StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
+                at.read += step.length;
+                at.written += step.isCharacter ? sizeof(wchar_t) : 0;
+            }
+            carry = 0;
+            continue;
+        }
+        for (unsigned byte = 0; byte < BLOCK; byte += 8) {
+            const auto starts = static_cast<unsigned>(~following >> byte) & (TEN_BYTES - 1);
+            Store32(out + at.written, DecodeEightBytes(src + at.read + byte, starts));
+            at.written += sizeof(wchar_t) * static_cast<unsigned>(std::popcount(starts & within >> byte & 0xFF));
+        }
+        at.read += END ? std::min<unsigned long>(left, BLOCK) : BLOCK;
+        carry = static_cast<unsigned>(following >> BLOCK);
+    }
+    return true;
+}
+
 // The first `count` of eight wide characters, then zeros.
 TARGET_AVX2 __m256i LoadWides(const wchar_t* src, unsigned long count)
 {
@@ -106,57 +164,9 @@ TARGET_AVX2 unsigned Lanes(__m256i lanes)
 
 TARGET_AVX2 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out)
 {
-    constexpr unsigned BLOCK = 32;
     Progress at;
-    unsigned carry = 0;  // the bytes of this block that continue a character of the last
-    while (at.read < size) {
-        const __m256i bytes = Load32(src + at.read);
-        const unsigned long left = size - at.read;
-        const unsigned within = left < BLOCK ? (1U << left) - 1 : ~0U;
-        const unsigned high = Mask(bytes) & within;
-        if ((high | carry) == 0 && left >= BLOCK) {
-            __m128i sixteen = _mm256_castsi256_si128(bytes);
-            for (const unsigned half : {0U, 64U}) {
-                Store32(out + at.written + half, _mm256_cvtepu8_epi32(sixteen));
-                Store32(out + at.written + half + 32, _mm256_cvtepu8_epi32(_mm_srli_si128(sixteen, 8)));
-                sixteen = _mm256_extracti128_si256(bytes, 1);
-            }
-            at.read += BLOCK;
-            at.written += 4 * BLOCK;
-            continue;
-        }
-        const auto atLeast = [&](unsigned char lowest) TARGET_AVX2 {
-            const __m256i limit = _mm256_set1_epi8(static_cast<char>(lowest));
-            return Mask(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, limit), bytes)) & within;
-        };
-        const uint64_t twos = atLeast(0xC0), threes = atLeast(0xE0);
-        const uint64_t following = twos << 1 | threes << 2 | carry;
-        const bool isCut = left < BLOCK + 2 && following >> left != 0;
-        if (static_cast<unsigned>(following) != (high & ~static_cast<unsigned>(twos)) || atLeast(0xF0) != 0 ||
-            isCut) {
-            const unsigned long end = at.read + std::min<unsigned long>(left, BLOCK);
-            if (carry != 0) {  // back to the character that was taken to continue here
-                at.read -= src[at.read - 1] >= 0xC0 ? 1 : 2;
-                at.written -= sizeof(wchar_t);
-            }
-            while (at.read < end) {
-                const WideStep step = NextWide(src + at.read, size - at.read);
-                if (!step.isCharacter && size - at.read < 3) return at;  // may be cut by the end
-                StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
-                at.read += step.length;
-                at.written += step.isCharacter ? sizeof(wchar_t) : 0;
-            }
-            carry = 0;
-            continue;
-        }
-        for (unsigned byte = 0; byte < BLOCK; byte += 8) {
-            const auto starts = static_cast<unsigned>(~following >> byte) & (TEN_BYTES - 1);
-            Store32(out + at.written, DecodeEightBytes(src + at.read + byte, starts));
-            at.written += sizeof(wchar_t) * static_cast<unsigned>(std::popcount(starts & within >> byte & 0xFF));
-        }
-        at.read += std::min<unsigned long>(left, BLOCK);
-        carry = static_cast<unsigned>(following >> BLOCK);
-    }
+    unsigned carry = 0;
+    if (DecodeUtf8<false>(src, size, out, at, carry)) DecodeUtf8<true>(src, size, out, at, carry);
     return at;
 }
 
