@@ -50,10 +50,10 @@ struct Step {
     static constexpr unsigned MOST = Masks::BYTES * HANZI;
     unsigned hanzi, ascii;
 
-    TARGET_AVX2 Step(unsigned hanziMask, unsigned asciiMask)
+    TARGET_AVX2 Step(unsigned hanziMask, uint64_t notAscii)
     {
         hanzi = _tzcnt_u32((~hanziMask & Masks::EIGHT) | 1U << MOST);
-        ascii = _tzcnt_u32(~(asciiMask >> hanzi) | 1U << ASCII);
+        ascii = static_cast<unsigned>(_tzcnt_u64(notAscii >> hanzi | 1U << ASCII));
     }
 };
 
@@ -95,7 +95,7 @@ TARGET_AVX2 inline Progress Convert(const Conversion& conversion, const unsigned
             at.written += BLOCK * Conversion::BYTES_OF_ASCII;
             continue;
         }
-        const Step<Masks> step(masks.Hanzi(), ~masks.high);
+        const Step<Masks> step(masks.Hanzi(), masks.high | uint64_t{1} << BLOCK);
         const unsigned known = conversion.EightHanzi(src + at.read, out + at.written);
         if (step.hanzi == step.MOST && known == HANZI) {
             at.read += step.MOST;
@@ -107,14 +107,15 @@ TARGET_AVX2 inline Progress Convert(const Conversion& conversion, const unsigned
     // Less than a block: one pair of masks serves all of it.
     const Masks masks(Load32(src + at.read));
     const unsigned within = _bzhi_u32(~0U, static_cast<unsigned>(size - at.read));
-    unsigned hanzi = masks.Hanzi() & within >> (Masks::BYTES - 1), ascii = ~masks.high & within;
+    unsigned hanzi = masks.Hanzi() & within >> (Masks::BYTES - 1);
+    uint64_t notAscii = masks.high | ~uint64_t{within};
     while (at.read < size) {
         const unsigned long before = at.read;
         const unsigned known = conversion.EightHanzi(src + at.read, out + at.written);
-        if (!Finish(conversion, Step<Masks>(hanzi, ascii), known, src, size, out, at)) return at;
+        if (!Finish(conversion, Step<Masks>(hanzi, notAscii), known, src, size, out, at)) return at;
         const unsigned long taken = at.read - before;
         hanzi = static_cast<unsigned>(uint64_t{hanzi} >> taken);
-        ascii = static_cast<unsigned>(uint64_t{ascii} >> taken);
+        notAscii >>= taken;
     }
     return at;
 }
