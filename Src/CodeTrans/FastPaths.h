@@ -42,16 +42,17 @@ Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned
 // UTF-8, continuation bytes unchecked, to wide characters. May stop three bytes before the end.
 Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* dst);
 
-// Wide characters to UTF-8. Stops at a zero, and up to FAST_WIDES characters before one that UTF-8 has no place
-// for.
+// Wide characters to UTF-8. Stops at a zero, and up to FAST_WIDES characters before one that UTF-8 has no
+// place for.
 Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst);
 constexpr unsigned long FAST_WIDES = 16;
 
 // UTF-16LE to GBK as utoGbk defines it: the whole source.
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);
 
-// The locale's GBK by code less 0x8000: code units, 0 where there is none, and UTF-8 sequences, whose bits 0-23 are
-// the bytes, first one lowest; above them there is 0 for three bytes, TWO for two, and all is NONE for none.
+// The locale's GBK by code less 0x8000: code units, 0 where there is none, and UTF-8 sequences, whose bits
+// 0-23 are the bytes, first one lowest; above them there is 0 for three bytes, TWO for two, and all is NONE
+// for none.
 struct LocaleGbk {
     static constexpr uint32_t TWO = 0x80000000, NONE = 0xC0000000;
     unsigned short units[0x8000];

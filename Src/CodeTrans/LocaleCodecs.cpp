@@ -82,7 +82,8 @@ struct GbkTable {
     {
         unsigned char utf8[6] = {};
         const int length = unicode_to_utf8_one(unit, utf8, sizeof utf8);
-        return utf8[0] | utf8[1] << 8 | utf8[2] << 16 | (length == 2 ? LocaleGbk::TWO : 0);
+        const uint32_t bytes = utf8[0] | utf8[1] * 0x100U | utf8[2] * 0x10000U;
+        return length == 2 ? bytes | LocaleGbk::TWO : bytes;
     }
 };
 

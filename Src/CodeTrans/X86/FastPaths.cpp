@@ -1,9 +1,9 @@
-// The fast forms for x86-64: which kernel, and what keeps it from reading beyond the source and from writing beyond
-// the result, whatever whole vectors do.
+// The fast forms for x86-64: which kernel, and what keeps it from reading beyond the source and from writing
+// beyond the result, whatever whole vectors do.
 //
-// The kernels for AVX-512 see to that themselves. The others read the source itself for as long as enough of it
-// is left behind, then a copy; and where what they write behind their output is not certain to be overwritten,
-// they write to scratch.
+// The kernels for AVX-512 see to that themselves. The others read the source itself for as long as enough of
+// it is left behind, then a copy; and where what they write behind their output is not certain to be
+// overwritten, they write to scratch.
 #include <algorithm>
 
 #include "Bytes.h"
@@ -43,8 +43,8 @@ TARGET_AVX2 void Place(void* to, const void* from, unsigned long count)
     Store32(out + count - 32, Load32(in + count - 32));
 }
 
-// The source in stretches for the kernels of runs, which read whole blocks: for as long as one more is left behind
-// them the source itself, at the end a copy with zeros behind.
+// The source in stretches for the kernels of runs, which read whole blocks: for as long as one more is left
+// behind them the source itself, at the end a copy with zeros behind.
 class CStretches
 {
 public:
@@ -98,8 +98,8 @@ using namespace fast;
 Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen, char* dst,
                           unsigned long room)
 {
-    // Each byte of the source makes one byte of output at least: while more than a kernel writes too much is left,
-    // it can write into place.
+    // Each byte of the source makes one byte of output at least: while more than a kernel writes too much is
+    // left, it can write into place.
     const auto* const from = reinterpret_cast<const unsigned char*>(src);
     auto* const to = reinterpret_cast<unsigned char*>(dst);
     if (UseAvx512() && room / 2 >= srcLen) return avx512::PairsToUtf16(table, from, srcLen, to);

@@ -1,5 +1,5 @@
-// The vector kernels of the fast forms. Invariant of every one: the output up to `written` is what the plain form
-// makes of the source up to `read`.
+// The vector kernels of the fast forms. Invariant of every one: the output up to `written` is what the plain
+// form makes of the source up to `read`.
 #ifndef CODETRANS_X86_KERNELS_H
 #define CODETRANS_X86_KERNELS_H
 
@@ -9,8 +9,8 @@
 
 namespace fast
 {
-// KernelsOfRuns.cpp, AVX2. Characters that lie wholly in `size` bytes. The source must be readable and the output
-// writable for SLACK bytes beyond what is used.
+// KernelsOfRuns.cpp, AVX2. Characters that lie wholly in `size` bytes. The source must be readable and the
+// output writable for SLACK bytes beyond what is used.
 constexpr unsigned long SLACK = 64;
 
 // GBK or Big5 by a mapping table of the model: bytes of 80 and above take the next one with them.
@@ -36,16 +36,18 @@ Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
 // As utoGbk: all but the last few.
 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
 
-// KernelsAvx512.cpp, with VBMI2. The same, straight from source to destination, to the last character, nothing else
-// touched.
+// KernelsAvx512.cpp, with VBMI2. The same, straight from source to destination, to the last character,
+// nothing else touched.
 namespace avx512
 {
 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
                       unsigned char* out);
-Progress GbkToUtf8(const unsigned short* units, const unsigned char* src, unsigned long size, unsigned char* out);
+Progress GbkToUtf8(const unsigned short* units, const unsigned char* src, unsigned long size,
+                   unsigned char* out);
 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
-Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out);  // drops what is above U+FFFF
+Progress WideToUtf8(const wchar_t* src, unsigned long count,
+                    unsigned char* out);  // drops what is above U+FFFF
 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
 }  // namespace avx512
 }  // namespace fast

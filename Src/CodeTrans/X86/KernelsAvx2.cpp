@@ -1,6 +1,6 @@
-// The kernels to and from wide characters, and from code units, for AVX2: eight bytes or characters at a time,
-// which tables of shuffles put into place. No branch depends on the text but for ASCII and for what is not UTF-8 of
-// one to three bytes.
+// The kernels to and from wide characters, and from code units, for AVX2: eight bytes or characters at a
+// time, which tables of shuffles put into place. No branch depends on the text but for ASCII and for what is
+// not UTF-8 of one to three bytes.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -17,8 +17,8 @@ namespace
 using Shuffle = std::array<unsigned char, 16>;
 constexpr unsigned char DROPPED = 0x80;  // as a shuffle's entry: a zero byte
 
-// By the bytes among ten that begin a character: in lanes of 32 bits, the bytes of each that begins in the first
-// eight, last one first.
+// By the bytes among ten that begin a character: in lanes of 32 bits, the bytes of each that begins in the
+// first eight, last one first.
 constexpr unsigned TEN_BYTES = 1024;
 constexpr std::array<std::array<unsigned char, 32>, TEN_BYTES> MakeSequenceShuffles()
 {
@@ -88,8 +88,8 @@ constexpr std::array<Shuffle, 256> MakeUtf8Shuffles()
 }
 alignas(64) constexpr auto UTF8_SHUFFLES = MakeUtf8Shuffles();
 
-// UTF-8 to wide characters: blocks that the text goes on behind, or the END. `carry`: the bytes of the next block that
-// continue a character of the last. False where that may be cut by the end.
+// UTF-8 to wide characters: blocks that the text goes on behind, or the END. `carry`: the bytes of the next
+// block that continue a character of the last. False where that may be cut by the end.
 template <bool END>
 TARGET_AVX2 inline bool DecodeUtf8(const unsigned char* src, unsigned long size, unsigned char* out,
                                    Progress& at, unsigned& carry)
@@ -138,7 +138,8 @@ TARGET_AVX2 inline bool DecodeUtf8(const unsigned char* src, unsigned long size,
         for (unsigned byte = 0; byte < BLOCK; byte += 8) {
             const auto starts = static_cast<unsigned>(~following >> byte) & (TEN_BYTES - 1);
             Store32(out + at.written, DecodeEightBytes(src + at.read + byte, starts));
-            at.written += sizeof(wchar_t) * static_cast<unsigned>(std::popcount(starts & within >> byte & 0xFF));
+            at.written +=
+                sizeof(wchar_t) * static_cast<unsigned>(std::popcount(starts & within >> byte & 0xFF));
         }
         at.read += END ? std::min<unsigned long>(left, BLOCK) : BLOCK;
         carry = static_cast<unsigned>(following >> BLOCK);
@@ -192,7 +193,8 @@ TARGET_AVX2 Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigne
         }
         const unsigned used = left < 8 ? (1U << left) - 1 : 0xFF;
         const __m256i tooHigh = _mm256_set1_epi32(static_cast<int>(0xFFFF0000));
-        if ((Lanes(_mm256_cmpeq_epi32(points, zero)) & used) != 0 || !_mm256_testz_si256(points, tooHigh)) break;
+        if ((Lanes(_mm256_cmpeq_epi32(points, zero)) & used) != 0 || !_mm256_testz_si256(points, tooHigh))
+            break;
         const __m256i isAscii = _mm256_cmpgt_epi32(_mm256_set1_epi32(0x80), points);
         const __m256i isShort = _mm256_cmpgt_epi32(_mm256_set1_epi32(0x800), points);
         const __m256i lead = _mm256_srli_epi32(points, 12);
@@ -226,8 +228,8 @@ TARGET_AVX2 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned c
     while (at.read + 16 <= count) {
         const __m256i sixteen = Load32(src + 2 * at.read);
         if (_mm256_testz_si256(sixteen, _mm256_set1_epi16(static_cast<short>(0xFF80)))) {
-            Store16(out + at.written, _mm_packus_epi16(_mm256_castsi256_si128(sixteen),
-                                                       _mm256_extracti128_si256(sixteen, 1)));
+            Store16(out + at.written,
+                    _mm_packus_epi16(_mm256_castsi256_si128(sixteen), _mm256_extracti128_si256(sixteen, 1)));
             at.read += 16;
             at.written += 16;
             continue;

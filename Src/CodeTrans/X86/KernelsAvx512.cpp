@@ -1,7 +1,7 @@
-// The kernels for AVX-512 with VBMI2: blocks of 64 bytes, of which compressing keeps those that count. Masked loads
-// and stores reach exactly from the first character to the last, so there is no scratch between the caller's
-// buffers and no remainder. No branch depends on the text but those for ASCII, for how many characters a block
-// holds, and for what is not UTF-8 of one to three bytes.
+// The kernels for AVX-512 with VBMI2: blocks of 64 bytes, of which compressing keeps those that count. Masked
+// loads and stores reach exactly from the first character to the last, so there is no scratch between the
+// caller's buffers and no remainder. No branch depends on the text but those for ASCII, for how many
+// characters a block holds, and for what is not UTF-8 of one to three bytes.
 #include <algorithm>
 #include <bit>
 
@@ -93,8 +93,8 @@ TARGET_AVX512 __m512i DecodeUtf8(__m512i first, __m512i second, __m512i third)
     return _mm512_mask_mov_epi16(_mm512_mask_mov_epi16(two, isThree, three), isAscii, first);
 }
 
-// The lead bytes among bytes of which `high` are 80 and above, the first not a trail byte: in each run of high bytes
-// the first, the third and so on.
+// The lead bytes among bytes of which `high` are 80 and above, the first not a trail byte: in each run of
+// high bytes the first, the third and so on.
 constexpr uint64_t LeadBytes(uint64_t high)
 {
     constexpr uint64_t EVEN = 0x5555555555555555;
@@ -123,8 +123,8 @@ struct LocaleTable {
     }
 };
 
-// Pairs and ASCII to 32 code units at a time, which `put` takes with their number, until it has no room. Stops at a
-// lone lead byte at the end, and within a block before a pair that the table does not know.
+// Pairs and ASCII to 32 code units at a time, which `put` takes with their number, until it has no room.
+// Stops at a lone lead byte at the end, and within a block before a pair that the table does not know.
 template <typename Table, typename Put>
 TARGET_AVX512 inline unsigned long ForUnitsOfPairs(const unsigned short* table, const unsigned char* src,
                                                    unsigned long size, Put put)
@@ -158,7 +158,8 @@ TARGET_AVX512 inline unsigned long ForUnitsOfPairs(const unsigned short* table, 
         const uint64_t isPair = _pext_u64(leads, starts);
         const auto lower = static_cast<__mmask32>(isPair), upper = static_cast<__mmask32>(isPair >> 32);
         const auto count = static_cast<unsigned long>(std::popcount(starts));
-        if (!put(_mm512_mask_expand_epi16(LowerUnits(characters), lower, found), std::min(count, 32UL))) break;
+        if (!put(_mm512_mask_expand_epi16(LowerUnits(characters), lower, found), std::min(count, 32UL)))
+            break;
         if (count > 32) {
             alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
                                                                 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
@@ -179,8 +180,8 @@ TARGET_AVX512 unsigned long StoreUtf8(__m512i points, unsigned long count, unsig
 {
     const __mmask16 isAscii = _mm512_cmplt_epu32_mask(points, _mm512_set1_epi32(0x80));
     const __mmask16 isShort = _mm512_cmplt_epu32_mask(points, _mm512_set1_epi32(0x800));
-    const __mmask16 isCharacter = static_cast<__mmask16>(First(count)) &
-                                  _mm512_cmple_epu32_mask(points, _mm512_set1_epi32(0xFFFF));
+    const __mmask16 isCharacter =
+        static_cast<__mmask16>(First(count)) & _mm512_cmple_epu32_mask(points, _mm512_set1_epi32(0xFFFF));
     // In lanes of lead, middle, last byte, of which short ones use fewer.
     const __m512i lead = _mm512_srli_epi32(points, 12);
     const __m512i middle = _mm512_and_si512(_mm512_slli_epi32(points, 2), _mm512_set1_epi32(0x3F00));
@@ -197,7 +198,8 @@ TARGET_AVX512 unsigned long StoreUtf8(__m512i points, unsigned long count, unsig
 }
 
 // The first `count` of 32 codes as GBK: ASCII, and two bytes, high byte first, where `twoBytes`.
-TARGET_AVX512 unsigned long StoreGbk(__m512i codes, __mmask32 twoBytes, unsigned long count, unsigned char* out)
+TARGET_AVX512 unsigned long StoreGbk(__m512i codes, __mmask32 twoBytes, unsigned long count,
+                                     unsigned char* out)
 {
     const __m512i lanes = _mm512_or_si512(_mm512_slli_epi16(codes, 8), _mm512_srli_epi16(codes, 8));
     const __m512i keep = _mm512_mask_mov_epi16(_mm512_set1_epi16(static_cast<short>(0x8000)), twoBytes,
@@ -220,8 +222,8 @@ TARGET_AVX512 __mmask32 NotAscii(__m512i units)
     return _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x80));
 }
 
-// UTF-8 to 32 code units at a time, which `put` takes with their number, or does not. Single characters go to it in
-// the same way.
+// UTF-8 to 32 code units at a time, which `put` takes with their number, or does not. Single characters go to
+// it in the same way.
 template <typename Put>
 TARGET_AVX512 inline unsigned long ForUnitsOfUtf8(const unsigned char* src, unsigned long size, Put put)
 {
@@ -287,11 +289,12 @@ TARGET_AVX512 Progress avx512::PairsToUtf16(const unsigned short* table, const u
                                             unsigned long size, unsigned char* out)
 {
     Progress at;
-    at.read = ForUnitsOfPairs<ModelTable>(table, src, size, [&](__m512i units, unsigned long count) TARGET_AVX512 {
-        _mm512_mask_storeu_epi16(out + at.written, static_cast<__mmask32>(First(count)), units);
-        at.written += 2 * count;
-        return true;
-    });
+    at.read =
+        ForUnitsOfPairs<ModelTable>(table, src, size, [&](__m512i units, unsigned long count) TARGET_AVX512 {
+            _mm512_mask_storeu_epi16(out + at.written, static_cast<__mmask32>(First(count)), units);
+            at.written += 2 * count;
+            return true;
+        });
     return at;
 }
 
@@ -299,19 +302,21 @@ TARGET_AVX512 Progress avx512::GbkToUtf8(const unsigned short* units, const unsi
                                          unsigned long size, unsigned char* out)
 {
     Progress at;
-    at.read = ForUnitsOfPairs<LocaleTable>(units, src, size, [&](__m512i block, unsigned long count) TARGET_AVX512 {
-        if (NotAscii(block) == 0) {
-            _mm256_mask_storeu_epi8(out + at.written, static_cast<__mmask32>(First(count)), _mm512_cvtepi16_epi8(block));
-            at.written += count;
+    at.read =
+        ForUnitsOfPairs<LocaleTable>(units, src, size, [&](__m512i block, unsigned long count) TARGET_AVX512 {
+            if (NotAscii(block) == 0) {
+                _mm256_mask_storeu_epi8(out + at.written, static_cast<__mmask32>(First(count)),
+                                        _mm512_cvtepi16_epi8(block));
+                at.written += count;
+                return true;
+            }
+            const __m512i lower = _mm512_cvtepu16_epi32(_mm512_castsi512_si256(block));
+            at.written += StoreUtf8(lower, count, out + at.written);
+            if (count <= 16) return true;
+            const __m512i upper = _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(block, 1));
+            at.written += StoreUtf8(upper, count - 16, out + at.written);
             return true;
-        }
-        const __m512i lower = _mm512_cvtepu16_epi32(_mm512_castsi512_si256(block));
-        at.written += StoreUtf8(lower, count, out + at.written);
-        if (count <= 16) return true;
-        const __m512i upper = _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(block, 1));
-        at.written += StoreUtf8(upper, count - 16, out + at.written);
-        return true;
-    });
+        });
     return at;
 }
 

@@ -1,9 +1,10 @@
-// The kernels for text with hanzi whose codes are looked up. They need AVX2; AVX-512 has nothing to add to them.
+// The kernels for text with hanzi whose codes are looked up. They need AVX2; AVX-512 has nothing to add to
+// them.
 //
-// Hanzi come in runs and so does ASCII. A step takes up to eight hanzi and up to sixteen ASCII characters behind
-// them; how many there are is counted in bit masks, without a branch. What is stored behind the end of a run is
-// overwritten by the next step. The branches that there are, for a whole block of ASCII and for eight hanzi, go
-// the same way for as long as a run lasts.
+// Hanzi come in runs and so does ASCII. A step takes up to eight hanzi and up to sixteen ASCII characters
+// behind them; how many there are is counted in bit masks, without a branch. What is stored behind the end of
+// a run is overwritten by the next step. The branches that there are, for a whole block of ASCII and for
+// eight hanzi, go the same way for as long as a run lasts.
 #include <algorithm>
 
 #include "Bytes.h"
@@ -57,8 +58,8 @@ struct Step {
     }
 };
 
-// Finishes a step of whose eight hanzi, converted already, `known` are in the common way: takes it, or what is in
-// that way and one character of another kind. False where the conversion stops.
+// Finishes a step of whose eight hanzi, converted already, `known` are in the common way: takes it, or what
+// is in that way and one character of another kind. False where the conversion stops.
 template <typename Conversion>
 TARGET_AVX2 inline bool Finish(const Conversion& conversion, const Step<typename Conversion::Masks>& step,
                                unsigned known, const unsigned char* src, unsigned long size,
@@ -79,8 +80,8 @@ TARGET_AVX2 inline bool Finish(const Conversion& conversion, const Step<typename
 }
 
 template <typename Conversion>
-TARGET_AVX2 inline Progress Convert(const Conversion& conversion, const unsigned char* src, unsigned long size,
-                                    unsigned char* out)
+TARGET_AVX2 inline Progress Convert(const Conversion& conversion, const unsigned char* src,
+                                    unsigned long size, unsigned char* out)
 {
     using Masks = typename Conversion::Masks;
     Progress at;
@@ -157,8 +158,7 @@ struct GbkToUtf8Conversion {
         const __m128i indices = _mm_and_si128(codes, _mm_set1_epi16(0x7FFF));
         const __m128i first = LookUp4(sequences, static_cast<uint64_t>(_mm_cvtsi128_si64(indices)));
         const __m128i second = LookUp4(sequences, static_cast<uint64_t>(_mm_extract_epi64(indices, 1)));
-        const __m128i three =
-            _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -128, -128, -128, -128);
+        const __m128i three = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -128, -128, -128, -128);
         Store16(out, _mm_shuffle_epi8(first, three));
         Store16(out + 12, _mm_shuffle_epi8(second, three));
         const int others = _mm_movemask_ps(_mm_castsi128_ps(first)) |

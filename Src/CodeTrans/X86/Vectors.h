@@ -53,7 +53,6 @@ inline TARGET_AVX2 unsigned LaneMask(__m128i words)
     return Mask(_mm_packs_epi16(words, _mm_setzero_si128()));
 }
 
-
 // 32 bytes of ASCII as code units.
 inline TARGET_AVX2 void WidenAscii(__m256i bytes, void* to)
 {
