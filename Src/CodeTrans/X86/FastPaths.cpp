@@ -156,20 +156,24 @@ Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* 
     return total;
 }
 
-Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst)
+TARGET_AVX2 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst)
 {
     auto* const to = reinterpret_cast<unsigned char*>(dst);
     if (UseAvx512() && 2 * count <= SHORT) return avx512::Utf16ToGbk(src, count, to);
     // Straight into place: each of the code units behind makes one byte at least.
-    Progress total = Utf16ToGbk(src, count, to);
-    // The last few, with others behind them that make a byte each.
+    const Progress most = Utf16ToGbk(src, count, to);
+    // The last few, with zeros behind them that make a byte each.
     constexpr unsigned long FEW = 16;
+    const unsigned long left = count - most.read;
+    if (left == 0) return most;
     char units[2 * 2 * FEW] = {};
-    unsigned char gbk[2 * 2 * FEW + SLACK];
-    const unsigned long left = count - total.read;
-    memcpy(units, src + 2 * total.read, 2 * left);
-    const Progress step = Utf16ToGbk(units, 2 * FEW, gbk);
+    unsigned char gbk[2 * 2 * FEW];
+    if (count >= FEW)
+        Store32(units, Load32(src + 2 * (count - FEW)));
+    else
+        memcpy(units + 2 * (FEW - left), src, 2 * left);
+    const Progress step = Utf16ToGbk(units + 2 * (FEW - left), left + FEW - 1, gbk);
     const unsigned long written = step.written - (step.read - left);
-    Place(dst + total.written, gbk, written);
-    return total += {left, written};
+    Place(dst + most.written, gbk, written);
+    return {count, most.written + written};
 }
