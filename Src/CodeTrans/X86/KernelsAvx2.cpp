@@ -173,24 +173,26 @@ TARGET_AVX2 Progress Utf8ToWide(const unsigned char* src, unsigned long size, un
 
 TARGET_AVX2 Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
 {
-    const __m256i zero = _mm256_setzero_si256(), ones = _mm256_set1_epi32(-1);
+    const __m256i zero = _mm256_setzero_si256();
     Progress at;
     while (at.read < count) {
         const unsigned long left = count - at.read;
-        const __m256i points = LoadWides(src + at.read, left);
         if (left >= 16) {
-            const __m256i all = _mm256_packus_epi32(points, Load32(src + at.read + 8));
-            const __m256i isAscii = _mm256_cmpgt_epi16(all, zero);
-            if (_mm256_testz_si256(all, _mm256_set1_epi16(static_cast<short>(0xFF80))) &&
-                _mm256_testc_si256(isAscii, ones)) {
-                const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(all, all), 0x08);
-                const __m128i order = _mm_setr_epi8(0, 1, 2, 3, 8, 9, 10, 11, 4, 5, 6, 7, 12, 13, 14, 15);
-                Store16(out + at.written, _mm_shuffle_epi8(_mm256_castsi256_si128(bytes), order));
-                at.read += 16;
-                at.written += 16;
+            // Other characters come out as bytes that are not above 0, too.
+            const wchar_t* const from = src + at.read;
+            const __m256i first = _mm256_packus_epi32(Load32(from), Load32(from + 8));
+            const __m256i second =
+                left >= 32 ? _mm256_packus_epi32(Load32(from + 16), Load32(from + 24)) : first;
+            const __m256i bytes = _mm256_packus_epi16(first, second);
+            if (Mask(_mm256_cmpgt_epi8(bytes, zero)) == ~0U) {
+                const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+                Store32(out + at.written, _mm256_permutevar8x32_epi32(bytes, order));
+                at.read += left >= 32 ? 32 : 16;
+                at.written += left >= 32 ? 32 : 16;
                 continue;
             }
         }
+        const __m256i points = LoadWides(src + at.read, left);
         const unsigned used = left < 8 ? (1U << left) - 1 : 0xFF;
         const __m256i tooHigh = _mm256_set1_epi32(static_cast<int>(0xFFFF0000));
         if ((Lanes(_mm256_cmpeq_epi32(points, zero)) & used) != 0 || !_mm256_testz_si256(points, tooHigh))
