@@ -67,9 +67,9 @@ public:
     }
 
 private:
+    alignas(32) unsigned char m_end[END + BEHIND];
     const unsigned char* m_pSrc;
     unsigned long m_nLength;
-    alignas(32) unsigned char m_end[END + BEHIND];
 };
 
 // The whole source through scratch of `ROOM` bytes a window, until the kernel stops.
