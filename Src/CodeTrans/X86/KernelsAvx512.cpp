@@ -123,8 +123,8 @@ struct LocaleTable {
     }
 };
 
-// Pairs and ASCII to 32 code units at a time, which `put` takes with their number, until it has no room.
-// Stops at a lone lead byte at the end, and within a block before a pair that the table does not know.
+// Pairs and ASCII to 32 code units at a time, which `put` takes with their number. Returns the bytes read: up
+// to a lone lead byte at the end or a block with a pair that the table does not know.
 template <typename Table, typename Put>
 TARGET_AVX512 inline unsigned long ForUnitsOfPairs(const unsigned short* table, const unsigned char* src,
                                                    unsigned long size, Put put)
@@ -137,8 +137,9 @@ TARGET_AVX512 inline unsigned long ForUnitsOfPairs(const unsigned short* table, 
         const __m512i bytes = LoadBytes(src + read, within);
         const uint64_t high = _mm512_movepi8_mask(bytes);
         if ((high | carry) == 0) {
-            if (!put(LowerUnits(bytes), std::min(left, 32UL))) return read;
-            if (left > 32 && !put(UpperUnits(bytes), std::min(left, BLOCK) - 32)) return read + 32;
+            put(LowerUnits(bytes), std::min(left, 32UL));
+            if (left > 32) put(UpperUnits(bytes), std::min(left, BLOCK) - 32);
+            if (left <= BLOCK) return size;
             continue;
         }
         uint64_t leads = LeadBytes(high & ~carry);
@@ -158,8 +159,7 @@ TARGET_AVX512 inline unsigned long ForUnitsOfPairs(const unsigned short* table, 
         const uint64_t isPair = _pext_u64(leads, starts);
         const auto lower = static_cast<__mmask32>(isPair), upper = static_cast<__mmask32>(isPair >> 32);
         const auto count = static_cast<unsigned long>(std::popcount(starts));
-        if (!put(_mm512_mask_expand_epi16(LowerUnits(characters), lower, found), std::min(count, 32UL)))
-            break;
+        put(_mm512_mask_expand_epi16(LowerUnits(characters), lower, found), std::min(count, 32UL));
         if (count > 32) {
             alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
                                                                 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
@@ -293,7 +293,6 @@ TARGET_AVX512 Progress avx512::PairsToUtf16(const unsigned short* table, const u
         ForUnitsOfPairs<ModelTable>(table, src, size, [&](__m512i units, unsigned long count) TARGET_AVX512 {
             _mm512_mask_storeu_epi16(out + at.written, static_cast<__mmask32>(First(count)), units);
             at.written += 2 * count;
-            return true;
         });
     return at;
 }
@@ -308,14 +307,13 @@ TARGET_AVX512 Progress avx512::GbkToUtf8(const unsigned short* units, const unsi
                 _mm256_mask_storeu_epi8(out + at.written, static_cast<__mmask32>(First(count)),
                                         _mm512_cvtepi16_epi8(block));
                 at.written += count;
-                return true;
+                return;
             }
             const __m512i lower = _mm512_cvtepu16_epi32(_mm512_castsi512_si256(block));
             at.written += StoreUtf8(lower, count, out + at.written);
-            if (count <= 16) return true;
+            if (count <= 16) return;
             const __m512i upper = _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(block, 1));
             at.written += StoreUtf8(upper, count - 16, out + at.written);
-            return true;
         });
     return at;
 }
