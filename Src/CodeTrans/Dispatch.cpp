@@ -66,9 +66,12 @@ unsigned long CodeTrans_ToUtf8(int encoding, char const* src, unsigned long srcL
             return dstLen = ANSIToUTF8(src, dst, dstLen != 0 ? dstLen : ULONG_MAX);
         case ENCODE_UNICODE: {
             // The source length counts four-byte units here, and so does the capacity that limits it.
+            const unsigned long count = Capped(srcLen, dstLen);
+            const auto* const wide = reinterpret_cast<const wchar_t*>(src);
+            if (count < LONG_MAX / 8 && !Overlap(src, 4 * count, dst, 3 * count + 1))
+                return unicode_to_utf8(wide, count, dst, dstLen);
             unsigned char* block = nullptr;
-            const unsigned long converted =
-                unicode_to_utf8(reinterpret_cast<const wchar_t*>(src), Capped(srcLen, dstLen), &block);
+            const unsigned long converted = unicode_to_utf8(wide, count, &block);
             const std::unique_ptr<unsigned char, CFree> owner(block);
             if (block == nullptr) return Nothing(dstLen);
             const char* text = reinterpret_cast<const char*>(block);

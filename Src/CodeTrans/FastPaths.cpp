@@ -8,10 +8,9 @@ Forms BestForms()
 #if defined(__x86_64__)
     __builtin_cpu_init();  // this may run before the compiler's own start-up code
     if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("bmi") ||
-        !__builtin_cpu_supports("popcnt"))
+        !__builtin_cpu_supports("bmi2") || !__builtin_cpu_supports("popcnt"))
         return Forms::PLAIN;
-    return __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi2") ? Forms::AVX512
-                                                                                   : Forms::AVX2;
+    return __builtin_cpu_supports("avx512vbmi2") ? Forms::AVX512 : Forms::AVX2;
 #else
     return Forms::PLAIN;
 #endif
@@ -53,7 +52,7 @@ Progress FastUtf16ToGbk(const char*, unsigned long, char*)
     return {};
 }
 
-Progress FastGbkToUtf8(const unsigned short*, const char*, unsigned long, char*, unsigned long)
+Progress FastGbkToUtf8(const LocaleGbk&, const char*, unsigned long, char*, unsigned long)
 {
     return {};
 }

@@ -6,10 +6,19 @@
 #ifndef CODETRANS_FAST_PATHS_H
 #define CODETRANS_FAST_PATHS_H
 
+#include <cstdint>
+
 // How far a fast form got: source units (bytes or wide characters) used up, bytes of output written.
 struct Progress {
     unsigned long read = 0;
     unsigned long written = 0;
+
+    Progress& operator+=(const Progress& more)
+    {
+        read += more.read;
+        written += more.written;
+        return *this;
+    }
 };
 
 // The forms that there are, better ones later. AVX512 is AVX-512 with VBMI2.
@@ -30,20 +39,29 @@ inline bool FastPathsOn()
 Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen, char* dst,
                           unsigned long room);
 
-// UTF-8, continuation bytes unchecked, to wide characters: the whole source.
+// UTF-8, continuation bytes unchecked, to wide characters. May stop three bytes before the end.
 Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* dst);
 
-// Wide characters to UTF-8: the whole source. `dst` holds FAST_SLACK bytes more than three a character.
+// Wide characters to UTF-8. Stops at a zero, and up to FAST_WIDES characters before one that UTF-8 has no
+// place for.
 Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst);
-constexpr unsigned long FAST_SLACK = 128;
+constexpr unsigned long FAST_WIDES = 16;
 
 // UTF-16LE to GBK as utoGbk defines it: the whole source.
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);
 
+// The locale's GBK by code less 0x8000: code units, 0 where there is none, and UTF-8 sequences, whose bits
+// 0-23 are the bytes, first one lowest; above them there is 0 for three bytes, TWO for two, and all is NONE
+// for none.
+struct LocaleGbk {
+    static constexpr uint32_t TWO = 0x80000000, NONE = 0xC0000000;
+    unsigned short units[0x8000];
+    uint32_t sequences[0x8000];
+};
+
 // GBK to at most `room` bytes of UTF-8, a character cut where room ends, and UTF-8 to GBK. Both stop before a
-// character that `gbkToUnit` (0x8000 code units by GBK code less 0x8000, 0 for none) or CodeTable does not
-// know in two bytes and at a zero.
-Progress FastGbkToUtf8(const unsigned short* gbkToUnit, const char* src, unsigned long srcLen, char* dst,
+// character that `gbk` or CodeTable does not know in two bytes and at a zero.
+Progress FastGbkToUtf8(const LocaleGbk& gbk, const char* src, unsigned long srcLen, char* dst,
                        unsigned long room);
 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst);
 

@@ -48,42 +48,54 @@ unsigned long WideToLocale(std::wstring const& src, std::string& dst)
     return converted;
 }
 
-// CodeTable's two-byte codes by code less 0x8000, and whether the C library agrees with every one of them.
+// CodeTable's two-byte codes, and whether the C library agrees with every one of them.
 struct GbkTable {
     static constexpr unsigned FIRST_CODE = 0x8000;
-    unsigned short units[0x10000 - FIRST_CODE] = {};
+    LocaleGbk gbk = {};
     bool isTheLocales = false;
 
     // In the locale to compare with.
     GbkTable()
     {
-        std::string gbk;
+        std::fill(std::begin(gbk.sequences), std::end(gbk.sequences), LocaleGbk::NONE);
+        std::string bytes;
         std::wstring wide;
         for (unsigned unit = 1; unit < 0x10000; ++unit) {
             const unsigned code = CodeTable[unit];
             if (unit >= 0x80 && code < FIRST_CODE) continue;
             if (unit >= 0x80) {
-                units[code - FIRST_CODE] = static_cast<unsigned short>(unit);
-                gbk += static_cast<char>(code >> 8);
+                gbk.units[code - FIRST_CODE] = static_cast<unsigned short>(unit);
+                gbk.sequences[code - FIRST_CODE] = Sequence(unit);
+                bytes += static_cast<char>(code >> 8);
             }
-            gbk += static_cast<char>(code & 0xFF);
+            bytes += static_cast<char>(code & 0xFF);
             wide += static_cast<wchar_t>(unit);
         }
         std::string encoded;
         std::wstring decoded;
-        LocaleToWide(gbk, decoded);
+        LocaleToWide(bytes, decoded);
         WideToLocale(wide, encoded);
-        isTheLocales = decoded == wide && encoded == gbk;
+        isTheLocales = decoded == wide && encoded == bytes;
+    }
+
+    static uint32_t Sequence(unsigned unit)
+    {
+        unsigned char utf8[6] = {};
+        const int length = unicode_to_utf8_one(unit, utf8, sizeof utf8);
+        const uint32_t bytes = utf8[0] | utf8[1] * 0x100U | utf8[2] * 0x10000U;
+        return length == 2 ? bytes | LocaleGbk::TWO : bytes;
     }
 };
 
 // The table, if it may stand in for the C library in the locale that was just set (LC_CTYPE of this thread):
 // null where the locale has another encoding or some other idea of GBK, and where fast forms are off.
-const unsigned short* TableOfLocale()
+const LocaleGbk* TableOfLocale()
 {
-    if (!FastPathsOn() || strcmp(nl_langinfo(CODESET), "GBK") != 0) return nullptr;
+    if (!FastPathsOn()) return nullptr;
+    const char* const codeset = nl_langinfo(CODESET);
+    if (codeset[0] != 'G' || codeset[1] != 'B' || codeset[2] != 'K' || codeset[3] != 0) return nullptr;
     static const GbkTable s_table;
-    return s_table.isTheLocales ? s_table.units : nullptr;
+    return s_table.isTheLocales ? &s_table.gbk : nullptr;
 }
 
 unsigned long LocaleToUtf8(char const* src, std::string& dst)
@@ -100,12 +112,19 @@ unsigned long LocaleToUtf8(char const* src, std::string& dst)
     return converted;
 }
 
-unsigned long Append(char* dst, unsigned long at, std::string const& rest, unsigned long room)
+// What the C library makes of the rest, behind the `at` bytes that there are, and a zero byte.
+template <typename Convert>
+unsigned long Finish(char* dst, unsigned long at, unsigned long room, bool isWhole, Convert convertRest)
 {
-    const unsigned long count = std::min(rest.size(), room - at);
-    memcpy(dst + at, rest.data(), count);
-    dst[at + count] = 0;
-    return at + count;
+    if (!isWhole) {
+        std::string rest;
+        convertRest(rest);
+        const unsigned long count = std::min(rest.size(), room - at);
+        memcpy(dst + at, rest.data(), count);
+        at += count;
+    }
+    dst[at] = 0;
+    return at;
 }
 }  // namespace
 
@@ -139,11 +158,11 @@ unsigned long ANSIToUTF8(char const* src, char* dst, unsigned long room)
     const unsigned long length = strlen(src);
     Progress at;
     if (wasSet && length <= INT_MAX && !Overlap(src, length + 1, dst, 3 * length + 1))
-        if (const unsigned short* const table = TableOfLocale())
-            at = FastGbkToUtf8(table, src, length, dst, room);
-    std::string rest;
-    if (at.read < length && at.written < room) LocaleToUtf8(src + at.read, rest);
-    return Append(dst, at.written, rest, room);
+        if (const LocaleGbk* const table = TableOfLocale())
+            at = FastGbkToUtf8(*table, src, length, dst, room);
+    const bool isWhole = at.read >= length || at.written >= room;
+    return Finish(dst, at.written, room, isWhole,
+                  [&](std::string& rest) { LocaleToUtf8(src + at.read, rest); });
 }
 
 unsigned long UTF8ToANSI(char const* src, char* dst)
@@ -154,7 +173,6 @@ unsigned long UTF8ToANSI(char const* src, char* dst)
     Progress at;
     if (wasSet && !Overlap(src, length + 1, dst, length + 1) && TableOfLocale() != nullptr)
         at = FastUtf8ToGbk(src, length, dst);
-    std::string rest;
-    if (at.read < length) WideToLocale(utf8_to_unicode(src + at.read), rest);
-    return Append(dst, at.written, rest, ULONG_MAX);
+    return Finish(dst, at.written, ULONG_MAX, at.read >= length,
+                  [&](std::string& rest) { WideToLocale(utf8_to_unicode(src + at.read), rest); });
 }

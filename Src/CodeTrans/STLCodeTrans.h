@@ -127,6 +127,10 @@ unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst);
 // memory.
 unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst);
 
+// The same up to the first zero, into a buffer apart from `src` and with a zero byte behind; `dstLen` becomes
+// the bytes before it. Returns what the other one does.
+unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, char* dst, unsigned long& dstLen);
+
 // Decodes zero-terminated UTF-8 into UTF-16LE code units and returns their number. The terminator is one
 // zero byte. `dst` holds at least 2 * strlen(src) + 1 bytes. Continuation bytes are checked.
 int utf8tou(char* src, char* dst);

@@ -3,6 +3,7 @@
 // Only the Basic Multilingual Plane is represented: four-byte sequences and wide characters above U+FFFF
 // vanish, surrogates are characters like any other. The two decoders differ on purpose: the one to wide
 // characters takes continuation bytes as they come, the one to UTF-16 checks them.
+#include <algorithm>
 #include <cstdio>
 
 #include "Bytes.h"
@@ -23,6 +24,21 @@ int EncodeUtf8(unsigned long cp, unsigned char* out)
     // As many leading one bits as bytes, then a zero bit, then what is left of the code point.
     out[0] = static_cast<unsigned char>((0xFF00U >> length & 0xFF) | cp);
     return length;
+}
+
+// Wide characters up to the first zero among them.
+Progress EncodeWide(wchar_t const* src, unsigned long count, unsigned char* dst)
+{
+    Progress at;
+    while (at.read < count) {
+        if (FastPathsOn()) at += FastWideToUtf8(src + at.read, count - at.read, dst + at.written);
+        for (const unsigned long end = std::min(count, at.read + FAST_WIDES); at.read < end; ++at.read) {
+            const unsigned cp = LoadWide(src + at.read);
+            if (cp == 0) return at;
+            if (cp <= 0xFFFF) at.written += static_cast<unsigned long>(EncodeUtf8(cp, dst + at.written));
+        }
+    }
+    return at;
 }
 
 // A zero-terminated text decoded up to its first zero character.
@@ -63,18 +79,29 @@ unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst)
 unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst)
 {
     const bool representable = count < static_cast<unsigned long>(PTRDIFF_MAX) / 3;
-    *dst = representable ? static_cast<unsigned char*>(malloc(3 * count + 1 + FAST_SLACK)) : nullptr;
+    *dst = representable ? static_cast<unsigned char*>(malloc(3 * count + 1)) : nullptr;
     if (*dst == nullptr) return 0;
 
-    Progress at;
-    if (FastPathsOn()) at = FastWideToUtf8(src, count, *dst);
-    unsigned long read = at.read, written = at.written;
-    for (; read < count; ++read) {
-        const unsigned cp = LoadWide(src + read);
-        if (cp <= 0xFFFF) written += static_cast<unsigned long>(EncodeUtf8(cp, *dst + written));
+    Progress at = EncodeWide(src, count, *dst);
+    while (at.read < count) {
+        (*dst)[at.written] = 0;
+        at += {1, 1};
+        at += EncodeWide(src + at.read, count - at.read, *dst + at.written);
     }
-    (*dst)[written] = 0;
-    return written;
+    (*dst)[at.written] = 0;
+    return at.written;
+}
+
+unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, char* dst, unsigned long& dstLen)
+{
+    const Progress at = EncodeWide(src, count, reinterpret_cast<unsigned char*>(dst));
+    dst[dstLen = at.written] = 0;
+    unsigned long produced = at.written;
+    for (unsigned long i = at.read; i < count; ++i) {
+        const unsigned cp = LoadWide(src + i);
+        produced += cp <= 0x7F ? 1 : cp <= 0x7FF ? 2 : cp <= 0xFFFF ? 3 : 0;
+    }
+    return produced;
 }
 
 int utf8tou(char* src, char* dst)

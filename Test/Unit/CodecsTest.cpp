@@ -253,7 +253,8 @@ TEST(Utf8, Encodes)
 {
     EXPECT_EQ(EncodeWide(L""), "");
     EXPECT_EQ(EncodeWide(L"A\x10000\x4E2D"), "A\xE4\xB8\xAD");
-    EXPECT_EQ(EncodeWide(std::wstring{'a', 0, 'b', 0xD800, -1, 0x7F, 0x80, 0x7FF, 0x800, 0xFFFF}),
+    EXPECT_EQ(EncodeWide(std::wstring{'a', 0, 'b', 0xD800, static_cast<wchar_t>(-1), 0x7F, 0x80, 0x7FF, 0x800,
+                                      0xFFFF}),
               "a\0b\xED\xA0\x80\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"_b);
     unsigned char* block = reinterpret_cast<unsigned char*>(1);
     EXPECT_EQ(unicode_to_utf8(L"", 1UL << 62, &block), 0U) << "more than memory can hold";

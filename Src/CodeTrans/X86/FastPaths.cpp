@@ -1,8 +1,9 @@
-// The fast forms for x86-64: windows of the source through the kernels, from scratch exactly into place.
+// The fast forms for x86-64: which kernel, and what keeps it from reading beyond the source and from writing
+// beyond the result, whatever whole vectors do.
 //
-// A window near the end of the source is copied into zero-padded scratch first, and kernels write to scratch
-// alone, so nothing beyond the source is read and nothing beyond the result is written, whatever whole
-// vectors do.
+// The kernels for AVX-512 see to that themselves. The others read the source itself for as long as enough of
+// it is left behind, then a copy; and where what they write behind their output is not certain to be
+// overwritten, they write to scratch.
 #include <algorithm>
 
 #include "Bytes.h"
@@ -13,221 +14,167 @@ namespace fast
 {
 namespace
 {
-constexpr unsigned long WINDOW =
-    1024;  // source bytes; with code units and output a quarter of the first cache
+constexpr unsigned long WINDOW = 1024;  // source bytes to one scratch
 
-const Kernels& Best()
+bool UseAvx512()
 {
-    return FormsInUse() == Forms::AVX512 ? KERNELS_AVX512 : KERNELS_AVX2;
+    return FormsInUse() == Forms::AVX512;
 }
 
-// Code units on their way, with room for what kernels write behind and for the zeros that they read there.
-struct Units {
-    static constexpr unsigned long MOST = WINDOW + 2 * SLACK;
-    alignas(32) uint16_t at[MOST + SLACK];
-};
+// Up to here it pays to have no scratch and no remainder; beyond, some of the kernels for AVX2 are faster.
+constexpr unsigned long SHORT = 256;  // source bytes
 
 struct Window {
     const unsigned char* at;
     unsigned long size;
-    bool last;  // followed by zeros, not by more of the source
+    bool last;
 };
 
-// The source in windows, each of them readable for SLACK bytes beyond its size.
-class CWindows
+// Exactly `count` bytes from one place to another.
+TARGET_AVX2 void Place(void* to, const void* from, unsigned long count)
+{
+    if (count < 32 || count > SHORT) {
+        memcpy(to, from, count);
+        return;
+    }
+    char* const out = static_cast<char*>(to);
+    const char* const in = static_cast<const char*>(from);
+    for (unsigned long i = 0; i + 32 <= count; i += 32) Store32(out + i, Load32(in + i));
+    Store32(out + count - 32, Load32(in + count - 32));
+}
+
+// The source in stretches for the kernels of runs, which read whole blocks: for as long as one more is left
+// behind them the source itself, at the end a copy with zeros behind.
+class CStretches
 {
 public:
-    CWindows(const void* src, unsigned long length)
+    static constexpr unsigned long END = 64, BEHIND = 48;  // a kernel reads so much beyond its size
+
+    CStretches(const void* src, unsigned long length)
         : m_pSrc(static_cast<const unsigned char*>(src)), m_nLength(length)
     {
     }
 
-    Window At(unsigned long position)
+    // At most `most` bytes, or the last ones.
+    TARGET_AVX2 Window At(unsigned long position, unsigned long most)
     {
-        const unsigned char* const at = m_pSrc + position;
         const unsigned long left = m_nLength - position;
-        if (left >= WINDOW + SLACK) return {at, WINDOW, false};
-        memcpy(m_padded, at, left);
-        memset(m_padded + left, 0, SLACK);
-        return {m_padded, left, true};
+        if (left > END) return {m_pSrc + position, std::min(left - BEHIND, most), false};
+        Place(m_end, m_pSrc + position, left);
+        Store32(m_end + left, _mm256_setzero_si256());
+        Store16(m_end + left + 32, _mm_setzero_si128());
+        return {m_end, left, true};
     }
 
 private:
+    alignas(32) unsigned char m_end[END + BEHIND];
     const unsigned char* m_pSrc;
     unsigned long m_nLength;
-    unsigned char m_padded[WINDOW + 2 * SLACK];
 };
 
-void PadWithZeros(uint16_t* units, unsigned long count)
+// The whole source through scratch of `ROOM` bytes a window, until the kernel stops.
+template <unsigned long ROOM, typename Kernel>
+Progress ByWindows(const void* src, unsigned long srcLen, void* dst, unsigned long room, Kernel kernel)
 {
-    memset(units + count, 0, SLACK);
-}
-
-// The output of a kernel that ran into the zeros behind `size` units: less a byte for each of them.
-unsigned long WithoutZeros(const Progress& kernel, unsigned long size)
-{
-    return kernel.read > size ? kernel.written - (kernel.read - size) : kernel.written;
-}
-
-// Wide characters; those above U+FFFF are dropped. The whole window.
-TARGET_AVX2 unsigned long WideToUnits(const wchar_t* src, unsigned long count, uint16_t* units)
-{
-    const __m256i tooHigh = _mm256_set1_epi32(static_cast<int>(0xFFFF0000));
-    unsigned long read = 0, written = 0;
-    for (; read + 16 <= count; read += 16) {
-        const __m256i first = Load32(src + read), second = Load32(src + read + 8);
-        if (!_mm256_testz_si256(_mm256_or_si256(first, second), tooHigh)) {
-            for (unsigned long i = read; i < read + 16; ++i) {
-                const unsigned cp = LoadWide(src + i);
-                units[written] = static_cast<uint16_t>(cp);
-                written += cp <= 0xFFFF;
-            }
-            continue;
-        }
-        Store32(units + written, _mm256_permute4x64_epi64(_mm256_packus_epi32(first, second), 0xD8));
-        written += 16;
+    unsigned char scratch[ROOM + SLACK];
+    CStretches stretches(src, srcLen);
+    Progress total;
+    bool more = true;
+    while (more) {
+        const Window window = stretches.At(total.read, WINDOW);
+        Progress step = kernel(window.at, window.size, scratch);
+        step.written = std::min(step.written, room - total.written);
+        Place(static_cast<char*>(dst) + total.written, scratch, step.written);
+        total += step;
+        more = !window.last && step.read != 0 && total.written < room;
     }
-    for (; read < count; ++read) {
-        const unsigned cp = LoadWide(src + read);
-        units[written] = static_cast<uint16_t>(cp);
-        written += cp <= 0xFFFF;
-    }
-    return written;
+    return total;
 }
-
-// Whether a zero is among the first `count` code units.
-TARGET_AVX2 bool HasZero(const uint16_t* units, unsigned long count)
-{
-    __m256i zeros = _mm256_setzero_si256();
-    unsigned long i = 0;
-    for (; i + 16 <= count; i += 16)
-        zeros = _mm256_or_si256(zeros, _mm256_cmpeq_epi16(Load32(units + i), _mm256_setzero_si256()));
-    const unsigned rest = Mask(_mm256_cmpeq_epi16(Load32(units + i), _mm256_setzero_si256()));
-    return Mask(zeros) != 0 || (rest & ((1U << 2 * (count - i)) - 1)) != 0;
-}
-
-// Code units as wide characters, exactly `count`: this kernel alone writes straight to a caller's buffer.
-TARGET_AVX2 void UnitsToWide(const uint16_t* units, unsigned long count, char* out)
-{
-    unsigned long i = 0;
-    for (; i + 8 <= count; i += 8) Store32(out + 4 * i, _mm256_cvtepu16_epi32(Load16(units + i)));
-    for (; i < count; ++i) StoreWide(out + 4 * i, units[i]);
-}
-
 }  // namespace
 }  // namespace fast
 
 using namespace fast;
 
-TARGET_AVX2 Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen,
-                                      char* dst, unsigned long room)
+Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned long srcLen, char* dst,
+                          unsigned long room)
 {
-    Units units;
-    CWindows windows(src, srcLen);
+    // Each byte of the source makes one byte of output at least: while more than a kernel writes too much is
+    // left, it can write into place.
+    const auto* const from = reinterpret_cast<const unsigned char*>(src);
+    auto* const to = reinterpret_cast<unsigned char*>(dst);
+    if (UseAvx512() && srcLen <= SHORT && room / 2 >= srcLen)
+        return avx512::PairsToUtf16(table, from, srcLen, to);
     Progress total;
-    bool last = false;
-    while (!last) {
-        const Window window = windows.At(total.read);
-        const Progress step = Best().modelPairs(table, window.at, window.size, window.last, units.at);
-        const unsigned long bytes = 2 * step.written;
-        if (bytes > room - total.written) break;
-        memcpy(dst + total.written, units.at, bytes);
-        total.read += step.read;
-        total.written += bytes;
-        last = window.last;
-    }
-    return total;
+    const auto certain = [&] { return std::min(srcLen - total.read, (room - total.written) / 2); };
+    while (certain() > CStretches::END)
+        total += PairsToUtf16(table, from + total.read, certain() - CStretches::BEHIND, to + total.written);
+    if (certain() < srcLen - total.read) return total;
+    unsigned char units[2 * CStretches::END + SLACK];
+    CStretches stretches(src, srcLen);
+    const Window end = stretches.At(total.read, CStretches::END);
+    const Progress step = PairsToUtf16(table, end.at, end.size, units);
+    Place(dst + total.written, units, step.written);
+    return total += step;
 }
 
-TARGET_AVX2 Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* dst)
+Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* dst)
 {
-    Units units;
-    CWindows windows(src, srcLen);
-    Progress total;
-    bool last = false;
-    while (!last) {
-        const Window window = windows.At(total.read);
-        const Progress step = Best().utf8(window.at, window.size, window.last, units.at);
-        UnitsToWide(units.at, step.written, dst + total.written);
-        total.read += step.read;
-        total.written += sizeof(wchar_t) * step.written;
-        last = window.last;
-    }
-    return total;
+    if (UseAvx512()) return avx512::Utf8ToWide(src, srcLen, reinterpret_cast<unsigned char*>(dst));
+    return ByWindows<4 * WINDOW>(src, srcLen, dst, ~0UL, Utf8ToWide);
 }
 
-TARGET_AVX2 Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst)
+Progress FastGbkToUtf8(const LocaleGbk& gbk, const char* src, unsigned long srcLen, char* dst,
+                       unsigned long room)
 {
-    Units units;
-    Progress total;
-    while (total.read < count) {
-        const unsigned long size = std::min(count - total.read, WINDOW);
-        const unsigned long kept = WideToUnits(src + total.read, size, units.at);
-        PadWithZeros(units.at, kept);
-        total.written += WithoutZeros(Best().toUtf8(units.at, kept, dst + total.written), kept);
-        total.read += size;
-    }
+    const auto* const from = reinterpret_cast<const unsigned char*>(src);
+    if (UseAvx512() && srcLen <= SHORT && room / 2 >= srcLen)
+        return avx512::GbkToUtf8(gbk.units, from, srcLen, reinterpret_cast<unsigned char*>(dst));
+    const auto kernel = [&](const unsigned char* window, unsigned long size, unsigned char* to) {
+        return GbkToUtf8(gbk.sequences, window, size, to);
+    };
+    return ByWindows<3 * WINDOW / 2>(src, srcLen, dst, room, kernel);
+}
+
+Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst)
+{
+    if (UseAvx512())
+        return avx512::Utf8ToGbk(reinterpret_cast<const unsigned char*>(src), srcLen,
+                                 reinterpret_cast<unsigned char*>(dst));
+    return ByWindows<WINDOW>(src, srcLen, dst, ~0UL, Utf8ToGbk);
+}
+
+Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst)
+{
+    if (UseAvx512()) return avx512::WideToUtf8(src, count, dst);
+    constexpr unsigned long AT_ONCE = WINDOW / sizeof(wchar_t);
+    unsigned char utf8[3 * AT_ONCE + SLACK];
+    Progress total, step;
+    do {
+        step = WideToUtf8(src + total.read, std::min(count - total.read, AT_ONCE), utf8);
+        Place(dst + total.written, utf8, step.written);
+        total += step;
+    } while (step.read == AT_ONCE);
     return total;
 }
 
 TARGET_AVX2 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst)
 {
-    Units units;
-    unsigned char gbk[2 * Units::MOST + SLACK];
-    Progress total;
-    while (total.read < count) {
-        const unsigned long size = std::min(count - total.read, WINDOW);
-        memcpy(units.at, src + 2 * total.read, 2 * size);
-        PadWithZeros(units.at, size);
-        const unsigned long written = WithoutZeros(Best().toGbk(units.at, size, gbk), size);
-        memcpy(dst + total.written, gbk, written);
-        total.read += size;
-        total.written += written;
-    }
-    return total;
-}
-
-TARGET_AVX2 Progress FastGbkToUtf8(const unsigned short* gbkToUnit, const char* src, unsigned long srcLen,
-                                   char* dst, unsigned long room)
-{
-    Units units;
-    unsigned char utf8[3 * Units::MOST + SLACK];
-    CWindows windows(src, srcLen);
-    Progress total;
-    bool last = false;
-    while (!last && total.written < room) {
-        const Window window = windows.At(total.read);
-        const Progress step = Best().localePairs(gbkToUnit, window.at, window.size, window.last, units.at);
-        if (HasZero(units.at, step.written)) break;
-        PadWithZeros(units.at, step.written);
-        const unsigned long bytes = WithoutZeros(Best().toUtf8(units.at, step.written, utf8), step.written);
-        const unsigned long kept = std::min(bytes, room - total.written);
-        memcpy(dst + total.written, utf8, kept);
-        total.read += step.read;
-        total.written += kept;
-        last = window.last;
-    }
-    return total;
-}
-
-TARGET_AVX2 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst)
-{
-    Units units;
-    unsigned char gbk[2 * Units::MOST + SLACK];
-    CWindows windows(src, srcLen);
-    Progress total;
-    bool last = false;
-    while (!last) {
-        const Window window = windows.At(total.read);
-        const Progress step = Best().utf8(window.at, window.size, window.last, units.at);
-        PadWithZeros(units.at, step.written);
-        const Progress encoded = Best().toKnownGbk(units.at, step.written, gbk);
-        if (encoded.read < step.written) break;
-        const unsigned long bytes = WithoutZeros(encoded, step.written);
-        memcpy(dst + total.written, gbk, bytes);
-        total.read += step.read;
-        total.written += bytes;
-        last = window.last;
-    }
-    return total;
+    auto* const to = reinterpret_cast<unsigned char*>(dst);
+    if (UseAvx512() && 2 * count <= SHORT) return avx512::Utf16ToGbk(src, count, to);
+    // Straight into place: each of the code units behind makes one byte at least.
+    const Progress most = Utf16ToGbk(src, count, to);
+    // The last few, with zeros behind them that make a byte each.
+    constexpr unsigned long FEW = 16;
+    const unsigned long left = count - most.read;
+    if (left == 0) return most;
+    char units[2 * 2 * FEW] = {};
+    unsigned char gbk[2 * 2 * FEW];
+    if (count >= FEW)
+        Store32(units, Load32(src + 2 * (count - FEW)));
+    else
+        memcpy(units + 2 * (FEW - left), src, 2 * left);
+    const Progress step = Utf16ToGbk(units + 2 * (FEW - left), left + FEW - 1, gbk);
+    const unsigned long written = step.written - (step.read - left);
+    Place(dst + most.written, gbk, written);
+    return {count, most.written + written};
 }

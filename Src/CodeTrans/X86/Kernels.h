@@ -1,10 +1,5 @@
-// The vector kernels: each turns a window of one encoding into UTF-16 code units, or code units into one
-// encoding.
-//
-// Every conversion is one of the first followed by one of the second over a scratch array of code units that
-// stays in the first-level cache. Kernels read and write whole vectors, so their source must be readable and
-// their output writable for SLACK bytes beyond what they use: FastPaths.cpp sees to that. Invariant of every
-// kernel: the output up to `written` is what the plain form makes of the source up to `read`.
+// The vector kernels of the fast forms. Invariant of every one: the output up to `written` is what the plain
+// form makes of the source up to `read`.
 #ifndef CODETRANS_X86_KERNELS_H
 #define CODETRANS_X86_KERNELS_H
 
@@ -14,28 +9,47 @@
 
 namespace fast
 {
-constexpr unsigned long SLACK = FAST_SLACK;
+// KernelsOfRuns.cpp, AVX2. Characters that lie wholly in `size` bytes. The source must be readable and the
+// output writable for SLACK bytes beyond what is used.
+constexpr unsigned long SLACK = 64;
 
-// To code units. `last`: behind the source there are zeros, and a character cut by the end is left; in other
-// windows the source goes on, and a kernel may go on with it.
-using Decode = Progress(const unsigned char* src, unsigned long size, bool last, uint16_t* units);
-using DecodePairs = Progress(const unsigned short* table, const unsigned char* src, unsigned long size,
-                             bool last, uint16_t* units);
+// GBK or Big5 by a mapping table of the model: bytes of 80 and above take the next one with them.
+Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
+                      unsigned char* out);
 
-// From code units, behind which there are zeros. A kernel may run into them; each of them becomes one byte.
-using Encode = Progress(const uint16_t* units, unsigned long size, unsigned char* out);
+// GBK by the locale's sequences; stops at a pair that they lack.
+Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned long size,
+                   unsigned char* out);
 
-struct Kernels {
-    DecodePairs* modelPairs;   // bytes of 80 and above take the next one along; table entries by PairIndex
-    DecodePairs* localePairs;  // the same; table entries by the GBK code less 0x8000
-    Decode* utf8;              // continuation bytes taken as they come: NextWide
-    Encode* toUtf8;            // surrogates like any other unit
-    Encode* toGbk;             // as utoGbk
-    Encode* toKnownGbk;        // stops at a zero, what GBK lacks and the euro sign
-};
+// By CodeTable, continuation bytes taken as they come (NextWide); stops at a zero, at what GBK lacks and at
+// the euro sign.
+Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 
-extern const Kernels KERNELS_AVX2;
-extern const Kernels KERNELS_AVX512;  // with VBMI2
+// KernelsAvx2.cpp. The same SLACK, but for the sources of the last two.
+
+// Continuation bytes taken as they come. May stop at bytes that begin no character, within three of the end.
+Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
+
+// Stops at a zero and above U+FFFF.
+Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out);
+
+// As utoGbk: all but the last few.
+Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
+
+// KernelsAvx512.cpp, with VBMI2. The same, straight from source to destination, to the last character,
+// nothing else touched.
+namespace avx512
+{
+Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
+                      unsigned char* out);
+Progress GbkToUtf8(const unsigned short* units, const unsigned char* src, unsigned long size,
+                   unsigned char* out);
+Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
+Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
+Progress WideToUtf8(const wchar_t* src, unsigned long count,
+                    unsigned char* out);  // drops what is above U+FFFF
+Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
+}  // namespace avx512
 }  // namespace fast
 
 #endif  // CODETRANS_X86_KERNELS_H

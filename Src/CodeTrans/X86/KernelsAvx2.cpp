@@ -1,4 +1,7 @@
-// The kernels for AVX2.
+// The kernels to and from wide characters, and from code units, for AVX2: eight bytes or characters at a
+// time, which tables of shuffles put into place. No branch depends on the text but for ASCII and for what is
+// not UTF-8 of one to three bytes.
+#include <algorithm>
 #include <array>
 #include <bit>
 
@@ -14,240 +17,37 @@ namespace
 using Shuffle = std::array<unsigned char, 16>;
 constexpr unsigned char DROPPED = 0x80;  // as a shuffle's entry: a zero byte
 
-// ---------------------------------------------------------------------------------------------------------
-// To code units: blocks of 32 source bytes, each byte of which begins a character or continues one. Bit masks
-// tell which, and each eight bytes are shuffled into place by a table of those masks: no branch depends on
-// the text, but for blocks of ASCII. Behind the last window there are zeros (`last`), which read as ASCII and
-// are taken back.
-
-constexpr unsigned long BLOCK = 32;
-
-TARGET_AVX2 void WidenAscii(__m256i bytes, uint16_t* units)
+// By the bytes among ten that begin a character: in lanes of 32 bits, the bytes of each that begins in the
+// first eight, last one first.
+constexpr unsigned TEN_BYTES = 1024;
+constexpr std::array<std::array<unsigned char, 32>, TEN_BYTES> MakeSequenceShuffles()
 {
-    Store32(units, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
-    Store32(units + 16, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
-}
-
-// The shuffles below go by nine bits: whether the byte before the eight is a lead byte (so that the first is
-// a trail byte), and whether each of the eight is.
-constexpr unsigned WITH_PREVIOUS = 512;
-
-// The pairs that begin in the eight bytes, side by side.
-constexpr std::array<uint64_t, WITH_PREVIOUS> MakePairShuffles()
-{
-    std::array<uint64_t, WITH_PREVIOUS> shuffles{};
-    for (unsigned leads = 0; leads < WITH_PREVIOUS; ++leads) {
-        unsigned to = 0;
-        for (unsigned byte = 0; byte < 8; ++byte)
-            if ((leads >> (byte + 1) & 1) != 0 && to < 64) {
-                shuffles[leads] |= uint64_t{byte | (byte + 1) << 8} << to;
-                to += 16;
-            }
-        if (to < 64) shuffles[leads] |= 0x8080808080808080 << to;
-    }
-    return shuffles;
-}
-alignas(64) constexpr auto PAIR_SHUFFLES = MakePairShuffles();
-
-// From the eight bytes with the code units of their pairs behind them, the code units of all characters that
-// begin there.
-constexpr std::array<Shuffle, WITH_PREVIOUS> MakeUnitShuffles()
-{
-    std::array<Shuffle, WITH_PREVIOUS> shuffles{};
-    for (unsigned leads = 0; leads < WITH_PREVIOUS; ++leads) {
-        Shuffle& shuffle = shuffles[leads];
-        shuffle.fill(DROPPED);
-        unsigned to = 0, pair = 8;
-        for (unsigned byte = 0; byte < 8; ++byte) {
-            const bool isTrail = (leads >> byte & 1) != 0, isLead = (leads >> (byte + 1) & 1) != 0;
-            if (isLead && pair < 16) {
-                shuffle[to++] = static_cast<unsigned char>(pair++);
-                shuffle[to++] = static_cast<unsigned char>(pair++);
-            } else if (!isTrail) {
-                shuffle[to] = static_cast<unsigned char>(byte);
-                to += 2;
-            }
-        }
-    }
-    return shuffles;
-}
-alignas(64) constexpr auto UNIT_SHUFFLES = MakeUnitShuffles();
-
-// A mapping table of the model, entries by PairIndex.
-struct ModelTable {
-    static TARGET_AVX2 __m128i Indices(__m128i pairs)
-    {
-        const __m128i lead = _mm_and_si128(pairs, _mm_set1_epi16(0x7F));
-        const __m128i row = _mm_subs_epu16(_mm_srli_epi16(pairs, 8), _mm_set1_epi16(0x40));
-        return _mm_or_si128(_mm_slli_epi16(row, 7), lead);
-    }
-};
-
-// The locale's GBK, entries by the code less 0x8000.
-struct LocaleTable {
-    static TARGET_AVX2 __m128i Indices(__m128i pairs)
-    {
-        const __m128i codes = _mm_or_si128(_mm_slli_epi16(pairs, 8), _mm_srli_epi16(pairs, 8));
-        return _mm_and_si128(codes, _mm_set1_epi16(0x7FFF));
-    }
-};
-
-// The characters that begin in the eight bytes at `src`, of which four pairs at most. Returns their number.
-template <typename Table>
-TARGET_AVX2 unsigned long EightBytesToUnits(const unsigned short* table, const unsigned char* src,
-                                            unsigned leads, uint16_t* units)
-{
-    const __m128i bytes = Load16(src);
-    const __m128i pairs =
-        _mm_shuffle_epi8(bytes, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&PAIR_SHUFFLES[leads])));
-    const auto indices = static_cast<uint64_t>(_mm_cvtsi128_si64(Table::Indices(pairs)));
-    __m128i all = _mm_insert_epi16(bytes, table[indices & 0xFFFF], 4);
-    all = _mm_insert_epi16(all, table[indices >> 16 & 0xFFFF], 5);
-    all = _mm_insert_epi16(all, table[indices >> 32 & 0xFFFF], 6);
-    all = _mm_insert_epi16(all, table[indices >> 48], 7);
-    Store16(units, _mm_shuffle_epi8(all, Load16(UNIT_SHUFFLES[leads].data())));
-    return 8 - static_cast<unsigned long>(std::popcount(leads & 0xFF));
-}
-
-// Bytes of 80 and above take the next byte with them. Stops at a lone lead byte at the end of the last
-// window.
-template <typename Table>
-TARGET_AVX2 Progress PairsToUnits(const unsigned short* table, const unsigned char* src, unsigned long size,
-                                  bool last, uint16_t* units)
-{
-    Progress at;
-    uint64_t leads = 0;  // of the block, from bit 1 on; bit 0 is the byte before
-    for (; at.read < size; at.read += BLOCK) {
-        const __m256i bytes = Load32(src + at.read);
-        const uint64_t previous = leads >> BLOCK;
-        const uint32_t high = Mask(bytes) & ~static_cast<uint32_t>(previous);
-        if ((high | previous) == 0) {
-            WidenAscii(bytes, units + at.written);
-            at.written += BLOCK;
-            leads = 0;
-            continue;
-        }
-        leads = uint64_t{LeadBytes(high)} << 1 | previous;
-        for (unsigned long byte = 0; byte < BLOCK; byte += 8)
-            at.written += EightBytesToUnits<Table>(table, src + at.read + byte,
-                                                   leads >> byte & (WITH_PREVIOUS - 1), units + at.written);
-    }
-    const uint64_t carry = leads >> BLOCK;
-    if (!last) return {at.read + carry, at.written};
-    // Each byte behind the end has made a character, be it alone or as the trail byte of a lone lead byte.
-    const bool isCut = (leads >> (size + BLOCK - at.read) & 1) != 0;
-    return {size - isCut, at.written - (at.read + carry - size)};
-}
-
-// By the bytes among eight that begin a character: that byte and the next two, last first, in a lane of 32
-// bits.
-constexpr std::array<std::array<unsigned char, 32>, 256> MakeSequenceShuffles()
-{
-    std::array<std::array<unsigned char, 32>, 256> shuffles{};
-    for (unsigned starts = 0; starts < 256; ++starts) {
+    std::array<std::array<unsigned char, 32>, TEN_BYTES> shuffles{};
+    for (unsigned starts = 0; starts < TEN_BYTES; ++starts) {
         shuffles[starts].fill(DROPPED);
-        unsigned to = 0;
-        for (unsigned byte = 0; byte < 8; ++byte)
-            if ((starts >> byte & 1) != 0) {
-                for (unsigned i = 0; i < 3; ++i)
-                    shuffles[starts][to + i] = static_cast<unsigned char>(byte + 2 - i);
-                to += 4;
-            }
+        unsigned lane = 0;
+        for (unsigned first = 0; first < 8; ++first) {
+            if ((starts >> first & 1) == 0) continue;
+            unsigned last = first;
+            while (last < 9 && last < first + 2 && (starts >> (last + 1) & 1) == 0) ++last;
+            for (unsigned byte = first; byte <= last; ++byte)
+                shuffles[starts][4 * lane + last - byte] = static_cast<unsigned char>(byte);
+            ++lane;
+        }
     }
     return shuffles;
 }
 alignas(64) constexpr auto SEQUENCE_SHUFFLES = MakeSequenceShuffles();
 
-// The characters that begin in the eight bytes at `src`, of one to three bytes each.
-TARGET_AVX2 void EightBytesOfUtf8(const unsigned char* src, unsigned starts, uint16_t* units)
+// The characters that begin in the first eight bytes, of one to three bytes each.
+TARGET_AVX2 __m256i DecodeEightBytes(const unsigned char* src, unsigned starts)
 {
     const __m256i bytes = _mm256_broadcastsi128_si256(Load16(src));
     const __m256i lanes = _mm256_shuffle_epi8(bytes, Load32(SEQUENCE_SHUFFLES[starts].data()));
-    // Six bits of either following byte and all of the first: last + 64 * middle, then that + 4096 * first.
-    const __m256i bits = _mm256_and_si256(lanes, _mm256_set1_epi32(0x00FF3F3F));
+    // Seven bits of the last byte, six of the one before, four of the first of three.
+    const __m256i bits = _mm256_and_si256(lanes, _mm256_set1_epi32(0x000F3F7F));
     const __m256i halves = _mm256_maddubs_epi16(bits, _mm256_set1_epi32(0x00014001));
-    const __m256i three = _mm256_madd_epi16(halves, _mm256_set1_epi32(0x10000001));
-    // Less the bytes that are not its own, by the first one's upper half (plus 1, so that 0 is free).
-    const __m256i kind = _mm256_srli_epi32(_mm256_add_epi32(lanes, _mm256_set1_epi32(0x100000)), 20);
-    const __m256i foreign = _mm256_shuffle_epi8(
-        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 12, 12, 12, 12, 12, 12, 12, 12, 0, 0, 0, 0, 6, 6, 0)),
-        kind);
-    const __m256i own = _mm256_srlv_epi32(three, foreign);
-    // Less the bits that mark the first byte of two or three.
-    const __m256i isThree = _mm256_cmpgt_epi32(lanes, _mm256_set1_epi32(0xDFFFFF));
-    const __m256i mask =
-        _mm256_or_si256(_mm256_and_si256(isThree, _mm256_set1_epi32(0xF800)), _mm256_set1_epi32(0x07FF));
-    const __m256i points = _mm256_and_si256(own, mask);
-    Store16(units, _mm_packus_epi32(_mm256_castsi256_si128(points), _mm256_extracti128_si256(points, 1)));
-}
-
-// UTF-8 whose continuation bytes are taken as they come (NextWide). A block with anything but whole sequences
-// of one to three bytes is decoded one by one.
-TARGET_AVX2 Progress Utf8ToUnits(const unsigned char* src, unsigned long size, bool last, uint16_t* units)
-{
-    Progress at;
-    uint64_t carry = 0;  // the bytes of this block that continue a sequence of the last
-    while (at.read < size) {
-        const __m256i bytes = Load32(src + at.read);
-        const uint32_t high = Mask(bytes);
-        if ((high | carry) == 0) {
-            WidenAscii(bytes, units + at.written);
-            at.read += BLOCK;
-            at.written += BLOCK;
-            continue;
-        }
-        const auto atLeast = [&](unsigned char lowest) TARGET_AVX2 {
-            const __m256i limit = _mm256_set1_epi8(static_cast<char>(lowest));
-            return Mask(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, limit), bytes));
-        };
-        const uint64_t twos = atLeast(0xC0), threes = atLeast(0xE0);
-        const uint32_t fours = atLeast(0xF0);
-        const uint64_t following = twos << 1 | threes << 2 | carry;
-        const bool isCut = last && at.read + BLOCK >= size && following >> BLOCK != 0;
-        if (static_cast<uint32_t>(following) != (high & ~static_cast<uint32_t>(twos)) || fours != 0 ||
-            isCut) {
-            const unsigned long end = last ? std::min(at.read + BLOCK, size) : at.read + BLOCK;
-            at.read += static_cast<unsigned long>(std::popcount(carry));
-            while (at.read < end) {
-                const WideStep step = NextWide(src + at.read, last ? size - at.read : SLACK);
-                units[at.written] = static_cast<uint16_t>(step.cp);
-                at.read += step.length;
-                at.written += step.isCharacter;
-            }
-            carry = 0;
-            continue;
-        }
-        const uint32_t starts = ~static_cast<uint32_t>(following);
-        for (unsigned long byte = 0; byte < BLOCK; byte += 8) {
-            const unsigned startsHere = starts >> byte & 0xFF;
-            EightBytesOfUtf8(src + at.read + byte, startsHere, units + at.written);
-            at.written += static_cast<unsigned long>(std::popcount(startsHere));
-        }
-        at.read += BLOCK;
-        carry = following >> BLOCK;
-    }
-    at.read += static_cast<unsigned long>(std::popcount(carry));
-    if (!last || at.read <= size) return at;
-    return {size, at.written - (at.read - size)};
-}
-
-// ---------------------------------------------------------------------------------------------------------
-// From code units. Those that make bytes may run into the zeros behind `size`, each of which becomes one
-// byte.
-
-TARGET_AVX2 bool IsAscii(__m256i units)
-{
-    return _mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xFF80)));
-}
-
-TARGET_AVX2 bool HasZero(__m256i units)
-{
-    return Mask(_mm256_cmpeq_epi16(units, _mm256_setzero_si256())) != 0;
-}
-
-TARGET_AVX2 __m128i NarrowAscii(__m256i units)
-{
-    return _mm_packus_epi16(_mm256_castsi256_si128(units), _mm256_extracti128_si256(units, 1));
+    return _mm256_madd_epi16(halves, _mm256_set1_epi32(0x10000001));
 }
 
 // By a bit for each of eight code units that is ASCII: both bytes of a code, high byte first, or the low byte
@@ -267,48 +67,6 @@ constexpr std::array<Shuffle, 256> MakeGbkShuffles()
     return shuffles;
 }
 alignas(64) constexpr auto GBK_SHUFFLES = MakeGbkShuffles();
-
-// A bit for each word, from its highest.
-TARGET_AVX2 unsigned LaneMask(__m128i words)
-{
-    return Mask(_mm_packs_epi16(words, _mm_setzero_si128()));
-}
-
-// GBK by CodeTable. STRICT: stops, short of `size`, at a zero unit, at what GBK lacks and at the euro sign;
-// otherwise the first is a byte like any other and the others become A1 A1 and 00 80.
-template <bool STRICT>
-TARGET_AVX2 Progress UnitsToGbk(const uint16_t* units, unsigned long size, unsigned char* out)
-{
-    const __m128i zero = _mm_setzero_si128();
-    Progress at;
-    while (at.read < size) {
-        const __m256i sixteen = Load32(units + at.read);
-        if (IsAscii(sixteen) && !(STRICT && HasZero(sixteen))) {
-            Store16(out + at.written, NarrowAscii(sixteen));
-            at.read += 16;
-            at.written += 16;
-            continue;
-        }
-        const __m128i eight = _mm256_castsi256_si128(sixteen);
-        const __m128i isAscii =
-            _mm_cmpeq_epi16(_mm_and_si128(eight, _mm_set1_epi16(static_cast<short>(0xFF80))), zero);
-        const unsigned ascii = LaneMask(isAscii);
-        __m128i codes = LookUp8(CodeTable, eight);
-        if constexpr (STRICT) {
-            const unsigned zeros = LaneMask(_mm_cmpeq_epi16(eight, zero));
-            const unsigned good = (LaneMask(codes) | ascii) & ~zeros;
-            const unsigned used = size - at.read < 8 ? (1U << (size - at.read)) - 1 : 0xFF;
-            if ((good & used) != used) break;
-        } else {
-            const __m128i lacking = _mm_andnot_si128(isAscii, _mm_cmpeq_epi16(codes, zero));
-            codes = _mm_blendv_epi8(codes, _mm_set1_epi16(static_cast<short>(0xA1A1)), lacking);
-        }
-        Store16(out + at.written, _mm_shuffle_epi8(codes, Load16(GBK_SHUFFLES[ascii].data())));
-        at.read += 8;
-        at.written += 16 - static_cast<unsigned long>(std::popcount(ascii));
-    }
-    return at;
-}
 
 // By two bits for each of four code units, ASCII (bits 0-3) and below U+0800 (bits 4-7): the bytes that count
 // of lanes of lead, middle, last; ASCII lies in the first byte.
@@ -330,19 +88,115 @@ constexpr std::array<Shuffle, 256> MakeUtf8Shuffles()
 }
 alignas(64) constexpr auto UTF8_SHUFFLES = MakeUtf8Shuffles();
 
-// UTF-8, surrogates like any other unit.
-TARGET_AVX2 Progress UnitsToUtf8(const uint16_t* units, unsigned long size, unsigned char* out)
+// UTF-8 to wide characters: blocks that the text goes on behind, or the END. `carry`: the bytes of the next
+// block that continue a character of the last. False where that may be cut by the end.
+template <bool END>
+TARGET_AVX2 inline bool DecodeUtf8(const unsigned char* src, unsigned long size, unsigned char* out,
+                                   Progress& at, unsigned& carry)
 {
-    Progress at;
-    while (at.read < size) {
-        const __m256i sixteen = Load32(units + at.read);
-        if (IsAscii(sixteen)) {
-            Store16(out + at.written, NarrowAscii(sixteen));
-            at.read += 16;
-            at.written += 16;
+    constexpr unsigned BLOCK = 32, BEHIND = END ? 0 : BLOCK + 2;
+    while (at.read + BEHIND < size) {
+        const __m256i bytes = Load32(src + at.read);
+        const unsigned long left = size - at.read;
+        const unsigned within = END && left < BLOCK ? (1U << left) - 1 : ~0U;
+        const unsigned high = Mask(bytes) & within;
+        if ((high | carry) == 0 && (!END || left >= BLOCK)) {
+            __m128i sixteen = _mm256_castsi256_si128(bytes);
+            for (const unsigned half : {0U, 64U}) {
+                Store32(out + at.written + half, _mm256_cvtepu8_epi32(sixteen));
+                Store32(out + at.written + half + 32, _mm256_cvtepu8_epi32(_mm_srli_si128(sixteen, 8)));
+                sixteen = _mm256_extracti128_si256(bytes, 1);
+            }
+            at.read += BLOCK;
+            at.written += 4 * BLOCK;
             continue;
         }
-        const __m256i points = _mm256_cvtepu16_epi32(_mm256_castsi256_si128(sixteen));
+        const auto atLeast = [&](unsigned char lowest) TARGET_AVX2 {
+            const __m256i limit = _mm256_set1_epi8(static_cast<char>(lowest));
+            return Mask(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, limit), bytes)) & within;
+        };
+        const uint64_t twos = atLeast(0xC0), threes = atLeast(0xE0);
+        const uint64_t following = twos << 1 | threes << 2 | carry;
+        const bool isCut = END && left < BLOCK + 2 && following >> left != 0;
+        if (static_cast<unsigned>(following) != (high & ~static_cast<unsigned>(twos)) || atLeast(0xF0) != 0 ||
+            isCut) {
+            const unsigned long end = at.read + std::min<unsigned long>(left, BLOCK);
+            if (carry != 0) {  // back to the character that was taken to continue here
+                at.read -= src[at.read - 1] >= 0xC0 ? 1 : 2;
+                at.written -= sizeof(wchar_t);
+            }
+            while (at.read < end) {
+                const WideStep step = NextWide(src + at.read, size - at.read);
+                if (!step.isCharacter && size - at.read < 3) return false;
+                StoreWide(out + at.written, static_cast<wchar_t>(step.cp));
+                at.read += step.length;
+                at.written += step.isCharacter ? sizeof(wchar_t) : 0;
+            }
+            carry = 0;
+            continue;
+        }
+        for (unsigned byte = 0; byte < BLOCK; byte += 8) {
+            const auto starts = static_cast<unsigned>(~following >> byte) & (TEN_BYTES - 1);
+            Store32(out + at.written, DecodeEightBytes(src + at.read + byte, starts));
+            at.written +=
+                sizeof(wchar_t) * static_cast<unsigned>(std::popcount(starts & within >> byte & 0xFF));
+        }
+        at.read += END ? std::min<unsigned long>(left, BLOCK) : BLOCK;
+        carry = static_cast<unsigned>(following >> BLOCK);
+    }
+    return true;
+}
+
+// The first `count` of eight wide characters, then zeros.
+TARGET_AVX2 __m256i LoadWides(const wchar_t* src, unsigned long count)
+{
+    if (count >= 8) return Load32(src);
+    const __m256i places = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
+    const __m256i within = _mm256_cmpgt_epi32(_mm256_set1_epi32(static_cast<int>(count)), places);
+    return _mm256_maskload_epi32(reinterpret_cast<const int*>(src), within);
+}
+
+// A bit for each lane, from its highest.
+TARGET_AVX2 unsigned Lanes(__m256i lanes)
+{
+    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(lanes)));
+}
+}  // namespace
+
+TARGET_AVX2 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out)
+{
+    Progress at;
+    unsigned carry = 0;
+    if (DecodeUtf8<false>(src, size, out, at, carry)) DecodeUtf8<true>(src, size, out, at, carry);
+    return at;
+}
+
+TARGET_AVX2 Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
+{
+    const __m256i zero = _mm256_setzero_si256();
+    Progress at;
+    while (at.read < count) {
+        const unsigned long left = count - at.read;
+        if (left >= 16) {
+            // Other characters come out as bytes that are not above 0, too.
+            const wchar_t* const from = src + at.read;
+            const __m256i first = _mm256_packus_epi32(Load32(from), Load32(from + 8));
+            const __m256i second =
+                left >= 32 ? _mm256_packus_epi32(Load32(from + 16), Load32(from + 24)) : first;
+            const __m256i bytes = _mm256_packus_epi16(first, second);
+            if (Mask(_mm256_cmpgt_epi8(bytes, zero)) == ~0U) {
+                const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+                Store32(out + at.written, _mm256_permutevar8x32_epi32(bytes, order));
+                at.read += left >= 32 ? 32 : 16;
+                at.written += left >= 32 ? 32 : 16;
+                continue;
+            }
+        }
+        const __m256i points = LoadWides(src + at.read, left);
+        const unsigned used = left < 8 ? (1U << left) - 1 : 0xFF;
+        const __m256i tooHigh = _mm256_set1_epi32(static_cast<int>(0xFFFF0000));
+        if ((Lanes(_mm256_cmpeq_epi32(points, zero)) & used) != 0 || !_mm256_testz_si256(points, tooHigh))
+            break;
         const __m256i isAscii = _mm256_cmpgt_epi32(_mm256_set1_epi32(0x80), points);
         const __m256i isShort = _mm256_cmpgt_epi32(_mm256_set1_epi32(0x800), points);
         const __m256i lead = _mm256_srli_epi32(points, 12);
@@ -353,8 +207,7 @@ TARGET_AVX2 Progress UnitsToUtf8(const uint16_t* units, unsigned long size, unsi
                                               _mm256_and_si256(isShort, _mm256_set1_epi32(0x4000)));
         const __m256i sequence = _mm256_or_si256(_mm256_or_si256(lead, middle), _mm256_or_si256(last, marks));
         const __m256i lanes = _mm256_blendv_epi8(sequence, points, isAscii);
-        const auto ascii = static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(isAscii)));
-        const auto below = static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(isShort)));
+        const unsigned ascii = Lanes(isAscii), below = Lanes(isShort);
         const unsigned firstKinds = (ascii & 0xF) | (below & 0xF) << 4;
         const unsigned secondKinds = ascii >> 4 | (below & 0xF0);
         Store16(out + at.written,
@@ -363,12 +216,37 @@ TARGET_AVX2 Progress UnitsToUtf8(const uint16_t* units, unsigned long size, unsi
         Store16(out + at.written, _mm_shuffle_epi8(_mm256_extracti128_si256(lanes, 1),
                                                    Load16(UTF8_SHUFFLES[secondKinds].data())));
         at.written += 12 - static_cast<unsigned long>(std::popcount(secondKinds));
-        at.read += 8;
+        // Behind the last character each lane has become one byte.
+        at.read += std::min(left, 8UL);
+        at.written -= 8 - std::min(left, 8UL);
     }
     return at;
 }
-}  // namespace
 
-const Kernels KERNELS_AVX2 = {PairsToUnits<ModelTable>, PairsToUnits<LocaleTable>, Utf8ToUnits, UnitsToUtf8,
-                              UnitsToGbk<false>,        UnitsToGbk<true>};
+TARGET_AVX2 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out)
+{
+    const __m128i zero = _mm_setzero_si128();
+    Progress at;
+    while (at.read + 16 <= count) {
+        const __m256i sixteen = Load32(src + 2 * at.read);
+        if (_mm256_testz_si256(sixteen, _mm256_set1_epi16(static_cast<short>(0xFF80)))) {
+            Store16(out + at.written,
+                    _mm_packus_epi16(_mm256_castsi256_si128(sixteen), _mm256_extracti128_si256(sixteen, 1)));
+            at.read += 16;
+            at.written += 16;
+            continue;
+        }
+        const __m128i eight = _mm256_castsi256_si128(sixteen);
+        const __m128i isAscii =
+            _mm_cmpeq_epi16(_mm_and_si128(eight, _mm_set1_epi16(static_cast<short>(0xFF80))), zero);
+        const unsigned ascii = LaneMask(isAscii);
+        __m128i codes = LookUp8(CodeTable, eight);
+        const __m128i lacking = _mm_andnot_si128(isAscii, _mm_cmpeq_epi16(codes, zero));
+        codes = _mm_blendv_epi8(codes, _mm_set1_epi16(static_cast<short>(0xA1A1)), lacking);
+        Store16(out + at.written, _mm_shuffle_epi8(codes, Load16(GBK_SHUFFLES[ascii].data())));
+        at.read += 8;
+        at.written += 16 - static_cast<unsigned long>(std::popcount(ascii));
+    }
+    return at;
+}
 }  // namespace fast

@@ -5,8 +5,9 @@
 #include <immintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
-#define TARGET_AVX2 __attribute__((target("avx2,bmi,popcnt")))
+#define TARGET_AVX2 __attribute__((target("avx2,bmi,bmi2,popcnt")))
 
 namespace fast
 {
@@ -30,6 +31,12 @@ inline TARGET_AVX2 void Store32(void* to, __m256i value)
     _mm256_storeu_si256(static_cast<__m256i*>(to), value);
 }
 
+// Eight bytes from one place to another.
+inline TARGET_AVX2 void Copy8(void* to, const void* from)
+{
+    _mm_storel_epi64(static_cast<__m128i*>(to), _mm_loadl_epi64(static_cast<const __m128i*>(from)));
+}
+
 inline TARGET_AVX2 unsigned Mask(__m128i bytes)
 {
     return static_cast<unsigned>(_mm_movemask_epi8(bytes));
@@ -40,7 +47,35 @@ inline TARGET_AVX2 unsigned Mask(__m256i bytes)
     return static_cast<unsigned>(_mm256_movemask_epi8(bytes));
 }
 
-// Eight look-ups at once.
+// A bit for each word, from its highest.
+inline TARGET_AVX2 unsigned LaneMask(__m128i words)
+{
+    return Mask(_mm_packs_epi16(words, _mm_setzero_si128()));
+}
+
+// 32 bytes of ASCII as code units.
+inline TARGET_AVX2 void WidenAscii(__m256i bytes, void* to)
+{
+    Store32(to, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
+    Store32(static_cast<char*>(to) + 32, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+}
+
+// Eight look-ups at once: into memory, and into a vector.
+inline TARGET_AVX2 void StoreLookUps8(const unsigned short* table, __m128i indices, unsigned char* to)
+{
+    const auto low = static_cast<uint64_t>(_mm_cvtsi128_si64(indices));
+    const auto high = static_cast<uint64_t>(_mm_extract_epi64(indices, 1));
+    const auto store = [&](unsigned i, uint64_t index) { memcpy(to + 2 * i, table + (index & 0xFFFF), 2); };
+    store(0, low);
+    store(1, low >> 16);
+    store(2, low >> 32);
+    store(3, low >> 48);
+    store(4, high);
+    store(5, high >> 16);
+    store(6, high >> 32);
+    store(7, high >> 48);
+}
+
 inline TARGET_AVX2 __m128i LookUp8(const unsigned short* table, __m128i indices)
 {
     const auto low = static_cast<uint64_t>(_mm_cvtsi128_si64(indices));
@@ -56,16 +91,11 @@ inline TARGET_AVX2 __m128i LookUp8(const unsigned short* table, __m128i indices)
     return _mm_unpacklo_epi64(found, more);
 }
 
-// The lead bytes among bytes of which `high` are 80 and above, the first not a trail byte: in each run of
-// high bytes the first, the third and so on.
-template <typename Bits>
-constexpr Bits LeadBytes(Bits high)
+// The same by a table of 32 bits: four each.
+inline TARGET_AVX2 __m128i LookUp4(const uint32_t* table, uint64_t indices)
 {
-    constexpr Bits EVEN = static_cast<Bits>(0x5555555555555555);
-    const Bits first = high & ~(high << 1);
-    // The addition carries through the runs that begin at even places and clears them.
-    const Bits inEvenRuns = high & ~(high + (first & EVEN));
-    return (inEvenRuns & EVEN) | (high & ~inEvenRuns & ~EVEN);
+    const auto entry = [&](unsigned i) { return static_cast<int>(table[indices >> 16 * i & 0xFFFF]); };
+    return _mm_setr_epi32(entry(0), entry(1), entry(2), entry(3));
 }
 }  // namespace fast
 
