@@ -1,0 +1,32 @@
+#include "Locale.h"
+
+#include <langinfo.h>
+#include <locale.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+
+bool LocaleIsThere()
+{
+    locale_t const locale = newlocale(LC_ALL_MASK, LOCALE_NAME, nullptr);
+    if (locale == nullptr) return false;
+    const bool isGbk = strcmp(nl_langinfo_l(CODESET, locale), "GBK") == 0;
+    freelocale(locale);
+    return isGbk;
+}
+
+std::string CommandThatMakesLocale()
+{
+    const std::string root = geteuid() == 0 ? "" : "sudo ";
+    const bool hasSources = access("/usr/share/i18n/locales/zh_CN", R_OK) == 0;
+    const std::string sources = hasSources ? "" : root + "apt-get install locales && ";
+    // Where LOCPATH is set, the C library looks nowhere else.
+    const char* const path = getenv("LOCPATH");
+    if (path != nullptr && *path != 0) {
+        const std::string first = std::string(path).substr(0, strcspn(path, ":"));
+        return sources + "mkdir -p '" + first + "' && localedef -i zh_CN -f GBK '" + first + "/" +
+               LOCALE_NAME + "'";
+    }
+    return sources + root + "localedef -i zh_CN -f GBK " + LOCALE_NAME;
+}
