@@ -53,7 +53,8 @@ private:
     // Why nothing can be done, or empty. Settles the source's encoding.
     std::string Doubt()
     {
-        if (!m_options.from) return m_identity.binary ? "binary" : m_identity.doubt;
+        if (!m_options.from)
+            return m_identity.binary ? "binary; --from ENC converts it as text" : m_identity.doubt;
         const bool contradicted = m_identity.mark != 0 && m_identity.code != *m_options.from;
         if (contradicted) return std::string("has the byte-order mark of ") + EncodingName(m_identity.code);
         m_identity.code = *m_options.from;
@@ -66,8 +67,7 @@ private:
         m_progress(m_source.Bytes().size());
         if (m_identity.binary && !m_options.from && m_input.walked)
             return {Outcome::SKIPPED, {}, m_common.quiet ? "" : Remark(m_input.path, "binary, skipped")};
-        const std::string cure = m_options.from ? "not converted" : "not converted; --from ENCODING decides";
-        return {Outcome::UNDECIDED, {}, Remark(m_input.path, why + ": " + cure)};
+        return {Outcome::UNDECIDED, {}, Remark(m_input.path, "not converted: " + why)};
     }
 
     // Already as wanted, but for the mark perhaps, if the user asked for one or none.
@@ -162,8 +162,7 @@ private:
     void Commit(Target& target) const
     {
         if (m_source.IsRegular() && m_input.path != "-") m_source.CheckUnchanged(m_input.path);
-        const bool backed = m_options.inPlace && !m_options.backupSuffix.empty();
-        target.Commit(&m_source.Status(), backed ? m_input.path + m_options.backupSuffix : "");
+        target.Commit(&m_source.Status(), m_options.backupSuffix);
     }
 
     // A result that would not be recognised could be converted once more by a second run.

@@ -18,28 +18,23 @@ bool IsOddControl(unsigned unit)
     return unit < 0x20 && !(unit >= 0x08 && unit <= 0x0D) && unit != 0x1A && unit != 0x1B;
 }
 
-bool IsNoCharacter(unsigned unit)
-{
-    return IsOddControl(unit) || unit >= 0xFFFE || (unit >= 0xD800 && unit <= 0xDFFF);
-}
-
-// More than one in fifty, and more than a single one.
+// More than one in fifty, and more than a few.
 bool TooMany(size_t odd, size_t total)
 {
-    return odd > 1 + total / 50;
+    return odd > 4 + total / 50;
 }
 
 bool LooksBinary(std::string_view bytes, int code)
 {
     bytes = bytes.substr(0, SAMPLE);
     const auto byte = [&](size_t i) { return static_cast<unsigned>(static_cast<unsigned char>(bytes[i])); };
+    const size_t step = code == ENCODE_UNICODE ? 2 : 1;
     size_t odd = 0;
-    if (code == ENCODE_UNICODE) {
-        for (size_t i = 0; i + 1 < bytes.size(); i += 2) odd += IsNoCharacter(byte(i) | byte(i + 1) << 8);
-        return TooMany(odd, bytes.size() / 2);
+    for (size_t i = 0; i + step <= bytes.size(); i += step) {
+        const unsigned unit = step == 2 ? byte(i) | byte(i + 1) << 8 : byte(i);
+        odd += IsOddControl(unit) || unit >= 0xFFFE;
     }
-    for (size_t i = 0; i < bytes.size(); ++i) odd += IsOddControl(byte(i));
-    return TooMany(odd, bytes.size());
+    return TooMany(odd, bytes.size() / step);
 }
 
 bool IsAscii(std::string_view bytes)
@@ -69,7 +64,7 @@ Identity Identify(std::string_view bytes)
     using namespace std::string_view_literals;
     Identity identity;
     if (Starts(bytes, "\xFF\xFE\0\0"sv) || Starts(bytes, "\0\0\xFE\xFF"sv) || Starts(bytes, "\xFE\xFF"sv)) {
-        identity.doubt = "the byte-order mark is that of UTF-16BE or UTF-32, which are not read here";
+        identity.doubt = "has the byte-order mark of UTF-16BE or UTF-32, which are not read here";
         return identity;
     }
     for (const int code : {ENCODE_UTF8, ENCODE_UNICODE}) {
@@ -84,9 +79,9 @@ Identity Identify(std::string_view bytes)
     if (identity.binary)
         identity.code = ENCODE_UNKNOWN;
     else if (identity.code == ENCODE_UNKNOWN)
-        identity.doubt = "the encoding could not be told";
+        identity.doubt = "the encoding could not be told; --from ENC names it";
     else if (identity.code != ENCODE_UTF8 && !identity.ascii && LooksLikeUtf8(bytes, identity.code))
-        identity.doubt =
-            std::string("looks like ") + EncodingName(identity.code) + " but is flawless UTF-8 too";
+        identity.doubt = std::string("looks like ") + EncodingName(identity.code) +
+                         " but is flawless UTF-8 too; --from ENC decides";
     return identity;
 }

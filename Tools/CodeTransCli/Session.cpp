@@ -76,10 +76,8 @@ bool Begin(const CommonOptions& common)
         return false;
     }
     if (!common.quiet && !LocaleIsThere())
-        std::cerr
-            << "codetrans: note: the locale " << LOCALE_NAME
-            << " is missing. This program does without it; the "
-            << "library's routes between GBK and UTF-8 do not. 'codetrans doctor' tells how to make it.\n";
+        std::cerr << "codetrans: note: the locale " << LOCALE_NAME
+                  << " is missing; all is done without it here, but see 'codetrans doctor'\n";
     return true;
 }
 

@@ -19,7 +19,7 @@ std::string Followed(const std::string& path)
     std::error_code error;
     if (!fs::is_symlink(path, error)) return path;
     const fs::path real = fs::canonical(path, error);
-    if (error) throw std::system_error(error, "is a link to " + fs::read_symlink(path).string());
+    if (error) throw std::system_error(error, path + " is a link to " + fs::read_symlink(path).string());
     return real;
 }
 
@@ -63,7 +63,7 @@ Target::Target(const std::string& path)
         OpenTemporary();
     else
         m_descriptor = path == "-" ? dup(STDOUT_FILENO) : open(m_path.c_str(), O_WRONLY | O_CLOEXEC);
-    if (m_descriptor < 0) Fail("cannot write");
+    if (m_descriptor < 0) Fail("cannot write " + m_path);
 }
 
 Target::~Target()
@@ -127,7 +127,7 @@ void Target::Flush() const
     if (!flushed) Fail("cannot flush " + m_folder);
 }
 
-void Target::Commit(const struct stat* source, const std::string& backup)
+void Target::Commit(const struct stat* source, const std::string& backupSuffix)
 {
     if (m_direct) {
         const int descriptor = m_descriptor;
@@ -146,7 +146,7 @@ void Target::Commit(const struct stat* source, const std::string& backup)
     }
     if (fsync(m_descriptor) != 0) Fail("cannot flush the new file");
     if (m_temporary.empty()) GiveName();
-    if (!backup.empty()) KeepAs(m_path, backup);
+    if (!backupSuffix.empty()) KeepAs(m_path, m_path + backupSuffix);
     if (rename(m_temporary.c_str(), m_path.c_str()) != 0) Fail("cannot replace " + m_path);
     m_temporary.clear();
     Flush();

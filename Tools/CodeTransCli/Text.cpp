@@ -15,9 +15,11 @@ constexpr char16_t EURO = 0x20AC;
 
 void AppendUnits(std::u16string& units, const char* bytes, size_t count, size_t unitSize)
 {
-    for (size_t i = 0; i < count; ++i, bytes += unitSize)
-        units += static_cast<char16_t>(static_cast<unsigned char>(bytes[0]) |
-                                       static_cast<unsigned char>(bytes[1]) << 8);
+    const size_t had = units.size();
+    units.resize(had + count);
+    for (size_t i = 0; i < count; ++i)
+        units[had + i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[unitSize * i]) |
+                                               static_cast<unsigned char>(bytes[unitSize * i + 1]) << 8);
 }
 
 std::string UnitBytes(std::u16string_view units, size_t unitSize)
