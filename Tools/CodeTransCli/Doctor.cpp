@@ -25,7 +25,7 @@ void Mend(const std::string& command)
 std::string CommandThatBringsModel(const std::string& folder)
 {
     const std::string root = geteuid() == 0 ? "" : "sudo ";
-    const bool packaged = access("/var/lib/dpkg/info/codetrans.list", F_OK) == 0;
+    const bool packaged = LibraryFile().rfind("/usr/lib/", 0) == 0;
     if (packaged) return root + "dpkg --install codetrans_" CODETRANS_VERSION "_*.deb";
     return root + "install -D -m 644 Data/CodeTrans.model '" + ModelFile(folder) + "'";
 }
