@@ -10,8 +10,8 @@
 
 namespace
 {
-// Large enough to make the library's calls long; small enough for the processor's cache, and for its buffers, four
-// times as large, to come from the heap and not each time anew from the system.
+// Large enough to make the library's calls long; small enough for the processor's cache, and for its buffers,
+// four times as large, to come from the heap and not each time anew from the system.
 constexpr size_t BLOCK_BYTES = 1 << 14;
 
 struct Place {

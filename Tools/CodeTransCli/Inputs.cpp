@@ -107,11 +107,5 @@ void Inputs::DropAliases()
         const fs::path real = fs::canonical(input.path, error);
         return !error && !seen.insert(real).second;
     };
-    const auto isLink = [](const Input& input) {
-        std::error_code error;
-        return fs::is_symlink(input.path, error);
-    };
-    // A file goes by its own name if that was given too.
-    std::stable_partition(files.begin(), files.end(), [&](const Input& input) { return !isLink(input); });
     files.erase(std::remove_if(files.begin(), files.end(), known), files.end());
 }
