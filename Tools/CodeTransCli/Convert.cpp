@@ -128,12 +128,11 @@ private:
 
     Report Refused(const Losses& losses) const
     {
-        return {
-            Outcome::REFUSED,
-            {},
-            Described(losses) + Remark(m_input.path, Characters(losses.count) + " would be lost from " +
-                                                         EncodingName(m_identity.code) + " to " + ToName() +
-                                                         ": not converted; --lossy does it all the same")};
+        return {Outcome::REFUSED,
+                {},
+                Described(losses) +
+                    Remark(m_input.path, "not converted: " + Characters(losses.count) + " would be lost in " +
+                                             ToName() + " (--lossy allows it)")};
     }
 
     std::string Described(const Losses& losses) const
