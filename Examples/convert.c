@@ -26,8 +26,10 @@ int main(int argc, char** argv)
     const size_t n = fread(text, 1, sizeof text - 1, stdin);
     size_t size;
     int code;
-    if (out == NULL || TQ_Init(argc > 1 ? argv[1] : "", NULL) != 1) {
+    if (out == NULL) return 1;
+    if (TQ_Init(argc > 1 ? argv[1] : "", NULL) != 1) {
         fprintf(stderr, "%s\n", TQ_GetLastErrorMsg());
+        free(out);
         return 1;
     }
     code = TQ_CodeDetect(text, n);

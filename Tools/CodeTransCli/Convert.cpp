@@ -104,7 +104,6 @@ private:
         if (WantsMark(m_options)) target.Write(ByteOrderMark(m_options.to));
         const Losses losses = Pass([&](std::string_view bytes, size_t consumed) {
             target.Write(bytes);
-            m_written += bytes.size();
             if (m_head.size() < HEAD) m_head += bytes.substr(0, HEAD);
             m_progress(consumed);
         });
@@ -188,7 +187,6 @@ private:
     Source m_source;
     Identity m_identity;
     std::string m_head;
-    size_t m_written = 0;
 };
 
 bool IsFolder(const std::string& name)
@@ -214,7 +212,7 @@ std::string WrongUsage(const ConvertOptions& options, const Inputs& inputs)
     return {};
 }
 
-void Summarise(const size_t (&counts)[7])
+void Summarise(const OutcomeCounts& counts)
 {
     constexpr const char* NAMES[] = {"converted", "left as they were", "skipped", "converted with losses",
                                      "undecided", "refused",           "failed"};
@@ -237,7 +235,7 @@ int Convert(const CommonOptions& common, const ConvertOptions& options)
     const auto work = [&](const Input& input, const Workers::Progress& progress) {
         return Conversion(common, options, input, progress).Run();
     };
-    size_t counts[7] = {};
+    OutcomeCounts counts = {};
     const int status = Session{common, inputs, options.jobs, true, work}.Run(counts);
     if (!common.quiet && inputs.files.size() > 1) Summarise(counts);
     return status;

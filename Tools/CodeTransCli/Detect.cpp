@@ -61,6 +61,6 @@ int Detect(const CommonOptions& common, const DetectOptions& options)
         if (common.quiet) report.remark.clear();
         return report;
     };
-    size_t counts[7] = {};
+    OutcomeCounts counts = {};
     return Session{common, inputs, options.jobs, false, work}.Run(counts);
 }

@@ -7,13 +7,13 @@
 #include <cstdlib>
 #include <cstring>
 
+// Asks the way the library asks.
 bool LocaleIsThere()
 {
-    locale_t const locale = newlocale(LC_ALL_MASK, LOCALE_NAME, nullptr);
-    if (locale == nullptr) return false;
-    const bool isGbk = strcmp(nl_langinfo_l(CODESET, locale), "GBK") == 0;
-    freelocale(locale);
-    return isGbk;
+    const std::string before = setlocale(LC_ALL, nullptr);
+    const bool there = setlocale(LC_ALL, LOCALE_NAME) != nullptr && strcmp(nl_langinfo(CODESET), "GBK") == 0;
+    setlocale(LC_ALL, before.c_str());
+    return there;
 }
 
 std::string CommandThatMakesLocale()

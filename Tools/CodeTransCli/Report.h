@@ -2,6 +2,7 @@
 #ifndef CODETRANSCLI_REPORT_H
 #define CODETRANSCLI_REPORT_H
 
+#include <array>
 #include <string>
 
 enum ExitStatus {
@@ -14,6 +15,7 @@ enum ExitStatus {
 
 // In the order in which they weigh for the exit status.
 enum class Outcome { DONE, UNTOUCHED, SKIPPED, LOSSY, UNDECIDED, REFUSED, FAILED };
+using OutcomeCounts = std::array<size_t, static_cast<size_t>(Outcome::FAILED) + 1>;
 
 struct Report {
     Outcome outcome = Outcome::DONE;

@@ -81,7 +81,7 @@ bool Begin(const CommonOptions& common)
     return true;
 }
 
-int Session::Run(size_t (&counts)[7]) const
+int Session::Run(OutcomeCounts& counts) const
 {
     Bar display(bar && !common.quiet, inputs.bytes);
     if (!common.quiet || inputs.failed)

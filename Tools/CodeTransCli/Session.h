@@ -21,7 +21,7 @@ struct Session {
     std::function<Report(const Input&, const Workers::Progress&)> work;
 
     // The exit status, and how many inputs came to each outcome.
-    int Run(size_t (&counts)[7]) const;
+    int Run(OutcomeCounts& counts) const;
 };
 
 #endif  // CODETRANSCLI_SESSION_H

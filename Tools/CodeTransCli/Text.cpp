@@ -5,7 +5,6 @@
 #include <CodeTrans.h>
 
 #include <algorithm>
-#include <stdexcept>
 
 #include "Characters.h"
 
