@@ -21,7 +21,7 @@ std::string CommandThatMakesLocale()
     const std::string root = geteuid() == 0 ? "" : "sudo ";
     const bool hasSources = access("/usr/share/i18n/locales/zh_CN", R_OK) == 0;
     const std::string sources = hasSources ? "" : root + "apt-get install locales && ";
-    // Where LOCPATH is set, the C library looks nowhere else.
+    // Where LOCPATH is set, the C library does not look into the archive that localedef adds to.
     const char* const path = getenv("LOCPATH");
     if (path != nullptr && *path != 0) {
         const std::string first = std::string(path).substr(0, strcspn(path, ":"));

@@ -138,9 +138,10 @@ std::vector<std::string> ModelFolders(const std::string& chosen)
 {
     if (!chosen.empty()) return {chosen};
     const fs::path beside = fs::path(LibraryFile()).parent_path();
-    // lib/ and Debian's lib/x86_64-linux-gnu/ below the same prefix.
-    return {beside, beside.parent_path() / "share/CodeTrans",
-            beside.parent_path().parent_path() / "share/CodeTrans", CODETRANS_INSTALLED_DIRECTORY};
+    // The library lies in the prefix's lib, or in Debian's lib/x86_64-linux-gnu.
+    const bool nested = beside.parent_path().filename() == "lib";
+    const fs::path prefix = nested ? beside.parent_path().parent_path() : beside.parent_path();
+    return {beside, prefix / "share/CodeTrans", CODETRANS_INSTALLED_DIRECTORY};
 }
 
 std::string ModelFile(const std::string& folder)

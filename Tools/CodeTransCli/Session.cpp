@@ -65,14 +65,17 @@ private:
 
 bool Begin(const CommonOptions& common)
 {
-    const std::vector<std::string> folders = ModelFolders(common.directory);
-    const std::string folder = FindModel(folders);
-    const std::string file = ModelFile(folder.empty() ? folders.front() : folder);
+    const std::string folder = FindModel(ModelFolders(common.directory));
+    if (folder.empty() && common.directory.empty()) {
+        std::cerr << "codetrans: no model found; 'codetrans doctor' tells where it is looked for\n";
+        return false;
+    }
+    const std::string file = ModelFile(folder.empty() ? common.directory : folder);
     const ModelState model = CheckModel(file, false);
     if (!model.fault.empty() || !LoadQuietly(folder)) {
         std::cerr << "codetrans: the model " << file
                   << " cannot be used: " << (model.fault.empty() ? "the library refused it" : model.fault)
-                  << "\ncodetrans: 'codetrans doctor' tells where it is looked for\n";
+                  << '\n';
         return false;
     }
     if (!common.quiet && !LocaleIsThere())
