@@ -43,9 +43,10 @@ bool CheckModelFile(const CommonOptions& common)
     }
     const ModelState model = CheckModel(ModelFile(folder), true);
     const bool good = model.fault.empty();
-    Say(good, "model",
-        ModelFile(folder) + (good ? ", " + std::to_string(model.nodes) + " nodes, all sound"
-                                  : " is damaged: it " + model.fault));
+    if (good)
+        Say(true, "model", ModelFile(folder) + ", " + std::to_string(model.nodes) + " nodes, all sound");
+    else
+        std::cout << "DAMAGED model: " << ModelFile(folder) << ": " << model.fault << '\n';
     if (!good) Mend(CommandThatBringsModel(folder));
     return good;
 }
