@@ -4,6 +4,7 @@
 #include <iostream>
 #include <set>
 
+#include "Characters.h"
 #include "Commands.h"
 #include "Conversion.h"
 #include "Encoding.h"
@@ -17,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace
 {
-constexpr size_t LOSSES_SHOWN = 10;
+constexpr size_t LOSSES_SHOWN = 10, LOSSES_SHOWN_VERBOSE = 10'000;
 
 // Without a word from the user, UTF-16LE gets a mark, so that it is known for what it is.
 bool WantsMark(const ConvertOptions& options)
@@ -55,11 +56,19 @@ private:
     {
         if (!m_options.from)
             return m_identity.binary ? "binary; --from ENC converts it as text" : m_identity.doubt;
+        if (IsTargetBeyondDoubt()) return {};
         const bool contradicted = m_identity.mark != 0 && m_identity.code != *m_options.from;
         if (contradicted) return std::string("has the byte-order mark of ") + EncodingName(m_identity.code);
         m_identity.code = *m_options.from;
-        m_identity.ascii = false;
+        m_identity.ascii = m_identity.ascii && *m_options.from != ENCODE_UNICODE;
         return {};
+    }
+
+    // Then --from is wrong by now: a second run must not convert what the first one wrote.
+    bool IsTargetBeyondDoubt() const
+    {
+        const bool flawless = m_options.to == ENCODE_UTF8 && IsFlawlessUtf8(m_source.Bytes());
+        return m_identity.code == m_options.to && (m_identity.mark != 0 || flawless);
     }
 
     Report Passed(const std::string& why)
@@ -121,7 +130,7 @@ private:
 
     Losses Pass(const Sink& sink) const
     {
-        const size_t shown = m_common.verbose ? m_source.Bytes().size() : LOSSES_SHOWN;
+        const size_t shown = m_common.verbose ? LOSSES_SHOWN_VERBOSE : LOSSES_SHOWN;
         return Convert(m_source.Bytes().substr(m_identity.mark), m_identity.code, m_options.to, shown, sink);
     }
 
@@ -142,7 +151,7 @@ private:
                     std::to_string(loss.column) + ": " + loss.what + "\n";
         if (losses.count > losses.described.size())
             text += Remark(m_input.path, "... and " + std::to_string(losses.count - losses.described.size()) +
-                                             " more; --verbose shows all");
+                                             " more" + (m_common.verbose ? "" : "; --verbose shows them"));
         return text;
     }
 

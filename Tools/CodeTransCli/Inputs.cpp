@@ -40,8 +40,7 @@ public:
 
     void Failed(const fs::path& path, const std::string& why)
     {
-        m_inputs.remarks.push_back(Remark(path, why));
-        m_inputs.failed = true;
+        m_inputs.failures.push_back(Remark(path, why));
     }
 
 private:

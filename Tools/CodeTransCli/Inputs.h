@@ -15,7 +15,7 @@ struct Input {
 struct Inputs {
     std::vector<Input> files;
     std::vector<std::string> remarks;  // on what was passed over
-    bool failed = false;               // a remark tells of a failure
+    std::vector<std::string> failures;
     uint64_t bytes = 0;
 
     // Keeps one of several names that lead to the same file through links.

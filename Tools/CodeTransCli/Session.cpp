@@ -87,10 +87,11 @@ bool Begin(const CommonOptions& common)
 int Session::Run(OutcomeCounts& counts) const
 {
     Bar display(bar && !common.quiet, inputs.bytes);
-    if (!common.quiet || inputs.failed)
+    if (!common.quiet)
         for (const std::string& remark : inputs.remarks) display.Say(remark);
+    for (const std::string& failure : inputs.failures) display.Say(failure);
 
-    Outcome worst = inputs.failed ? Outcome::FAILED : Outcome::DONE;
+    Outcome worst = inputs.failures.empty() ? Outcome::DONE : Outcome::FAILED;
     Workers workers;
     workers.tasks = inputs.files.size();
     workers.processes = jobs;

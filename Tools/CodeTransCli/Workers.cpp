@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -157,14 +158,16 @@ private:
         m_workers.shown(m_shared->bytes);
     }
 
-    // What to say of tasks without a report.
+    // What to say of tasks without a report. Who stops reading our output wants no more of it, and no
+    // complaint.
     std::string Bury()
     {
         std::string end = "not reached";
         for (const pid_t child : m_children) {
             int status = 0;
-            if (waitpid(child, &status, 0) == child && WIFSIGNALED(status))
-                end = std::string("the process that had it was ended: ") + strsignal(WTERMSIG(status));
+            if (waitpid(child, &status, 0) != child || !WIFSIGNALED(status)) continue;
+            if (WTERMSIG(status) == SIGPIPE) raise(SIGPIPE);
+            end = std::string("the process that had it was ended: ") + strsignal(WTERMSIG(status));
         }
         return end;
     }

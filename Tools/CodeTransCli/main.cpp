@@ -81,7 +81,7 @@ void AddCommon(CLI::App& app, CommonOptions& options)
         ->envname("CODETRANS_DIRECTORY")
         ->type_name("DIR");
     CLI::Option* const quiet = app.add_flag("--quiet,-q", options.quiet, "Speak of failures and losses only");
-    app.add_flag("--verbose,-v", options.verbose, "Speak of every file, and of every loss")->excludes(quiet);
+    app.add_flag("--verbose,-v", options.verbose, "Speak of every file, and of more losses")->excludes(quiet);
 }
 
 void AddWalk(CLI::App& command, std::vector<std::string>& files, bool& recursive, size_t& jobs)
