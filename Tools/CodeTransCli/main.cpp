@@ -3,6 +3,7 @@
 // Results go to standard output, everything else to standard error. Here is the command line alone; the
 // commands are in files of their own.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <clocale>
 #include <exception>
 #include <iostream>
@@ -128,6 +129,30 @@ CLI::App* AddConvert(CLI::App& app, CommandLine& line)
     return command;
 }
 
+// What the parser would not take for a file name: an option, of which it knows "--" only before the first
+// file, and a list in brackets.
+bool LooksLikeSyntax(const std::string& name, bool afterDashes)
+{
+    return name.size() > 1 &&
+           ((name.front() == '-' && afterDashes) || (name.front() == '[' && name.back() == ']'));
+}
+
+// In the order that the parser wants, the last first.
+std::vector<std::string> Arguments(int argc, char** argv)
+{
+    std::vector<std::string> arguments;
+    bool afterDashes = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (afterDashes || argument != "--")
+            arguments.push_back(LooksLikeSyntax(argument, afterDashes) ? "./" + argument : argument);
+        else
+            afterDashes = true;
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
 int Run(int argc, char** argv)
 {
     CLI::App app{"Tells GBK, Big5, UTF-8 and UTF-16LE text apart and converts it.", "codetrans"};
@@ -142,7 +167,7 @@ int Run(int argc, char** argv)
     app.add_subcommand("doctor", "Check the library, the model and the locale, and tell what mends them");
 
     try {
-        app.parse(argc, argv);
+        app.parse(Arguments(argc, argv));
         if (convert->parsed()) line.Settle();
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? DONE : WRONG_USAGE;
