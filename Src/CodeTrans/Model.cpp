@@ -70,7 +70,7 @@ LoadResult ReadNodes(FILE* file)
     g_pstTrieTable = new (std::nothrow) TrieNode[static_cast<size_t>(count)];
     if (g_pstTrieTable == nullptr) return OUT_OF_MEMORY;
     s_pLoadedTrie = g_pstTrieTable;
-    DropPairTable();
+    DropShortcuts();
     s_nLoadedNodes = count;
     if (!ReadWhole(g_pstTrieTable, static_cast<size_t>(count), file)) return NODES_SHORT;
     FromLittleEndian(reinterpret_cast<int*>(g_pstTrieTable), 4 * static_cast<size_t>(count));
@@ -106,7 +106,7 @@ void CodeTrans_Destroy()
     delete[] g_pstTrieTable;
     g_pstTrieTable = nullptr;
     s_pLoadedTrie = nullptr;
-    DropPairTable();
+    DropShortcuts();
     delete[] g_mapGBKToUnicode;
     g_mapGBKToUnicode = nullptr;
     delete[] g_mapBig5ToUnicode;

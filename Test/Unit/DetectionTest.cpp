@@ -2,6 +2,8 @@
 // and damaged models.
 #include <chrono>
 #include <climits>
+#include <filesystem>
+#include <random>
 
 #include "Support.h"
 
@@ -267,5 +269,55 @@ TEST(Detection, NamesEverySample)
     EXPECT_EQ(Detect("\xFF\xFE"
                      "a\0"_b),
               ENCODE_UNICODE);
+}
+
+// What no Chinese text looks like, and Chinese text with a fault in it.
+TEST(Detection, LeavesUndecidedWhatIsNotChinese)
+{
+    const LoadedModel model;
+    const struct {
+        const char *name, *text;
+    } foreign[] = {
+        {"Russian in Windows-1251",
+         "\xD1\xE5\xE3\xEE\xE4\xED\xFF \xF3\xF2\xF0\xEE\xEC \xEC\xFB \xEF\xEE\xE5\xF5\xE0\xEB"
+         "\xE8 \xED\xE0 \xE4\xE0\xF7\xF3: \xEF\xEE\xE3\xEE\xE4\xE0 \xF5\xEE\xF0\xEE\xF8\xE0\xFF,"
+         " \xE0 \xE4\xE5\xEB \xF2\xE0\xEC \xEC\xED\xEE\xE3\xEE."},
+        {"French in Latin-1",
+         "Le caf\xE9 \xE9tait ferm\xE9, mais la boulang\xE8re nous a pr\xEAt\xE9 une cl\xE9 pour"
+         " la journ\xE9"
+         "e enti\xE8re."},
+        {"Korean in EUC-KR",
+         "\xBF\xC0\xB4\xC3\xC0\xBA \xB3\xAF\xBE\xBE\xB0\xA1 \xC1\xC1\xBE\xC6\xBC\xAD \xBF\xEC"
+         "\xB8\xAE\xB4\xC2 \xB0\xF8\xBF\xF8\xBF\xA1\xBC\xAD \xBB\xEA\xC3\xA5\xC0\xBB \xC7\xDF"
+         "\xBD\xC0\xB4\xCF\xB4\xD9. \xC0\xFA\xB3\xE1\xBF\xA1\xB4\xC2 \xB9\xE4\xC0\xBB \xB8\xD4"
+         "\xBE\xFA\xBD\xC0\xB4\xCF\xB4\xD9."},
+        {"Japanese in Shift_JIS",
+         "\x8D\xA1\x93\xFA\x82\xCD\x93V\x8B"
+         "C\x82\xAA\x82\xE6\x82\xA9\x82\xC1\x82\xBD\x82\xCC"
+         "\x82\xC5\x81"
+         "A\x8C\xF6\x89\x80\x82\xF0\x8EU\x95\xE0\x82\xB5\x82\xDC\x82\xB5\x82\xBD"
+         "\x81"
+         "B\x82\xBB\x82\xCC\x82\xA0\x82\xC6\x82\xC5\x97"
+         "F\x82\xBE\x82\xBF\x82\xC6\x82\xB2"
+         "\x94\xD1\x82\xF0\x90H\x82\xD7\x82\xDC\x82\xB5\x82\xBD\x81"
+         "B"},
+    };
+    for (const auto& [name, text] : foreign) EXPECT_EQ(Detect(text), ENCODE_UNKNOWN) << name;
+    std::mt19937 random(1);
+    for (int i = 0; i < 20; ++i) {
+        std::string noise(300, '\0');
+        for (char& c : noise) c = static_cast<char>(random());
+        EXPECT_EQ(Detect(noise), ENCODE_UNKNOWN);
+    }
+    const std::string samples = CODETRANS_SOURCE_DIRECTORY "/Test/Samples/";
+    for (const auto& [file, code] : {std::pair("news-hans.gbk", ENCODE_GBK),
+                                     {"news-hant.big5", ENCODE_BIG5},
+                                     {"news-hans.utf8", ENCODE_UTF8}}) {
+        std::string text = ReadBytes(samples + file).substr(0, 300);
+        text.insert(150, "\x01\xFF");
+        EXPECT_EQ(Detect(text), code) << "two bytes of noise in " << file;
+    }
+    for (const char* ascii : {"9f86d081884c7d65", "TG9yZW0gaXBzdW0=", "SELECT id FROM t", "kNzN0ZmU"})
+        EXPECT_EQ(Detect(ascii), ENCODE_GBK) << ascii;
 }
 }  // namespace

@@ -324,12 +324,12 @@ protected:
 
 TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
 {
-    unsigned withPairs = 0;
+    unsigned withShortcuts = 0;
     for (int automaton = 0; automaton < 400; ++automaton) {
         MakeAutomaton();
         for (const bool prepared : {true, false}) {
-            DropPairTable();
-            withPairs += prepared && MakePairTable(m_trie.data(), NODES) != nullptr;
+            DropShortcuts();
+            withShortcuts += prepared && MakeShortcuts(m_trie.data(), NODES) != nullptr;
             for (const unsigned most : {1U, 6U, 100U, 5000U, 5000U}) {
                 std::string text(Random(most + 1), '\0');
                 for (char& c : text) c = static_cast<char>(ALPHABET[Random(Random(9) == 0 ? 8 : 5)]);
@@ -338,8 +338,8 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
             }
         }
     }
-    DropPairTable();
-    EXPECT_GT(withPairs, 200U) << "the pair table was hardly tried";
+    DropShortcuts();
+    EXPECT_GT(withShortcuts, 200U) << "the shortcuts were hardly tried";
 }
 
 TEST_F(FastWalking, AddsUpTheSameOnTheShippedModel)
@@ -349,7 +349,7 @@ TEST_F(FastWalking, AddsUpTheSameOnTheShippedModel)
     const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());
     for (unsigned i = 0; i < 2000; ++i) {
         if (i == 1000) {
-            EXPECT_NE(MakePairTable(g_pstTrieTable, nodeCount), nullptr);
+            EXPECT_NE(MakeShortcuts(g_pstTrieTable, nodeCount), nullptr);
         }
         const std::string text = Text(Random(i % 50 == 0 ? 20000 : 200));
         ASSERT_NO_FATAL_FAILURE(CompareWalks(g_pstTrieTable, nodeCount, text));

@@ -73,7 +73,7 @@ TEST(ModelBuilder, PackingGivesBackEveryTransitionAndLink)
 // root.
 TEST(ModelBuilder, StatesFallBackInStepWithTheText)
 {
-    StateValues states = ReadPatterns(DATA + "/Patterns.txt");
+    States states = ReadPatterns(DATA + "/Patterns.txt");
     const std::tuple<Region, const char*, Region, const char*> cases[] = {
         {REGION_START, "\xD6", REGION_MAIN, "\xD6"},             // the start's twin
         {REGION_MAIN, "\xD6\xD0", REGION_MAIN, ""},              // a pair ended
@@ -87,6 +87,14 @@ TEST(ModelBuilder, StatesFallBackInStepWithTheText)
         {REGION_MAIN, "\xA1\xA3\x0A", REGION_MAIN, "\x0A"},      // a line end behind a pair
         {REGION_MAIN, "\xA1\xA3\x0A\xD4", REGION_MAIN, "\xD4"},  //
         {REGION_MAIN, "\xE3\x80\x82\x0A\xE4", REGION_MAIN, "\xE4"},
+        {REGION_MAIN, "\xD6", REGION_BROKEN, ""},                // a lead byte without a trail byte
+        {REGION_RARE_UNIT, "\x8C", REGION_UNIT, "\x8C"},         //
+        {REGION_FOREIGN, "\xD6", REGION_FOREIGN_TRAIL, ""},      // foreign text goes by twos
+        {REGION_FOREIGN, "\xE4\xB8", REGION_FOREIGN_TRAIL, ""},  // or by threes
+        {REGION_FOREIGN_TRAIL, "\xD0", REGION_FOREIGN, ""},      //
+        {REGION_RETURN, "\xD6\x40", REGION_FOREIGN, ""},         // not ours after all
+        {REGION_HINT, "x", REGION_HINT, ""},                     // ASCII behind a hint
+        {REGION_NEXT_LINE, "\xD6", REGION_MAIN, "\xD6"},         //
     };
     for (const auto& [region, path, toRegion, toPath] : cases) {
         AddState(states, region, path);
@@ -117,10 +125,10 @@ TEST(ModelBuilder, TextFormsReadBackAsWritten)
         EXPECT_EQ(read.characters.at(character).total, entry.total);
         EXPECT_EQ(read.characters.at(character).next, entry.next);
     }
-    StateValues states = BasicStates();
+    States states = BasicStates();
     AddState(states, REGION_MAIN, "\xD6\xD0\xCE");
-    states[{REGION_MAIN, "\xD6\xD0"}] = PackTrieValue(ENCODE_GBK, {-9, 10, 0, 23});
-    states[{REGION_MAIN, "\xD6\xD0\xCE"}] = TRIE_VALUE_NONE | TRIE_VALUE_COUNTED;
+    states[{REGION_MAIN, "\xD6\xD0"}] = {PackTrieValue(ENCODE_GBK, {-9, 10, 0, 23}), REGION_FOREIGN};
+    states[{REGION_MAIN, "\xD6\xD0\xCE"}] = {TRIE_VALUE_NONE | TRIE_VALUE_COUNTED};
     WritePatterns(states, path);
     EXPECT_EQ(ReadPatterns(path), states);
     std::remove(path.c_str());

@@ -2,15 +2,21 @@
 //
 // A state is a region and the bytes read since the region's root. Regions stand for what the bytes may be so
 // far:
-//   0  the start of the buffer, where a byte-order mark may stand; each state falls back to its twin in M
-//   M  in step with two-byte text; a third byte completes a UTF-8 character or begins a known sequence
-//   G  the root that awaits the third byte of a UTF-8 character that has no state of its own
-//   C  a UTF-8 character ended, or its last byte was the lead byte of a pair
-//   U  the second UTF-8 character since M, whose first byte was the trail byte of that pair or began the
-//   character D  a UTF-16LE unit ended whose low byte is ASCII, or that was ASCII and then the lead byte of a
-//   pair (81-9F) E  the same question one byte on: the low byte of the next unit, or that pair's trail byte
-//   and a fresh start
-// After six bytes of UTF-8 three pairs are over as well, and all readings meet again in M.
+//   0    the start of the buffer, where a byte-order mark may stand; each state falls back to its twin in M
+//   M    in step with two-byte text; a third byte completes a UTF-8 character or begins a known sequence
+//   G    the root that awaits the third byte of a UTF-8 character that has no state of its own
+//   C    a UTF-8 character ended, or its last byte was the lead byte of a pair
+//   U    the second UTF-8 character since M, whose first byte was the trail byte of that pair or began the
+//   character D    a UTF-16LE unit ended whose low byte is ASCII, or that was ASCII and then the lead byte of
+//   a pair (81-9F) E    the same question one byte on: the low byte of the next unit, or that pair's trail
+//   byte and a fresh start F    E again, where its two bytes are no unit that is expected there X    behind a
+//   byte that cannot stand there: a lead byte without a trail byte of its own, a control character
+// After six bytes of UTF-8 three pairs are over as well, and all readings meet again in M. Some states fall
+// back to a region of another kind instead, as the builder decides:
+//   5-8  the buffer began with one, two, three or more pairs of ASCII characters; s-v: and half a one
+//   (AsciiStart.h) Y, Z the same behind a pair that is ASCII beyond doubt, wherever it stands N    text that
+//   is none of ours (Foreign.h); P: its second byte of two; 1-4: it may be ours again a-d  behind a piece of
+//   text that hints at one of the four encodings; e-h: the same on the next line (Decisive.h)
 // Every failure link leads to a shorter string or towards M, M falls back to 0, and so every chain ends.
 #ifndef MODEL_BUILDER_AUTOMATON_H
 #define MODEL_BUILDER_AUTOMATON_H
@@ -21,16 +27,40 @@
 #include <vector>
 
 #include "DoubleArray.h"
+#include "Encoder.h"
 
 enum Region : char {
+    BY_RULE = 0,
     REGION_START = '0',
+    REGION_RETURN = '1',       // the first of four, by candidate
+    REGION_ASCII = '5',        // the first of four: after one to three pairs, then for good
+    REGION_ASCII_TRAIL = 's',  // the same within a pair
     REGION_AFTER = 'C',
     REGION_UNIT = 'D',
     REGION_NEXT_UNIT = 'E',
+    REGION_RARE_UNIT = 'F',
     REGION_THIRD = 'G',
     REGION_MAIN = 'M',
-    REGION_SECOND = 'U'
+    REGION_FOREIGN = 'N',
+    REGION_FOREIGN_TRAIL = 'P',
+    REGION_SECOND = 'U',
+    REGION_BROKEN = 'X',
+    REGION_ASCII_ONLY = 'Y',
+    REGION_ASCII_ONLY_TRAIL = 'Z',
+    REGION_HINT = 'a',      // the first of four, by candidate
+    REGION_NEXT_LINE = 'e'  // the first of four, by candidate
 };
+
+// One of four regions.
+constexpr Region RegionOf(Region first, int candidate)
+{
+    return static_cast<Region>(first + static_cast<int>(candidate));
+}
+
+constexpr bool IsRegionOf(Region region, Region first)
+{
+    return region >= first && region < first + static_cast<int>(CANDIDATES);
+}
 
 struct StateName {
     Region region;
@@ -38,8 +68,14 @@ struct StateName {
     auto operator<=>(const StateName&) const = default;
 };
 
-// Every state that the detector has, with its value; kept sorted, so that equal automata pack to equal bytes.
-using StateValues = std::map<StateName, int>;
+struct State {
+    int value = TRIE_VALUE_NONE;
+    Region onward = BY_RULE;  // the region to whose root it falls back
+    bool operator==(const State&) const = default;
+};
+
+// Every state that the detector has; kept sorted, so that equal automata pack to equal bytes.
+using States = std::map<StateName, State>;
 
 inline unsigned ByteAt(const std::string& path, size_t i)
 {
@@ -54,17 +90,25 @@ inline bool IsUtf8Tail(unsigned byte)
 {
     return byte >= 0x80 && byte < 0xC0;
 }
+inline bool IsLead(unsigned byte)
+{
+    return byte > 0x80 && byte < 0xFF;
+}
 
 // Adds a state and the states on the way to it, without values.
-void AddState(StateValues& states, Region region, const std::string& path);
+void AddState(States& states, Region region, const std::string& path);
 
 // The states that every automaton has: the regions' roots and a child of 0 and of M for every byte.
-StateValues BasicStates();
+States BasicStates();
 
 // The state that a failure leads to: the rules are followed until they name one that exists.
-StateName ExistingFallBack(const StateValues& states, const StateName& state);
+StateName ExistingFallBack(const States& states, const StateName& state);
+
+// Gives each state that was not in `before` the value of the state that the walk would be in without it. To
+// be done before any of the new ones is sent onward.
+void InheritValues(States& states, const States& before);
 
 // In the order of `states`; the failure links by the rules of the regions.
-std::vector<PackableState> LinkStates(const StateValues& states);
+std::vector<PackableState> LinkStates(const States& states);
 
 #endif  // MODEL_BUILDER_AUTOMATON_H

@@ -1,174 +1,165 @@
 // Seams between lines as decisive states; see Decisive.h.
 #include "Decisive.h"
 
-#include <algorithm>
 #include <iostream>
+#include <set>
 
 #include "Shape.h"
+#include "Shares.h"
 
 namespace
 {
-constexpr double BEYOND_DOUBT = 1e-6;
-constexpr double RARE = 5e-5;    // share of a character that may start a line by chance
-constexpr double UNSEEN = 1e-8;  // share of what the statistics do not hold
-constexpr size_t MOST_ENDS = 12, MOST_STARTS = 250;
-constexpr std::pair<const wchar_t*, double> LINE_ENDS[] = {
-    {L"\n", 0.5}, {L"\r\n", 0.3}, {L"\n\n", 0.12}, {L"\r\n\r\n", 0.08}};
+constexpr double RARE = 5e-5;  // share of a character that may start a line by chance
+// How much likelier a hint and a start must be in their own encoding than in the other one; ten million
+// together.
+constexpr double HINT_ODDS = 10'000, START_ODDS = 1000;
+constexpr size_t MARKS = 14, WORDS = 500, STARTS = 500, LAST_CHARACTERS = 50;
 
-struct Seam {
-    double share;
-    StateName state;
-    int code;
-};
+// A hint costs the walk a step more: it is to stand at the end of a line in so many of its occurrences.
+constexpr double LEAST_AT_END = 0.04;
 
-// Shares of characters before and after a line end, and anywhere.
-struct Seams {
-    std::map<wchar_t, double> ends, starts, anywhere;
-};
+constexpr int CODES[CANDIDATES] = {ENCODE_GBK, ENCODE_BIG5, ENCODE_UTF8, ENCODE_UNICODE};
 
-Seams SeamsOf(const CSampleSource& source, const std::string& script)
+bool IsMark(wchar_t character)
 {
-    Seams seams;
-    for (const char* genre : {"prose", "tech"}) {
-        const Statistics& counted = source.Counted(script + '-' + genre);
-        const Successors& lines = counted.characters.at(L'\n');
-        for (const auto& [next, count] : lines.next) seams.starts[next] += 0.5 * count / lines.total;
-        double all = 0;
-        for (const auto& [character, entry] : counted.characters) all += entry.total;
-        for (const auto& [character, entry] : counted.characters) {
-            seams.anywhere[character] += 0.5 * entry.total / all;
-            if (const auto end = entry.next.find(L'\n'); end != entry.next.end())
-                seams.ends[character] += 0.5 * end->second / lines.total;
-        }
-    }
-    return seams;
+    return character >= 0x2000 && (character < 0x3400 || character > 0x9FFF);
 }
 
-double ShareOf(const std::map<wchar_t, double>& shares, wchar_t character)
-{
-    const auto found = shares.find(character);
-    return found == shares.end() ? UNSEEN : found->second;
-}
-
-// The most frequent characters beyond ASCII that `wanted` accepts.
-template <typename Predicate>
-std::vector<wchar_t> Top(const std::map<wchar_t, double>& shares, size_t count, Predicate wanted)
-{
-    std::vector<std::pair<double, wchar_t>> order;
-    for (const auto& [character, share] : shares)
-        if (character >= 0x80 && wanted(character)) order.emplace_back(-share, character);
-    std::sort(order.begin(), order.end());
-    std::vector<wchar_t> top;
-    for (const auto& [share, character] : order)
-        if (top.size() < count) top.push_back(character);
-    return top;
-}
-
-// What a pair of bytes is in the other of the two two-byte encodings.
-wchar_t ReadAs(const std::vector<uint16_t>& mapping, const std::string& pair)
-{
-    return mapping[PairIndex(static_cast<unsigned char>(pair[0]), static_cast<unsigned char>(pair[1]))];
-}
-
+// Pairs that UTF-8 and UTF-16LE do not have either.
 bool IsPlainPair(const std::string& bytes)
 {
-    return bytes.size() == 2 && ByteAt(bytes, 0) >= 0xA1 && !OpensUtf8(bytes);
+    const bool isShortUtf8 = bytes.size() == 2 && ByteAt(bytes, 0) < 0xE0 && IsUtf8Tail(ByteAt(bytes, 1));
+    return bytes.size() == 2 && ByteAt(bytes, 0) >= 0xA1 && !OpensUtf8(bytes) &&
+           (!isShortUtf8 || ByteAt(bytes, 1) >= 0xA1);
 }
 
-class CSeamFinder
+class CSeamBuilder
 {
 public:
-    CSeamFinder(const CSampleSource& source, const CEncoder& encoder)
-        : m_encoder(encoder), m_hans(SeamsOf(source, "hans")), m_hant(SeamsOf(source, "hant"))
+    CSeamBuilder(States& states, const CSampleSource& source, const CEncoder& encoder)
+        : m_states(states),
+          m_encoder(encoder),
+          m_hans(SharesOf(source, "hans")),
+          m_hant(SharesOf(source, "hant"))
     {
     }
 
-    // All seams that are beyond doubt, the most frequent first.
-    std::vector<Seam> Find()
+    void Build()
     {
-        for (const Seams* seams : {&m_hans, &m_hant}) {
-            const auto ends = Top(seams->ends, MOST_ENDS, [](wchar_t c) { return c < 0x3400 || c > 0x9FFF; });
-            const auto starts = Top(seams->starts, MOST_STARTS, [](wchar_t) { return true; });
-            for (const Candidate candidate :
-                 {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UTF8, CANDIDATE_UNICODE}) {
-                if (candidate == CANDIDATE_BIG5 && seams == &m_hans) continue;
-                for (const wchar_t end : ends)
-                    for (const wchar_t start : starts)
-                        if (IsBeyondDoubt(candidate, *seams, end, start)) Add(candidate, *seams, end, start);
+        const States before = m_states;
+        for (const Candidate candidate : {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UTF8, CANDIDATE_UNICODE}) {
+            AddAscii(candidate);
+            for (const Shares* shares : {&m_hans, &m_hant}) {
+                if (candidate == CANDIDATE_BIG5 && shares == &m_hans) continue;
+                AddHints(candidate, *shares);
+                AddStarts(candidate, *shares);
             }
         }
-        std::stable_sort(m_found.begin(), m_found.end(),
-                         [](const Seam& a, const Seam& b) { return a.share > b.share; });
-        return m_found;
+        for (const auto& [name, state] : m_special) AddState(m_states, name.region, name.path);
+        InheritValues(m_states, before);
+        for (const auto& [name, state] : m_special) {
+            if (state.onward != BY_RULE) m_states[name].onward = state.onward;
+            if (state.value != TRIE_VALUE_NONE) m_states[name].value = state.value;
+        }
+        std::cerr << m_hints << " hints, " << m_starts << " starts\n";
     }
 
 private:
-    bool IsBeyondDoubt(Candidate candidate, const Seams& own, wchar_t end, wchar_t start) const
+    // The share in Big5 text of what is a character's bytes in GBK, or the other way round.
+    double AsOther(Candidate candidate, const CharacterShares Shares::*place, const std::string& pair) const
     {
-        const std::string first = m_encoder.Encode(candidate, {end}),
-                          second = m_encoder.Encode(candidate, {start});
-        if (candidate == CANDIDATE_UTF8) return first.size() == 3 && second.size() == 3;
-        if (candidate == CANDIDATE_UNICODE) return ByteAt(first, 1) >= 0x20 && ByteAt(second, 1) >= 0x20;
-        if (!IsPlainPair(first) || !IsPlainPair(second)) return false;
-        const bool gbk = candidate == CANDIDATE_GBK;
-        const auto& mapping = gbk ? m_encoder.Big5() : m_encoder.Gbk();
-        double other = 0;
-        for (const Seams* seams : {&m_hans, &m_hant}) {
-            if (gbk && seams == &m_hans) continue;
-            const wchar_t asEnd = ReadAs(mapping, first), asStart = ReadAs(mapping, second);
-            // Behind an odd line, the text proper may start with any of its characters.
-            if (ShareOf(seams->anywhere, asStart) > RARE) return false;
-            other = std::max(other, ShareOf(seams->ends, asEnd) * ShareOf(seams->starts, asStart));
-        }
-        return other < BEYOND_DOUBT * ShareOf(own.ends, end) * ShareOf(own.starts, start);
+        const auto& mapping = candidate == CANDIDATE_GBK ? m_encoder.Big5() : m_encoder.Gbk();
+        const wchar_t other =
+            mapping[PairIndex(static_cast<unsigned char>(pair[0]), static_cast<unsigned char>(pair[1]))];
+        const double inHant = ShareOf(m_hant.*place, other);
+        return candidate == CANDIDATE_GBK ? inHant : std::max(inHant, ShareOf(m_hans.*place, other));
     }
 
-    void Add(Candidate candidate, const Seams& seams, wchar_t end, wchar_t start)
+    void AddAscii(Candidate candidate)
     {
-        static constexpr int CODES[CANDIDATES] = {ENCODE_GBK, ENCODE_BIG5, ENCODE_UTF8, ENCODE_UNICODE};
-        for (const auto& [lineEnd, weight] : LINE_ENDS)
-            for (const Region region : {REGION_MAIN, REGION_SECOND}) {
-                if (region == REGION_SECOND && candidate != CANDIDATE_UTF8) continue;
-                const std::string path = m_encoder.Encode(candidate, end + std::wstring(lineEnd) + start);
-                m_found.push_back(
-                    {weight * seams.ends.at(end) * seams.starts.at(start), {region, path}, CODES[candidate]});
+        const Region hint = RegionOf(REGION_HINT, candidate), next = RegionOf(REGION_NEXT_LINE, candidate);
+        const std::string high = candidate == CANDIDATE_UNICODE ? std::string(1, '\0') : "";
+        for (unsigned byte = 0x09; byte < 0x7F; ++byte) {
+            if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') continue;
+            const std::string ascii = static_cast<char>(byte) + high;
+            m_special[{hint, ascii}].onward = byte == '\n' ? next : BY_RULE;
+            m_special[{next, ascii}];
+        }
+    }
+
+    void AddHint(Candidate candidate, const StateName& name)
+    {
+        // A unit that may be ASCII and a lead byte is still followed as both.
+        if (LeadAfterAscii(name.path) || (!m_states.contains(name) && name.path.size() != 4)) return;
+        m_special[name].onward = RegionOf(REGION_HINT, candidate);
+        ++m_hints;
+    }
+
+    void AddHints(Candidate candidate, const Shares& shares)
+    {
+        const bool byPairs = candidate == CANDIDATE_GBK || candidate == CANDIDATE_BIG5;
+        for (const wchar_t c : Top(shares.ends, byPairs ? MARKS : LAST_CHARACTERS, [&](wchar_t c) {
+                 return (byPairs ? IsMark(c) : c >= 0x2000) && ShareOf(shares.atEnd, c) > LEAST_AT_END;
+             })) {
+            const std::string bytes = m_encoder.Encode(candidate, {c});
+            if (candidate == CANDIDATE_UTF8) {
+                AddHint(candidate, {REGION_SECOND, bytes});
+            } else if (!byPairs ||
+                       (IsPlainPair(bytes) &&
+                        ShareOf(shares.ends, c) > HINT_ODDS * AsOther(candidate, &Shares::ends, bytes))) {
+                AddHint(candidate, {REGION_MAIN, bytes});
             }
+        }
+        if (!byPairs) return;
+        for (const std::wstring& word :
+             Top(shares.lastWords, WORDS, [](const std::wstring&) { return true; })) {
+            const std::string first = m_encoder.Encode(candidate, word.substr(0, 1)),
+                              second = m_encoder.Encode(candidate, word.substr(1));
+            if (!IsPlainPair(first) || !IsPlainPair(second)) continue;
+            const double other =
+                AsOther(candidate, &Shares::anywhere, first) * AsOther(candidate, &Shares::anywhere, second);
+            if (shares.lastWords.at(word) > HINT_ODDS * other)
+                AddHint(candidate, {REGION_MAIN, first + second});
+        }
     }
 
-    const CEncoder& m_encoder;
-    Seams m_hans, m_hant;
-    std::vector<Seam> m_found;
-};
-
-// States on the way to a seam stand in for the state that the walk would be in without them.
-void InheritValues(StateValues& states, const StateValues& before)
-{
-    for (auto& [name, value] : states)
-        if (!before.contains(name) && TrieValueCode(value) == 0) {
-            StateName twin = ExistingFallBack(states, name);
-            while (!before.contains(twin)) twin = ExistingFallBack(states, twin);
-            value = before.at(twin);
+    void AddStarts(Candidate candidate, const Shares& shares)
+    {
+        for (const wchar_t c : Top(shares.starts, STARTS, [](wchar_t c) { return c >= 0x2000; })) {
+            const std::string bytes = m_encoder.Encode(candidate, {c});
+            if (candidate == CANDIDATE_GBK || candidate == CANDIDATE_BIG5) {
+                // Behind an odd line, the text proper may start with any of its characters.
+                if (!IsPlainPair(bytes) || AsOther(candidate, &Shares::anywhere, bytes) > RARE ||
+                    shares.starts.at(c) < START_ODDS * AsOther(candidate, &Shares::starts, bytes))
+                    continue;
+            }
+            if (candidate == CANDIDATE_UNICODE && ByteAt(bytes, 1) < 0x20) continue;
+            m_special[{RegionOf(REGION_NEXT_LINE, candidate), bytes}].value =
+                PackTrieValue(CODES[candidate], {0, 0, 0, 0});
+            ++m_starts;
         }
-}
+    }
+
+    States& m_states;
+    const CEncoder& m_encoder;
+    Shares m_hans, m_hant;
+    States m_special;  // the states that end in another way than their region's rules say
+    int m_hints = 0, m_starts = 0;
+};
 }  // namespace
 
-void AddDecisiveStates(StateValues& states, const CSampleSource& source, const CEncoder& encoder,
-                       size_t nodes)
+void DropDecisiveStates(States& states)
 {
-    const std::vector<Seam> seams = CSeamFinder(source, encoder).Find();
-    for (size_t count = seams.size(); count > 0; count -= count / 20 + 1) {
-        StateValues extended = states;
-        for (size_t i = 0; i < count; ++i) {
-            AddState(extended, seams[i].state.region, seams[i].state.path);
-            extended[seams[i].state] = PackTrieValue(seams[i].code, {0, 0, 0, 0});
-        }
-        InheritValues(extended, states);
-        if (extended.size() > nodes) continue;
-        const size_t packed = PackStates(LinkStates(extended)).nodes.size();
-        std::cerr << count << " seams of " << seams.size() << ", " << extended.size() << " states in "
-                  << packed << " nodes\n";
-        if (packed > nodes) continue;
-        states = extended;
-        return;
-    }
+    const auto isOurs = [](Region region) {
+        return IsRegionOf(region, REGION_HINT) || IsRegionOf(region, REGION_NEXT_LINE);
+    };
+    std::erase_if(states,
+                  [&](const auto& item) { return isOurs(item.first.region) && !item.first.path.empty(); });
+    for (auto& [name, state] : states)
+        if (isOurs(state.onward)) state.onward = BY_RULE;
+}
+
+void AddDecisiveStates(States& states, const CSampleSource& source, const CEncoder& encoder)
+{
+    CSeamBuilder(states, source, encoder).Build();
 }

@@ -1,17 +1,19 @@
 // States that end the walk: the seam of two lines that can only be in one encoding.
 //
-// Full-width punctuation at the end of a line, the line end, and a common character at the start of the next:
-// both lines must be in the same encoding, so one odd line in a file decides nothing. A seam is admitted when
-// the other encodings' statistics make it a million times less likely than its own.
+// A hint is a full-width mark or a word that the other encodings hardly know. Behind it ASCII is skipped;
+// where a line ends and the next piece of text beyond ASCII starts as text in the hint's encoding does, and
+// in no other, the walk ends. Two lines must agree for that, so one odd line in a file, or a name in another
+// encoding, decides nothing.
 #ifndef MODEL_BUILDER_DECISIVE_H
 #define MODEL_BUILDER_DECISIVE_H
 
 #include "Automaton.h"
 #include "Samples.h"
 
-// Adds the states, after training: those on the way get the value of the state that they stand in for. A
-// table of at most `nodes` slots is the limit.
-void AddDecisiveStates(StateValues& states, const CSampleSource& source, const CEncoder& encoder,
-                       size_t nodes);
+// To be added after training.
+void AddDecisiveStates(States& states, const CSampleSource& source, const CEncoder& encoder);
+
+// Takes them out again, but for the byte-order marks, so that the whole walk can be timed and judged.
+void DropDecisiveStates(States& states);
 
 #endif  // MODEL_BUILDER_DECISIVE_H

@@ -9,7 +9,7 @@ void AppendInteger(std::string& to, unsigned value, int bytes)
 }
 }  // namespace
 
-std::string ModelContent(const CEncoder& encoder, const StateValues& states)
+std::string ModelContent(const CEncoder& encoder, const States& states)
 {
     std::string content;
     for (const std::vector<uint16_t>* mapping : {&encoder.Gbk(), &encoder.Big5()})

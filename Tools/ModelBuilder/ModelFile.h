@@ -8,6 +8,6 @@
 #include "Encoder.h"
 
 // Packs and returns the file's content.
-std::string ModelContent(const CEncoder& encoder, const StateValues& states);
+std::string ModelContent(const CEncoder& encoder, const States& states);
 
 #endif  // MODEL_BUILDER_MODEL_FILE_H

@@ -21,7 +21,7 @@ std::string ValueText(int value)
 
 int ParseValue(const std::string& text)
 {
-    if (text == "-") return TRIE_VALUE_NONE;
+    if (text[0] == '-' && (text.size() == 1 || text[1] == '>')) return TRIE_VALUE_NONE;
     std::istringstream in(text);
     TrieAdjustments add{};
     char comma;
@@ -32,15 +32,21 @@ int ParseValue(const std::string& text)
     if (mark != std::string::npos) code = std::stoi(text.substr(mark + 1));
     return PackTrieValue(code, add) | (text.find('*') == std::string::npos ? 0 : TRIE_VALUE_COUNTED);
 }
+State ParseState(const std::string& text)
+{
+    const size_t mark = text.find('>');
+    return {ParseValue(text), mark == std::string::npos ? BY_RULE : static_cast<Region>(text.at(mark + 1))};
+}
 }  // namespace
 
-void WritePatterns(const StateValues& states, const std::string& path)
+void WritePatterns(const States& states, const std::string& path)
 {
     std::map<StateName, std::string> lines;  // by parent
-    for (const auto& [name, value] : states) {
+    for (const auto& [name, state] : states) {
         if (name.path.empty()) continue;
         std::string& line = lines[{name.region, name.path.substr(0, name.path.size() - 1)}];
-        line += ' ' + ToHex(name.path.substr(name.path.size() - 1)) + ':' + ValueText(value);
+        line += ' ' + ToHex(name.path.substr(name.path.size() - 1)) + ':' + ValueText(state.value);
+        if (state.onward != BY_RULE) line += std::string(">") + static_cast<char>(state.onward);
     }
     std::string out =
         "# The detector's states: REGION PATH, then BYTE:GBK,BIG5,UTF-16LE,UTF-8 of each child\n"
@@ -51,9 +57,9 @@ void WritePatterns(const StateValues& states, const std::string& path)
     WriteFile(path, out);
 }
 
-StateValues ReadPatterns(const std::string& path)
+States ReadPatterns(const std::string& path)
 {
-    StateValues states = BasicStates();
+    States states = BasicStates();
     for (const std::string& line : ReadLines(path)) {
         if (line.empty() || line[0] == '#') continue;
         std::istringstream cells(line);
@@ -63,7 +69,7 @@ StateValues ReadPatterns(const std::string& path)
         const std::string prefix = parent == "-" ? "" : FromHex(parent);
         while (cells >> cell)
             states[{static_cast<Region>(region), prefix + FromHex(cell.substr(0, 2))}] =
-                ParseValue(cell.substr(3));
+                ParseState(cell.substr(3));
     }
     return states;
 }

@@ -2,7 +2,7 @@
 //
 // A line names a parent: its region and path; then each child: its byte, a colon, and '-' or the four
 // adjustments for GBK, Big5, UTF-16LE and UTF-8, then '*' if an all-zero value is to count, '!' and a code if
-// the state decides.
+// the state decides, '>' and a region if it falls back to that one's root instead of what its own says.
 #ifndef MODEL_BUILDER_PATTERNS_H
 #define MODEL_BUILDER_PATTERNS_H
 
@@ -10,7 +10,7 @@
 
 #include "Automaton.h"
 
-void WritePatterns(const StateValues& states, const std::string& path);
-StateValues ReadPatterns(const std::string& path);
+void WritePatterns(const States& states, const std::string& path);
+States ReadPatterns(const std::string& path);
 
 #endif  // MODEL_BUILDER_PATTERNS_H

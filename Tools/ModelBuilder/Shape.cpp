@@ -13,7 +13,7 @@ std::string Bytes(unsigned first, unsigned second)
 }
 
 // Pairs of GBK and Big5, and the halves of GB18030's four-byte characters, which are two such pairs.
-void AddPairs(StateValues& states)
+void AddPairs(States& states)
 {
     for (unsigned lead = 0x81; lead <= 0xFE; ++lead)
         for (unsigned trail = 0x30; trail <= 0xFE; ++trail)
@@ -28,12 +28,19 @@ bool TakesLeadAfterAscii(unsigned low, unsigned high)
     return low < 0x80 && high >= 0xA0 && high != 0xFF;
 }
 
-void AddUnicode(StateValues& states, const CEncoder& encoder)
+// No text has them, but for what ends lines and pages and escapes.
+bool IsControl(unsigned code)
+{
+    return (code < 0x20 && code != '\t' && code != '\n' && code != '\f' && code != '\r' && code != 0x1B) ||
+           (code >= 0x7F && code < 0xA0);
+}
+
+void AddUnicode(States& states, const CEncoder& encoder)
 {
     for (unsigned code = 0; code < 0x10000; ++code) {
         const auto character = static_cast<wchar_t>(code);
-        const bool known =
-            code < 0x180 || encoder.Has(CANDIDATE_GBK, character) || encoder.Has(CANDIDATE_BIG5, character);
+        const bool known = (code < 0x180 && !IsControl(code)) || encoder.Has(CANDIDATE_GBK, character) ||
+                           encoder.Has(CANDIDATE_BIG5, character);
         if (known && !TakesLeadAfterAscii(code & 0xFF, code >> 8))
             AddState(states, REGION_MAIN, Bytes(code & 0xFF, code >> 8));
     }
@@ -42,7 +49,7 @@ void AddUnicode(StateValues& states, const CEncoder& encoder)
 
 // Two ASCII characters that are no unit of UTF-16LE in use: they tell the two apart, and ASCII goes by twos
 // as well.
-void AddAscii(StateValues& states)
+void AddAscii(States& states)
 {
     const auto isText = [](unsigned byte) {
         return byte == '\t' || byte == '\n' || byte == '\r' || (byte >= 0x20 && byte < 0x7F);
@@ -54,14 +61,19 @@ void AddAscii(StateValues& states)
 }
 
 // The states that keep UTF-16LE apart from ASCII with two-byte text behind it.
-void AddUnits(StateValues& states, const std::vector<wchar_t>& common)
+void AddUnits(States& states, const std::vector<wchar_t>& known)
 {
     for (unsigned lead = 0x81; lead < 0xA0; ++lead)
         for (unsigned trail = 0x40; trail < 0x100; ++trail) AddState(states, REGION_UNIT, Bytes(lead, trail));
-    for (const wchar_t character : common) {
+    for (const wchar_t character : known) {
         const unsigned code = static_cast<uint16_t>(character);
         if ((code & 0xFF) >= 0x40) AddState(states, REGION_NEXT_UNIT, Bytes(code & 0xFF, code >> 8));
     }
+    // The high byte of a rare unit, or the lead byte of a pair. 82 and 83 lead Japanese syllables in
+    // Shift_JIS.
+    for (unsigned high = 0x81; high < 0xA0; ++high)
+        if (high != 0x82 && high != 0x83)
+            AddState(states, REGION_RARE_UNIT, std::string(1, static_cast<char>(high)));
 }
 
 // Of the characters in two bytes Chinese text knows Latin, Greek and Cyrillic letters and a few signs.
@@ -70,7 +82,7 @@ bool IsCommonUtf8Lead(unsigned byte)
     return byte == 0xC2 || byte == 0xC3 || (byte >= 0xCE && byte <= 0xD1) || (byte >= 0xE1 && byte <= 0xEF);
 }
 
-void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
+void AddUtf8(States& states, const std::vector<wchar_t>& common)
 {
     for (const wchar_t character : common) {
         std::string bytes;
@@ -88,22 +100,23 @@ void AddUtf8(StateValues& states, const std::vector<wchar_t>& common)
     }
 }
 
-void AddMarks(StateValues& states)
+void AddMarks(States& states)
 {
     AddState(states, REGION_START, "\xFF\xFE");
     AddState(states, REGION_START, "\xEF\xBB\xBF");
-    states[{REGION_START, "\xFF\xFE"}] = PackTrieValue(ENCODE_UNICODE, {0, 0, 0, 0});
-    states[{REGION_START, "\xEF\xBB\xBF"}] = PackTrieValue(ENCODE_UTF8, {0, 0, 0, 0});
+    states[{REGION_START, "\xFF\xFE"}] = {PackTrieValue(ENCODE_UNICODE, {0, 0, 0, 0})};
+    states[{REGION_START, "\xEF\xBB\xBF"}] = {PackTrieValue(ENCODE_UTF8, {0, 0, 0, 0})};
 }
 }  // namespace
 
-StateValues ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>& common)
+States ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>& known,
+                       const std::vector<wchar_t>& common)
 {
-    StateValues states = BasicStates();
+    States states = BasicStates();
     AddPairs(states);
     AddUnicode(states, encoder);
     AddAscii(states);
-    AddUnits(states, common);
+    AddUnits(states, known);
     AddUtf8(states, common);
     AddMarks(states);
     return states;
@@ -113,8 +126,6 @@ bool CarriesValue(const StateName& state)
 {
     const std::string& path = state.path;
     switch (state.region) {
-        case REGION_START:
-            return false;
         case REGION_THIRD:
             return path.size() == 1;
         case REGION_UNIT:
@@ -125,8 +136,9 @@ bool CarriesValue(const StateName& state)
             return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
         case REGION_MAIN:
             return path.size() % 2 == 0 ? !path.empty() : path.size() == 3 && StartsWithUtf8Character(path);
+        default:
+            return false;
     }
-    return false;
 }
 
 bool IsAscii(const StateName& state)

@@ -11,8 +11,10 @@
 #include "Automaton.h"
 #include "Encoder.h"
 
-// `common` are the characters that deserve UTF-8 states of their own.
-StateValues ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>& common);
+// `known` are the characters that are expected behind a doubtful unit of UTF-16LE, `common` those that
+// deserve UTF-8 states of their own.
+States ShapeOfDetector(const CEncoder& encoder, const std::vector<wchar_t>& known,
+                       const std::vector<wchar_t>& common);
 
 // Whether entering the state says something: leads and other states half-way through a character do not.
 bool CarriesValue(const StateName& state);

@@ -16,9 +16,7 @@ using Weights = std::array<double, CANDIDATES>;
 constexpr double UNITS_A_NAT = 3.0;  // digits stand for thirds of a nat; finer or coarser changes little
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
-// A pair so many times as frequent in a foreign kind as in ours does not count for ours.
-constexpr double FOREIGN_ODDS = 60.0;
-// Nor does one of a smaller share of its encoding's pairs.
+// A pair of a smaller share of its encoding's pairs does not count for it.
 constexpr double LEAST_SHARE = 2e-6;
 // An ASCII state that ASCII visits so many times as often as UTF-16LE may say no to UTF-16LE.
 constexpr uint64_t DOUBTLESS_ODDS = 1000;
@@ -60,6 +58,13 @@ bool EndsAsHanzi(const StateName& state)
     return state.region == REGION_MAIN && state.path.size() % 2 == 0 && high >= 0x4E && high < 0xA0;
 }
 
+// Or a letter, a sign or a full-width form.
+bool EndsAsSign(const StateName& state)
+{
+    const unsigned high = ByteAt(state.path, state.path.size() - 1);
+    return high <= 0x04 || (high >= 0x20 && high <= 0x33) || high >= 0xFE;
+}
+
 // Two bytes that words are made of, in languages that are not ours as well.
 bool IsWordLike(const std::string& path)
 {
@@ -88,16 +93,15 @@ struct Feature {
     std::array<int, 3> terms = {-1, -1, -1};
     bool ascii = false, silent = false, pair = false;
     std::array<uint32_t, CANDIDATES> seen{};  // visits in training
-    double foreign = 0;                       // its share of the pairs in the foreign kind that has it most
 };
 
 class CTrainer
 {
 public:
-    explicit CTrainer(const CSampleSource& source) : m_source(source) {}
+    CTrainer(const CSampleSource& source, const CEncoder& encoder) : m_source(source), m_encoder(encoder) {}
 
     // Takes up a set of states; what was learned about states of the same name before is kept.
-    void Adopt(const StateValues& states)
+    void Adopt(const States& states)
     {
         std::map<StateName, Feature> before;
         for (const Feature& feature : m_features) before.emplace(*feature.name, feature);
@@ -141,33 +145,16 @@ public:
         return -Shares(sum, answer)[answer];
     }
 
-    // Measures how often each state is entered by what is none of ours.
-    void MeetForeign(uint64_t samples, uint64_t seed)
+    void Round(States& states)
     {
-        CRandom random(seed);
-        std::vector<std::vector<uint32_t>> visits(m_features.size(),
-                                                  std::vector<uint32_t>(CSampleSource::FOREIGN_KINDS));
-        std::vector<double> all(CSampleSource::FOREIGN_KINDS);
-        for (uint64_t n = 0; n < samples; ++n) {
-            const size_t kind = n % CSampleSource::FOREIGN_KINDS;
-            Walk(m_source.DrawForeign(kind, random));
-            for (const size_t f : m_visited)
-                if (m_features[f].pair) ++visits[f][kind], ++all[kind];
-        }
-        for (size_t f = 0; f < m_features.size(); ++f)
-            for (size_t kind = 0; kind < all.size(); ++kind)
-                m_features[f].foreign = std::max(m_features[f].foreign, visits[f][kind] / all[kind]);
         for (const Feature& feature : m_features)
             for (size_t c = 0; c < CANDIDATES; ++c) m_all[c] += feature.pair ? feature.seen[c] : 0;
-    }
-
-    void Round(StateValues& states) const
-    {
-        for (const Feature& feature : m_features) states[*feature.name] = RoundedValue(feature);
+        for (const Feature& feature : m_features) states[*feature.name] = {RoundedValue(feature)};
         // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is
         // doubtful.
         for (int lead = 0x81; lead < 0xFF; ++lead)
-            states[{REGION_START, std::string(1, static_cast<char>(lead))}] = PackTrieValue(0, {1, 1, 1, 1});
+            states[{REGION_START, std::string(1, static_cast<char>(lead))}] = {
+                PackTrieValue(0, {1, 1, 1, 1})};
     }
 
 private:
@@ -198,12 +185,22 @@ private:
 
     // Whether an ASCII state speaks against UTF-16LE without being a stranger to it: a negative digit would
     // cost that its ten to one.
-    static bool IsAmbiguous(const Feature& feature, double weight)
+    bool IsAmbiguous(const Feature& feature, double weight) const
     {
         const auto& seen = feature.seen;
         const uint64_t others = uint64_t{seen[CANDIDATE_GBK]} + seen[CANDIDATE_BIG5] + seen[CANDIDATE_UTF8];
-        return feature.ascii && weight * UNITS_A_NAT < 0.5 && seen[CANDIDATE_UNICODE] > 3 &&
-               others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
+        if (!feature.ascii || weight * UNITS_A_NAT >= 0.5) return false;
+        if (EndsAsHanzi(*feature.name) && IsWellKnown(feature.name->path)) return true;
+        return seen[CANDIDATE_UNICODE] > 3 && others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
+    }
+
+    // Whether a unit of UTF-16LE is a hanzi that dictionaries have.
+    bool IsWellKnown(const std::string& unit) const
+    {
+        const auto character = static_cast<wchar_t>(ByteAt(unit, 1) << 8 | ByteAt(unit, 0));
+        const unsigned gbk = m_encoder.Pair(CANDIDATE_GBK, character),
+                       big5 = m_encoder.Pair(CANDIDATE_BIG5, character);
+        return (gbk >= 0xB0A1 && gbk < 0xF800 && (gbk & 0xFF) >= 0xA1) || (big5 >= 0xA440 && big5 < 0xC680);
     }
 
     // Of those, what words are made of says nothing: the other way out, below, would count for the other
@@ -323,15 +320,23 @@ private:
         const int shift = ShiftOf(feature, digit);
         for (size_t c = 0; c < CANDIDATES; ++c)
             digit[c] = std::clamp(digit[c] + shift, -9, c == CANDIDATE_UTF8 ? 23 : 10);
-        if (feature.seen[CANDIDATE_UNICODE] > 0 || EndsAsHanzi(*feature.name))
-            digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
+        if (IsAtHomeInUnicode(feature)) digit[CANDIDATE_UNICODE] = std::max(digit[CANDIDATE_UNICODE], 1);
         return PackTrieValue(0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE],
                                  digit[CANDIDATE_UTF8]});
     }
 
+    // Whether UTF-16LE must not suffer for the state: one that it only meets by accident may speak against
+    // it.
+    bool IsAtHomeInUnicode(const Feature& feature) const
+    {
+        const uint32_t seen = feature.seen[CANDIDATE_UNICODE];
+        if (!feature.pair) return seen > 0 || EndsAsHanzi(*feature.name);
+        return EndsAsHanzi(*feature.name) || (seen > 0 && EndsAsSign(*feature.name)) ||
+               seen > LEAST_SHARE * m_all[CANDIDATE_UNICODE];
+    }
+
     // Adding the same to all four digits changes no comparison of sums, so they are shifted until every
-    // encoding in whose text the state really occurs has a positive one, and none where it is foreign or
-    // hardly in use.
+    // encoding in whose text the state really occurs has a positive one, and none where it is hardly in use.
     int ShiftOf(const Feature& feature, const std::array<int, CANDIDATES>& digit) const
     {
         constexpr int NONE = 100;
@@ -341,11 +346,8 @@ private:
         for (size_t c = 0; c < CANDIDATES; ++c) {
             const uint64_t seen = feature.seen[c];
             if (c != CANDIDATE_UTF8) limit = std::min(limit, 10 - digit[c]);
-            if (c != CANDIDATE_UNICODE && IsForeign(feature, c)) {
-                if (seen * 20 >= all) limit = std::min(limit, -digit[c]);
-            } else if (seen > 0 && IsInUse(feature, c) && (c == CANDIDATE_UNICODE || seen * 500 >= all)) {
+            if (seen > 0 && IsInUse(feature, c) && (c == CANDIDATE_UNICODE || seen * 500 >= all))
                 raise = std::max(raise, 1 - digit[c]);
-            }
         }
         if (raise == -NONE) return std::min(limit, -*std::max_element(digit.begin(), digit.end()));
         // Where GBK and Big5 lie further apart than the digits below 1 reach, the better one goes up.
@@ -359,14 +361,8 @@ private:
         return !feature.pair || IsSign(*feature.name, c) || feature.seen[c] > LEAST_SHARE * m_all[c];
     }
 
-    // Whether a pair belongs to other languages rather than to text in GBK or Big5.
-    bool IsForeign(const Feature& feature, size_t c) const
-    {
-        return feature.pair && c != CANDIDATE_UTF8 && !IsSign(*feature.name, c) &&
-               feature.foreign * m_all[c] > FOREIGN_ODDS * feature.seen[c];
-    }
-
     const CSampleSource& m_source;
+    const CEncoder& m_encoder;
     std::vector<TrieNode> m_nodes;
     std::vector<int> m_feature;  // by node; -1 for none
     std::vector<Feature> m_features;
@@ -409,30 +405,18 @@ std::vector<Sequence> SequencesByGain(CTrainer& trainer, const CSampleSource& so
     return sequences;
 }
 
-// The states with as many of the sequences as the packed table has room for.
-StateValues WithSequences(const StateValues& states, const std::vector<Sequence>& sequences, size_t nodes)
-{
-    for (size_t count = sequences.size();; count -= count / 16) {
-        StateValues extended = states;
-        if (count > nodes) continue;
-        for (size_t i = 0; i < count; ++i) AddState(extended, REGION_MAIN, sequences[i].bytes);
-        if (extended.size() > nodes) continue;
-        const size_t packed = PackStates(LinkStates(extended)).nodes.size();
-        std::cerr << count << " sequences, " << extended.size() << " states in " << packed << " nodes\n";
-        if (packed <= nodes) return extended;
-    }
-}
 }  // namespace
 
-void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder,
+void TrainValues(States& states, const CSampleSource& source, const CEncoder& encoder,
                  const TrainingPlan& plan)
 {
-    CTrainer trainer(source);
+    CTrainer trainer(source, encoder);
     trainer.Adopt(states);
     trainer.Train(plan.samples / 3, plan.seed, false);
-    states = WithSequences(states, SequencesByGain(trainer, source, encoder), plan.nodes);
+    std::vector<Sequence> sequences = SequencesByGain(trainer, source, encoder);
+    sequences.resize(std::min(sequences.size(), plan.sequences));
+    for (const Sequence& sequence : sequences) AddState(states, REGION_MAIN, sequence.bytes);
     trainer.Adopt(states);
     trainer.Train(plan.samples - plan.samples / 3, plan.seed + 1, true);
-    trainer.MeetForeign(200'000, plan.seed + 2);
     trainer.Round(states);
 }

@@ -13,14 +13,14 @@
 #include "Samples.h"
 
 struct TrainingPlan {
-    uint64_t samples = 12'000'000;
+    uint64_t samples = 8'000'000;
     uint64_t seed = 1;
-    size_t nodes = 109'000;  // slots that the packed table may take, decisive states not yet counted
+    size_t sequences = 3000;  // of two pairs that get states of their own
 };
 
 // Sets the value of every state that carries one, and adds states for sequences of two pairs where single
 // pairs leave doubt. Progress goes to stderr.
-void TrainValues(StateValues& states, const CSampleSource& source, const CEncoder& encoder,
+void TrainValues(States& states, const CSampleSource& source, const CEncoder& encoder,
                  const TrainingPlan& plan);
 
 #endif  // MODEL_BUILDER_TRAINER_H

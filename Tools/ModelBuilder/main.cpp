@@ -3,8 +3,10 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "AsciiStart.h"
 #include "Counting.h"
 #include "Decisive.h"
+#include "Foreign.h"
 #include "ModelFile.h"
 #include "Patterns.h"
 #include "Shape.h"
@@ -19,10 +21,8 @@ constexpr char USAGE[] =
     "       ModelBuilder build DATA OUTPUT [--without-decisive]\n"
     "                                            pack DATA/Mappings and DATA/Patterns.txt into a model\n";
 
-constexpr size_t MOST_NODES = 118'800;  // a file below 2,000,000 bytes
-
 // Characters of the Simplified and Traditional classes that occur often enough for UTF-8 states of their own.
-std::vector<wchar_t> CommonCharacters(const std::string& statistics)
+std::vector<wchar_t> CommonCharacters(const std::string& statistics, double least)
 {
     std::map<wchar_t, double> share;
     for (const char* name :
@@ -34,29 +34,36 @@ std::vector<wchar_t> CommonCharacters(const std::string& statistics)
     }
     std::vector<wchar_t> common;
     for (const auto& [character, sum] : share)
-        if (sum > 6e-6) common.push_back(character);
+        if (sum > least) common.push_back(character);
     return common;
+}
+
+// What is known beyond training: see the headers of the three.
+void Finish(States& states, const CSampleSource& source, const CEncoder& encoder)
+{
+    AddAsciiStart(states);
+    AddDecisiveStates(states, source, encoder);
+    AddForeignStates(states, source, encoder);
 }
 
 void Train(const std::string& data, const std::string& samples)
 {
     const CEncoder encoder(data + "/Mappings");
     const CSampleSource source(data + "/Statistics", encoder);
-    StateValues states = ShapeOfDetector(encoder, CommonCharacters(data + "/Statistics"));
+    States states = ShapeOfDetector(encoder, CommonCharacters(data + "/Statistics", 6e-6),
+                                    CommonCharacters(data + "/Statistics", 3e-5));
     std::cerr << states.size() << " states\n";
     TrainingPlan plan;
     if (!samples.empty()) plan.samples = std::stoull(samples);
     TrainValues(states, source, encoder, plan);
-    AddDecisiveStates(states, source, encoder, MOST_NODES);
+    Finish(states, source, encoder);
     WritePatterns(states, data + "/Patterns.txt");
 }
 
 void Build(const std::string& data, const std::string& output, bool decisive)
 {
-    StateValues states = ReadPatterns(data + "/Patterns.txt");
-    if (!decisive)
-        for (auto& [name, value] : states)
-            if (name.region != REGION_START) value &= (1 << 20) - 1;
+    States states = ReadPatterns(data + "/Patterns.txt");
+    if (!decisive) DropDecisiveStates(states);
     const std::string content = ModelContent(CEncoder(data + "/Mappings"), states);
     WriteFile(output, content);
     std::cerr << states.size() << " states, " << content.size() << " bytes\n";

@@ -1,9 +1,8 @@
 // The fast form of the detector's walk: first the nodes' values in a row, then their digits eight at a time.
 //
-// The walk itself only collects values. It takes pairs of bytes by the pair table where it can, so that where
-// the next pair leads does not wait for this one's nodes. The digits are then split in vectors, which costs a
-// fraction of what four divisions a node do. A decisive value is looked for in each row of values, in their
-// order.
+// The walk itself only collects values. It takes the shortcuts that a node table offers. The digits are then
+// split in vectors, which costs a fraction of what four divisions a node do. A decisive value is looked for
+// in each row of values, in their order.
 #include <algorithm>
 #include <bit>
 
@@ -18,23 +17,34 @@ using namespace trie;
 
 constexpr unsigned long CHUNK = 1024;  // bytes of text to a row of values
 
+TARGET_AVX2 bool IsAllAsciiText(const unsigned char* text)
+{
+    const __m256i bytes = Load32(text);
+    const auto is = [&](char byte) TARGET_AVX2 { return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(byte)); };
+    // Bytes of 80 and above are negative.
+    const __m256i printed = _mm256_andnot_si256(is(0x7F), _mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)));
+    const __m256i breaks = _mm256_or_si256(is('\t'), _mm256_or_si256(is('\n'), is('\r')));
+    return Mask(_mm256_or_si256(printed, breaks)) == 0xFFFFFFFF;
+}
+
 // A walk that stops and goes on.
 class CWalker
 {
 public:
     CWalker(const TrieNode* trie, unsigned nodeCount)
-        : m_pTrie(trie), m_nNodes(nodeCount), m_pPairs(FindPairTable(trie, nodeCount))
+        : m_pTrie(trie), m_nNodes(nodeCount), m_pShortcuts(FindShortcuts(trie, nodeCount))
     {
     }
 
     // Moves over the text and appends the values met to `values`, at most one a byte. Returns their end.
     int* Walk(const unsigned char* text, const unsigned char* end, int* values)
     {
-        if (m_pPairs == nullptr)
-            m_pPairs = PairTableAfter(m_pTrie, m_nNodes, static_cast<unsigned long>(end - text));
+        if (m_pShortcuts == nullptr)
+            m_pShortcuts = ShortcutsAfter(m_pTrie, m_nNodes, static_cast<unsigned long>(end - text));
         int state = m_nState;
         while (text < end) {
             if (PairsServe(state, text, end)) text = WalkPairs(text, end, state, values);
+            if (m_pShortcuts != nullptr) text = WalkHubs(text, end, state, values);
             text = WalkBytes(text, end, state, values);
         }
         m_nState = state;
@@ -48,20 +58,15 @@ private:
         values += value != TRIE_VALUE_NONE;
     }
 
-    // The child of a state that was failed to. What the rest state leads to is known without asking it.
-    int ChildOfFailed(int state, unsigned char byte) const
-    {
-        if (m_pPairs != nullptr && state == m_pPairs->rest) return m_pPairs->firstNodes[byte];
-        return Child(m_pTrie, m_nNodes, state, byte);
-    }
-
+    // Whether the state acts as the rest state and the next pair is in the table.
     bool PairsServe(int state, const unsigned char* text, const unsigned char* end) const
     {
-        return m_pPairs != nullptr && state == m_pPairs->rest && end - text >= 2 &&
-               m_pPairs->entries[text[0]][text[1]].node != NO_NODE;
+        return m_pShortcuts != nullptr &&
+               m_pShortcuts->hubOf[state] == m_pShortcuts->hubOf[m_pShortcuts->rest] && end - text >= 2 &&
+               m_pShortcuts->entries[text[0]][text[1]].node != NO_NODE;
     }
 
-    // Byte after byte, as the plain walk goes, until the pair table serves. Returns where it got to.
+    // Byte after byte, as the plain walk goes, until a hub is met. Returns where it got to.
     const unsigned char* WalkBytes(const unsigned char* text, const unsigned char* end, int& at,
                                    int*& values) const
     {
@@ -71,46 +76,82 @@ private:
             CFailureChain chain(m_pTrie, m_nNodes, state);
             while (child == NO_NODE && state != ROOT) {
                 state = chain.Next(state);
-                if (PairsServe(state, text, end)) break;
-                child = ChildOfFailed(state, *text);
+                if (IsHub(state)) break;
+                child = Child(m_pTrie, m_nNodes, state, *text);
             }
             if (child != NO_NODE) {
                 state = child;
                 Append(values, m_pTrie[child].nValue);
-            } else if (PairsServe(state, text, end)) {
+                if (!IsHub(state)) continue;
+                ++text;
                 break;
             }
+            if (IsHub(state)) break;
         }
         at = state;
         return text;
+    }
+
+    bool IsHub(int state) const { return m_pShortcuts != nullptr && m_pShortcuts->hubOf[state] != NO_HUB; }
+
+    // From hub to hub, as long as one leads to another and no pair serves. Returns where it got to.
+    const unsigned char* WalkHubs(const unsigned char* text, const unsigned char* end, int& state,
+                                  int*& values) const
+    {
+        const Shortcuts& shortcuts = *m_pShortcuts;
+        const unsigned rest = shortcuts.hubOf[shortcuts.rest];
+        unsigned hub = shortcuts.hubOf[state];
+        const unsigned char* notBefore = text;  // where long runs of ASCII are looked for again
+        while (hub != NO_HUB && text < end && (hub != rest || !PairsServe(state, text, end))) {
+            if (shortcuts.quiet[hub] && text >= notBefore) {
+                while (end - text > 32 && IsAllAsciiText(text)) text += 32;
+                notBefore = text + 16;
+            }
+            const HubEntry& entry = shortcuts.hubs[hub][*text++];
+            Append(values, entry.value);
+            state = entry.node;
+            hub = entry.hub;
+        }
+        return text;
+    }
+
+    // Whether the next byte leads from the hub to where it leads from the rest state.
+    bool GoesOnAsRest(unsigned hub, const unsigned char* text, const unsigned char* end) const
+    {
+        const Shortcuts& table = *m_pShortcuts;
+        return hub != NO_HUB && text < end &&
+               table.hubs[hub][*text].node == table.hubs[table.hubOf[table.rest]][*text].node;
     }
 
     // From the rest state, as long as one pair of the table follows another. Returns where it got to.
     const unsigned char* WalkPairs(const unsigned char* text, const unsigned char* end, int& state,
                                    int*& values) const
     {
-        const PairTable& table = *m_pPairs;
+        const Shortcuts& table = *m_pShortcuts;
         int node = table.childless;  // of which the rest state differs in nothing that comes
-        for (; end - text >= 2; text += 2) {
+        while (end - text >= 2) {
             const PairEntry entry = table.entries[text[0]][text[1]];
             if (entry.node == NO_NODE) break;
             const int child = Child(m_pTrie, m_nNodes, node, text[0]);
-            int value = entry.value;
-            if (child == NO_NODE) {
-                Append(values, table.firstValues[text[0]]);
-            } else {
-                const int phrase = Child(m_pTrie, m_nNodes, child, text[1]);
-                if (phrase != NO_NODE) value = m_pTrie[phrase].nValue;
+            const int phrase = child == NO_NODE ? NO_NODE : Child(m_pTrie, m_nNodes, child, text[1]);
+            if (child == NO_NODE) Append(values, table.firstValues[text[0]]);
+            Append(values, phrase == NO_NODE ? entry.value : m_pTrie[phrase].nValue);
+            text += 2;
+            state = node = entry.node & ~PAIR_LEAVES;
+            if (phrase != NO_NODE && table.leaves[phrase]) {
+                state = phrase;
+                node = table.childless;
+                if (!GoesOnAsRest(table.hubOf[phrase], text, end)) break;
+            } else if ((entry.node & PAIR_LEAVES) != 0) {
+                if (!GoesOnAsRest(table.hubOf[FailureLink(m_pTrie, m_nNodes, node)], text, end)) break;
             }
-            Append(values, value);
-            state = node = entry.node;
         }
         return text;
     }
 
     const TrieNode* m_pTrie;
     unsigned m_nNodes;
-    const PairTable* m_pPairs;
+    const Shortcuts* m_pShortcuts;
     int m_nState = ROOT;
 };
 

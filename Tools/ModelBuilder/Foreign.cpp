@@ -1,0 +1,212 @@
+// Foreign text; see Foreign.h.
+#include "Foreign.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
+#include "Shares.h"
+
+namespace
+{
+constexpr size_t COMMON = 320;        // characters of each encoding that lead back
+constexpr double FOREIGN_ODDS = 300;  // that a sequence has against its share in Chinese text
+constexpr double LEAST_SHARE = 2e-5;  // of a sequence among the pairs of its language
+// By kind: what is hard to tell from Chinese text, or has few bytes beyond ASCII, gets more sequences.
+constexpr double KIND_WEIGHTS[] = {1, 2, 1, 1, 3, 0.5};
+constexpr size_t SEQUENCES = 4000;
+constexpr size_t FOREIGN_SAMPLES = 40'000, CHINESE_SAMPLES = 1'500'000;
+
+constexpr int NOT_UNICODE = TRIE_VALUE_NONE | TRIE_VALUE_COUNTED;  // one of those that cost UTF-16LE ten
+
+std::string Text(unsigned byte)
+{
+    return {static_cast<char>(byte)};
+}
+
+bool IsControl(unsigned byte)
+{
+    return (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\f' && byte != '\r' && byte != 0x1B) ||
+           byte == 0x7F || byte == 0xFF;
+}
+
+// Behind a lead byte or a control character: signs and controls, but no line end. A line may end in half a
+// character.
+void AddBroken(States& states)
+{
+    for (unsigned byte = 0; byte < 0x100; ++byte)
+        if (IsControl(byte) || (byte >= 0x20 && byte < 0x30) || (byte >= 0x3A && byte < 0x40))
+            if (byte != 0) states[{REGION_BROKEN, Text(byte)}] = {NOT_UNICODE, REGION_FOREIGN};
+    for (const Region region : {REGION_MAIN, REGION_FOREIGN}) {
+        AddState(states, region, std::string(2, '\0'));
+        states[{region, std::string(2, '\0')}] = {NOT_UNICODE, REGION_FOREIGN};
+    }
+}
+
+void AddWayBack(States& states, const CSampleSource& source, const CEncoder& encoder)
+{
+    for (unsigned byte = 0; byte < 0x100; ++byte)
+        for (const Region region : {REGION_FOREIGN, REGION_FOREIGN_TRAIL})
+            AddState(states, region, Text(byte));
+    for (unsigned lead = 0xE3; lead < 0xEA; ++lead)
+        for (unsigned tail = 0x80; tail < 0xC0; ++tail)
+            AddState(states, REGION_FOREIGN, Text(lead) + Text(tail));
+
+    const Shares hans = SharesOf(source, "hans"), hant = SharesOf(source, "hant");
+    std::map<std::string, std::pair<double, Candidate>> ways;  // by bytes, the likeliest encoding
+    for (const Candidate candidate : {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UTF8, CANDIDATE_UNICODE}) {
+        CharacterShares shares = hant.anywhere;
+        if (candidate != CANDIDATE_BIG5)
+            for (const auto& [character, share] : hans.anywhere) shares[character] += share;
+        for (const wchar_t character : Top(shares, COMMON, [&](wchar_t c) { return c >= 0x2000; })) {
+            const std::string bytes = encoder.Encode(candidate, {character});
+            if (bytes.size() < 2) continue;
+            auto& way = ways[bytes];
+            if (shares[character] > way.first) way = {shares[character], candidate};
+        }
+    }
+    for (const auto& [bytes, way] : ways) {
+        const Region back = RegionOf(REGION_RETURN, way.second);
+        AddState(states, REGION_FOREIGN, bytes);
+        states[{REGION_FOREIGN, bytes}].onward = back;
+        AddState(states, back, bytes);
+        states[{back, bytes}].onward = REGION_MAIN;
+    }
+}
+
+// ASCII may stand between the two, as in tables.
+void AddAsciiBetween(States& states)
+{
+    for (int candidate = 0; candidate < CANDIDATES; ++candidate) {
+        const Region back = RegionOf(REGION_RETURN, candidate);
+        for (unsigned byte = 0; byte < 0x80; ++byte) {
+            const std::string ascii = Text(byte) + (candidate == CANDIDATE_UNICODE ? Text(0) : "");
+            if (IsControl(byte) || byte == 0x1B || states.contains({back, ascii})) continue;
+            AddState(states, back, ascii);
+            states[{back, ascii}].onward = back;
+        }
+    }
+}
+
+// Reads a text through the automaton and reports each two pairs in a row, as one number.
+class CPairReader
+{
+public:
+    explicit CPairReader(const States& states)
+    {
+        const PackedTrie packed = PackStates(LinkStates(states));
+        m_nodes = packed.nodes;
+        m_isPair.assign(m_nodes.size(), false);
+        size_t number = 0;
+        for (const auto& [name, state] : states) {
+            const auto node = static_cast<size_t>(packed.nodeOf[number++]);
+            m_isPair[node] = name.region == REGION_MAIN && (name.path.size() == 2 || name.path.size() == 4);
+        }
+    }
+
+    // `function(pair, sequence)`: the latter has the pair before on top, and is 0 where that is none.
+    template <typename Function>
+    void Read(const std::string& bytes, Function function) const
+    {
+        int state = 0;
+        size_t last = 0;  // where the last pair ended
+        for (size_t i = 0; i < bytes.size(); ++i) {
+            state = Next(state, static_cast<unsigned char>(bytes[i]));
+            if (!m_isPair[static_cast<size_t>(state)] || i == 0) continue;
+            const bool inSequence = last > 0 && i == last + 2;
+            function(PairAt(bytes, i - 1),
+                     inSequence ? PairAt(bytes, i - 3) << 16 | PairAt(bytes, i - 1) : 0);
+            last = i;
+        }
+    }
+
+private:
+    static uint32_t PairAt(const std::string& bytes, size_t at)
+    {
+        return ByteAt(bytes, at) << 8 | ByteAt(bytes, at + 1);
+    }
+
+    int Next(int state, unsigned byte) const
+    {
+        for (;;) {
+            const int child = m_nodes[static_cast<size_t>(state)].nBase + static_cast<int>(byte);
+            if (m_nodes[static_cast<size_t>(child)].nCheck == state) return child;
+            state = m_nodes[static_cast<size_t>(state)].nFail;
+        }
+    }
+
+    std::vector<TrieNode> m_nodes;
+    std::vector<bool> m_isPair;
+};
+
+std::string BytesOf(uint32_t sequence)
+{
+    return Text(sequence >> 24) + Text(sequence >> 16 & 0xFF) + Text(sequence >> 8 & 0xFF) +
+           Text(sequence & 0xFF);
+}
+
+// Two pairs that no other region follows, not both ASCII.
+bool IsSequence(const std::string& bytes)
+{
+    return (ByteAt(bytes, 0) >= 0x80 || ByteAt(bytes, 2) >= 0x80) && !StartsWithUtf8Character(bytes) &&
+           !LeadAfterAscii(bytes.substr(0, 2)) && bytes[0] != '\n' && bytes[0] != '\r';
+}
+
+// Sequences by their share in the foreign kind that has them most, weighed.
+std::unordered_map<uint32_t, double> ForeignSequences(const CPairReader& reader, const CSampleSource& source)
+{
+    std::unordered_map<uint32_t, double> shares;
+    for (size_t kind = 0; kind < std::size(KIND_WEIGHTS); ++kind) {
+        CRandom random(kind + 100);
+        std::unordered_map<uint32_t, uint32_t> counts;
+        double all = 0;
+        for (size_t n = 0; n < FOREIGN_SAMPLES; ++n)
+            reader.Read(source.DrawForeign(kind, random), [&](uint32_t, uint32_t sequence) {
+                ++all;
+                if (sequence != 0 && IsSequence(BytesOf(sequence))) ++counts[sequence];
+            });
+        for (const auto& [sequence, count] : counts)
+            if (count > LEAST_SHARE * all)
+                shares[sequence] = std::max(shares[sequence], KIND_WEIGHTS[kind] * count / all);
+    }
+    return shares;
+}
+
+void AddSequences(States& states, const CSampleSource& source)
+{
+    const CPairReader reader(states);
+    const std::unordered_map<uint32_t, double> foreign = ForeignSequences(reader, source);
+    std::vector<double> pairs(0x10000);
+    std::unordered_map<uint32_t, double> seen;
+    double all = 0;
+    CRandom random(7);
+    for (size_t n = 0; n < CHINESE_SAMPLES; ++n)
+        reader.Read(source.Draw(random).bytes, [&](uint32_t pair, uint32_t sequence) {
+            ++all, ++pairs[pair];
+            if (foreign.contains(sequence)) ++seen[sequence];
+        });
+
+    std::vector<std::pair<double, std::string>> order;
+    for (const auto& [sequence, share] : foreign) {
+        const double byChance = (pairs[sequence >> 16] + 1) * (pairs[sequence & 0xFFFF] + 1) / all;
+        const double own = std::max(seen.contains(sequence) ? seen.at(sequence) : 0, byChance) / all;
+        const std::string bytes = BytesOf(sequence);
+        if (share > FOREIGN_ODDS * own && !states.contains({REGION_MAIN, bytes}))
+            order.emplace_back(-share, bytes);
+    }
+    std::sort(order.begin(), order.end());
+    if (order.size() > SEQUENCES) order.resize(SEQUENCES);
+    for (const auto& [share, bytes] : order) {
+        AddState(states, REGION_MAIN, bytes);
+        states[{REGION_MAIN, bytes}] = {NOT_UNICODE, REGION_FOREIGN};
+    }
+}
+}  // namespace
+
+void AddForeignStates(States& states, const CSampleSource& source, const CEncoder& encoder)
+{
+    AddSequences(states, source);
+    AddBroken(states);
+    AddWayBack(states, source, encoder);
+    AddAsciiBetween(states);
+}
