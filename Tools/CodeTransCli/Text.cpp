@@ -1,138 +1,126 @@
-// Whole texts between encodings; see Text.h. Each buffer is sized by the table of the function that fills it.
+// Each buffer is sized by the table of the function that fills it. Where a function ends at a zero byte or a
+// zero unit, the text goes piece by piece.
 #include "Text.h"
 
 #include <CodeTrans.h>
 
 #include <algorithm>
-#include <cstring>
-#include <vector>
+
+#include "Characters.h"
 
 namespace
 {
-constexpr char16_t MARK = 0xFEFF;
-constexpr char16_t UNDEFINED = 0xFFFD;
-constexpr char16_t IDEOGRAPHIC_SPACE = 0x3000;
 constexpr char16_t EURO = 0x20AC;
 
-// Half of a character beyond the Basic Multilingual Plane, which the library does not put together.
-bool IsSurrogate(char16_t unit)
+void AppendUnits(std::u16string& units, const char* bytes, size_t count, size_t unitSize)
 {
-    return unit >= 0xD800 && unit <= 0xDFFF;
+    const size_t had = units.size();
+    units.resize(had + count);
+    for (size_t i = 0; i < count; ++i)
+        units[had + i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[unitSize * i]) |
+                                               static_cast<unsigned char>(bytes[unitSize * i + 1]) << 8);
 }
 
-void AppendUnits(std::u16string& units, const char* utf16le, size_t size)
+std::string UnitBytes(std::u16string_view units, size_t unitSize)
 {
-    for (size_t i = 0; i + 1 < size; i += 2)
-        units += static_cast<char16_t>(static_cast<unsigned char>(utf16le[i]) |
-                                       static_cast<unsigned char>(utf16le[i + 1]) << 8);
-}
-
-std::string ToUtf16Le(const std::u16string& units)
-{
-    std::string bytes;
-    bytes.reserve(2 * units.size());
-    for (const char16_t unit : units) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
+    std::string bytes(unitSize * units.size(), '\0');
+    for (size_t i = 0; i < units.size(); ++i) {
+        bytes[unitSize * i] = static_cast<char>(units[i] & 0xFF);
+        bytes[unitSize * i + 1] = static_cast<char>(units[i] >> 8);
     }
     return bytes;
 }
 
-Text DecodeDoubleByte(const std::string& bytes, int encoding)
+void DecodePairs(std::string_view run, int encoding, Block& block)
 {
-    Text text;
-    std::vector<char> out(2 * bytes.size() + 1);
-    const size_t size = TQ_ToUnicode(bytes.data(), bytes.size(), out.data(), out.size(), encoding);
-    AppendUnits(text.units, out.data(), size);
-    text.lost = static_cast<size_t>(std::count_if(text.units.begin(), text.units.end(),
-                                                  [](char16_t u) { return u == UNDEFINED || u == MARK; }));
-    return text;
+    std::string out(2 * run.size(), '\0');
+    const size_t size = TQ_ToUnicode(run.data(), run.size(), out.data(), out.size(), encoding);
+    const size_t begin = block.units.size();
+    AppendUnits(block.units, out.data(), size / 2, 2);
+    for (size_t i = block.units.find(REPLACEMENT, begin); i != std::u16string::npos;
+         i = block.units.find(REPLACEMENT, i + 1))
+        block.lost.push_back(i);
 }
 
-// The library reads UTF-8 up to a zero byte, so the text goes piece by piece. It drops what lies beyond the
-// Basic Multilingual Plane: the lead bytes of such sequences are counted.
-Text DecodeUtf8(const std::string& bytes)
+void DecodeUtf8(std::string_view run, Block& block)
 {
-    Text text;
-    for (size_t begin = 0; begin < bytes.size();) {
-        const char* piece = bytes.c_str() + begin;
-        const size_t length = strlen(piece);
-        std::vector<char> out(4 * length + 2);
-        const size_t size = TQ_ToUnicode(piece, length, out.data(), out.size(), ENCODE_UTF8);
-        for (size_t i = 0; i < size; i += 4) AppendUnits(text.units, out.data() + i, 2);
-        begin += length + 1;
-        if (begin <= bytes.size()) text.units += u'\0';
-    }
-    text.lost = static_cast<size_t>(std::count_if(
-        bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) >= 0xF0; }));
-    return text;
-}
-
-Text DecodeUtf16(const std::string& bytes)
-{
-    Text text;
-    AppendUnits(text.units, bytes.data(), bytes.size());
-    text.lost = bytes.size() % 2;
-    return text;
-}
-
-// The library takes four-byte units here and ends the copied text at a zero unit: piece by piece again.
-// Surrogates would become sequences that are not UTF-8.
-Encoded EncodeUtf8(const std::u16string& units)
-{
-    Encoded result;
-    for (size_t begin = 0; begin < units.size();) {
-        const size_t end = std::min(units.find(u'\0', begin), units.size());
-        std::vector<char> wide(4 * (end - begin));
-        for (size_t i = begin; i < end; ++i) {
-            const char16_t unit = IsSurrogate(units[i]) ? UNDEFINED : units[i];
-            wide[4 * (i - begin)] = static_cast<char>(unit & 0xFF);
-            wide[4 * (i - begin) + 1] = static_cast<char>(unit >> 8);
-        }
-        std::vector<char> out(3 * (end - begin) + 1);
-        const size_t size = TQ_ToUtf8(wide.data(), end - begin, out.data(), 0, ENCODE_UNICODE);
-        result.bytes.append(out.data(), size);
-        if (end < units.size()) result.bytes += '\0';
+    const std::string source(run);  // zero-terminated
+    std::string out;
+    for (size_t begin = 0; begin < source.size();) {
+        const size_t end = std::min(source.find('\0', begin), source.size());
+        out.resize(4 * (end - begin) + 2);
+        const size_t size =
+            TQ_ToUnicode(source.c_str() + begin, end - begin, out.data(), out.size(), ENCODE_UTF8);
+        AppendUnits(block.units, out.data(), size / 4, 4);
+        if (end < source.size()) block.units += u'\0';
         begin = end + 1;
     }
-    result.lost = static_cast<size_t>(std::count_if(units.begin(), units.end(), IsSurrogate));
+}
+
+void DecodeWhole(std::string_view run, int encoding, Block& block)
+{
+    if (encoding == ENCODE_UTF8)
+        DecodeUtf8(run, block);
+    else if (encoding == ENCODE_UNICODE)
+        AppendUnits(block.units, run.data(), run.size() / 2, 2);
+    else
+        DecodePairs(run, encoding, block);
+}
+
+// The library takes four-byte units here.
+std::string EncodeUtf8(std::u16string_view units)
+{
+    std::string result, out;
+    for (size_t begin = 0; begin < units.size();) {
+        const size_t end = std::min(units.find(u'\0', begin), units.size());
+        const std::string wide = UnitBytes(units.substr(begin, end - begin), 4);
+        out.resize(3 * (end - begin) + 1);
+        result.append(out.data(), TQ_ToUtf8(wide.data(), end - begin, out.data(), 0, ENCODE_UNICODE));
+        if (end < units.size()) result += '\0';
+        begin = end + 1;
+    }
     return result;
 }
 
-// The library writes A1 A1 for what GBK lacks and 00 80 for the euro sign, whose code is the byte 80.
-Encoded EncodeGbk(const std::u16string& units)
+// The library writes the euro sign, whose code is the byte 80, as 00 80.
+std::string EncodeGbk(std::u16string_view units)
 {
-    const std::string source = ToUtf16Le(units);
-    std::vector<char> out(2 * units.size() + 2);
+    const std::string source = UnitBytes(units, 2);
+    std::string out(2 * units.size() + 2, '\0');
     TQ_ToGBK(source.data(), units.size(), out.data(), 0, ENCODE_UNICODE);
-    Encoded result;
-    const char* code = out.data();
+    size_t read = 0, written = 0;
     for (const char16_t unit : units) {
-        const size_t length = unit < 0x80 ? 1 : 2;
-        if (unit == EURO)
-            result.bytes += '\x80';
-        else
-            result.bytes.append(code, length);
-        result.lost += length == 2 && unit != IDEOGRAPHIC_SPACE && memcmp(code, "\xA1\xA1", 2) == 0;
-        code += length;
+        if (unit == EURO) ++read;
+        out[written++] = out[read++];
+        if (unit >= 0x80 && unit != EURO) out[written++] = out[read++];
     }
-    return result;
+    out.resize(written);
+    return out;
 }
 }  // namespace
 
-Text Decode(const std::string& bytes, int encoding)
+Block Decode(std::string_view text, int encoding, size_t limit)
 {
-    Text text = encoding == ENCODE_UTF8      ? DecodeUtf8(bytes)
-                : encoding == ENCODE_UNICODE ? DecodeUtf16(bytes)
-                                             : DecodeDoubleByte(bytes, encoding);
-    const bool marked = encoding == ENCODE_UTF8 || encoding == ENCODE_UNICODE;
-    if (marked && !text.units.empty() && text.units.front() == MARK) text.units.erase(0, 1);
-    return text;
+    Block block;
+    while (block.consumed < std::min(limit, text.size())) {
+        const std::string_view rest = text.substr(block.consumed);
+        const size_t whole = WholeLength(rest, encoding, limit - block.consumed);
+        DecodeWhole(rest.substr(0, whole), encoding, block);
+        block.consumed += whole;
+        if (whole == rest.size() || block.consumed >= limit) break;
+
+        const Character odd = FirstCharacter(rest.substr(whole), encoding);
+        if (odd.form == Form::WHOLE) continue;
+        if (odd.form != Form::EURO) block.lost.push_back(block.units.size());
+        block.units += odd.form == Form::EURO ? EURO : REPLACEMENT;
+        block.consumed += odd.length;
+    }
+    return block;
 }
 
-Encoded Encode(const std::u16string& units, int encoding)
+std::string Encode(std::u16string_view units, int encoding)
 {
     if (encoding == ENCODE_UTF8) return EncodeUtf8(units);
     if (encoding == ENCODE_GBK) return EncodeGbk(units);
-    return {"\xFF\xFE" + ToUtf16Le(units), 0};
+    return UnitBytes(units, 2);
 }

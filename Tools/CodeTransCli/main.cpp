@@ -1,155 +1,189 @@
 // codetrans: names the encoding of files and converts them, from the command line.
 //
-// Results go to standard output, everything else to standard error. Exit statuses: 0 done, 1 a file failed, 2
-// wrong usage, 3 converted, but something was lost on the way.
-#include <CodeTrans.h>
-
+// Results go to standard output, everything else to standard error. Here is the command line alone; the
+// commands are in files of their own.
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
+#include <algorithm>
+#include <clocale>
+#include <exception>
 #include <iostream>
-#include <map>
-#include <optional>
 
-#include "Text.h"
+#include "Commands.h"
+#include "Encoding.h"
+#include "Report.h"
 
 namespace
 {
-enum ExitStatus { DONE = 0, FAILED = 1, WRONG_USAGE = 2, LOSSY = 3 };
+constexpr size_t MOST_JOBS = 256;
 
-const char* EncodingName(int code)
+constexpr const char* STATUSES =
+    "Exit status: 0 all done, 1 something was undecided or refused, 2 wrong usage, 3 reading or writing\n"
+    "failed, 4 converted with losses (--lossy).";
+
+constexpr const char* EXAMPLES =
+    "Examples:\n"
+    "  codetrans detect *.txt                          which encoding is it?\n"
+    "  codetrans convert --to utf-8 old.txt            the text in UTF-8, on standard output\n"
+    "  codetrans convert --to utf-8 -o new.txt old.txt\n"
+    "  codetrans convert --to utf-8 --in-place --backup .orig --recursive --jobs 4 folder\n"
+    "  codetrans doctor                                is all there that is needed?\n\n";
+
+constexpr const char* DETECT_EXAMPLES =
+    "Examples:\n"
+    "  codetrans detect readme.txt\n"
+    "  codetrans detect --recursive --json folder | jq -r 'select(.encoding == \"Big5\").name'\n\n";
+
+constexpr const char* CONVERT_EXAMPLES =
+    "Examples:\n"
+    "  codetrans convert --to gbk --from big5 -o new.txt old.txt\n"
+    "  codetrans convert --to utf-8 --in-place --backup .orig --recursive --jobs 4 folder\n"
+    "  unzip -p old.zip readme.txt | codetrans convert --to utf-8 -\n\n";
+
+// Thrown on a command line that is well-formed and yet not meant to be.
+struct UsageError {
+    std::string text;
+};
+
+int Encoding(const std::string& name)
 {
-    switch (code) {
-        case ENCODE_UTF8:
-            return "UTF-8";
-        case ENCODE_GBK:
-            return "GBK";
-        case ENCODE_BIG5:
-            return "Big5";
-        case ENCODE_UNICODE:
-            return "UTF-16LE";
-        default:
-            return "unknown";
+    if (const auto code = EncodingNamed(name)) return *code;
+    throw UsageError{"'" + name + "' is no encoding known here; there are utf-8, gbk, big5 and utf-16le"};
+}
+
+struct CommandLine {
+    CommonOptions common;
+    DetectOptions detect;
+    ConvertOptions convert;
+    std::string to, from;
+    bool mark = false, noMark = false;
+
+    // What the parser cannot see.
+    void Settle()
+    {
+        convert.to = Encoding(to);
+        if (!from.empty()) convert.from = Encoding(from);
+        if (convert.to == ENCODE_BIG5)
+            throw UsageError{
+                "Big5 can be read but not written: the library has no encoder for it; "
+                "choose utf-8, gbk or utf-16le"};
+        if (mark && convert.to == ENCODE_GBK) throw UsageError{"GBK has no byte-order mark"};
+        if (mark || noMark) convert.mark = mark;
+        if (convert.inPlace && !convert.out.empty()) throw UsageError{"--in-place and -o exclude each other"};
+        if (!convert.backupSuffix.empty() && !convert.inPlace) throw UsageError{"--backup needs --in-place"};
+        if (convert.backupSuffix.find('/') != std::string::npos)
+            throw UsageError{"the suffix of a backup cannot contain '/'"};
     }
+};
+
+void AddCommon(CLI::App& app, CommonOptions& options)
+{
+    app.add_option("--directory", options.directory,
+                   "Folder that holds Data/CodeTrans.model, if it is not beside the library or installed")
+        ->envname("CODETRANS_DIRECTORY")
+        ->type_name("DIR");
+    CLI::Option* const quiet = app.add_flag("--quiet,-q", options.quiet, "Speak of failures and losses only");
+    app.add_flag("--verbose,-v", options.verbose, "Speak of every file, and of more losses")->excludes(quiet);
 }
 
-void Complain(const std::string& file, const std::string& what)
+void AddWalk(CLI::App& command, std::vector<std::string>& files, bool& recursive, size_t& jobs)
 {
-    std::cerr << "codetrans: " << file << ": " << what << '\n';
+    command.add_option("FILE", files, "Files, folders (with --recursive), or - for standard input")
+        ->required()
+        ->type_name("");
+    command.add_flag("--recursive,-r", recursive, "Walk folders; binaries in them are skipped");
+    command.add_option("--jobs,-j", jobs, "Processes that share the work")
+        ->check(CLI::Range(static_cast<size_t>(1), MOST_JOBS))
+        ->type_name("N");
 }
 
-std::optional<std::string> ReadBytes(const std::string& name)
+CLI::App* AddDetect(CLI::App& app, DetectOptions& options)
 {
-    std::string bytes;
-    char block[65536];
-    FILE* const file = fopen(name.c_str(), "rb");
-    if (file != nullptr) {
-        while (const size_t size = fread(block, 1, sizeof block, file)) bytes.append(block, size);
-    }
-    const bool failed = file == nullptr || ferror(file) != 0;
-    if (failed) Complain(name, strerror(errno));
-    if (file != nullptr) fclose(file);
-    return failed ? std::nullopt : std::optional(std::move(bytes));
+    CLI::App* const command = app.add_subcommand("detect", "Print the encoding of each file");
+    AddWalk(*command, options.files, options.recursive, options.jobs);
+    command->add_flag("--json", options.json, "One JSON object a line");
+    command->footer(std::string(DETECT_EXAMPLES) + STATUSES);
+    return command;
 }
 
-bool WriteBytes(const std::string& name, const std::string& bytes)
+CLI::App* AddConvert(CLI::App& app, CommandLine& line)
 {
-    std::ofstream file(name, std::ios::binary);
-    file << bytes;
-    file.close();
-    if (!file) Complain(name, strerror(errno));
-    return static_cast<bool>(file);
+    ConvertOptions& options = line.convert;
+    CLI::App* const command = app.add_subcommand("convert", "Convert files; nothing is lost in silence");
+    AddWalk(*command, options.files, options.recursive, options.jobs);
+    command->add_option("--to,-t", line.to, "Encoding to write: utf-8, gbk or utf-16le")
+        ->required()
+        ->type_name("ENC");
+    command->add_option("--from,-f", line.from, "Encoding to read: these or big5; detected when not given")
+        ->type_name("ENC");
+    command
+        ->add_option("--output,-o", options.out, "File to write, or folder for several; - is standard output")
+        ->type_name("OUT");
+    command->add_flag("--in-place,-i", options.inPlace, "Replace each file by its converted form");
+    command->add_option("--backup", options.backupSuffix, "Keep the old file under its name and this suffix")
+        ->type_name("SUFFIX");
+    CLI::Option* const mark =
+        command->add_flag("--bom", line.mark, "Write a byte-order mark (default for utf-16le)");
+    command->add_flag("--no-bom", line.noMark, "Write none (default for utf-8)")->excludes(mark);
+    command->add_flag("--lossy", options.lossy, "Convert although characters are lost, and say how many");
+    command->footer(std::string(CONVERT_EXAMPLES) + STATUSES);
+    return command;
 }
 
-// The directory whose Data folder holds the model: as the caller says, else as installed, else as built.
-bool LoadModel(const std::string& directory)
+// What the parser would not take for a file name: an option, of which it knows "--" only before the first
+// file, and a list in brackets.
+bool LooksLikeSyntax(const std::string& name, bool afterDashes)
 {
-    const std::vector<std::string> candidates =
-        directory.empty()
-            ? std::vector<std::string>{CODETRANS_INSTALLED_DIRECTORY, CODETRANS_SOURCE_DIRECTORY}
-            : std::vector<std::string>{directory};
-    std::string model;
-    for (const std::string& candidate : candidates) {
-        // Looked for here first: a failing TQ_Init writes a log file into the current directory.
-        model = candidate + "/Data/CodeTrans.model";
-        if (std::ifstream(model) && TQ_Init(candidate.c_str(), nullptr) == 1) return true;
-    }
-    std::cerr << "codetrans: cannot load " << model << '\n';
-    return false;
+    return name.size() > 1 &&
+           ((name.front() == '-' && afterDashes) || (name.front() == '[' && name.back() == ']'));
 }
 
-int Detect(const std::vector<std::string>& files)
+// In the order that the parser wants, the last first.
+std::vector<std::string> Arguments(int argc, char** argv)
 {
-    int status = DONE;
-    for (const std::string& name : files) {
-        if (const auto bytes = ReadBytes(name))
-            std::cout << name << ": " << EncodingName(TQ_CodeDetect(bytes->data(), bytes->size())) << '\n';
+    std::vector<std::string> arguments;
+    bool afterDashes = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (afterDashes || argument != "--")
+            arguments.push_back(LooksLikeSyntax(argument, afterDashes) ? "./" + argument : argument);
         else
-            status = FAILED;
+            afterDashes = true;
     }
-    return status;
-}
-
-int Convert(const std::string& in, const std::string& out, int target)
-{
-    const auto bytes = ReadBytes(in);
-    if (!bytes) return FAILED;
-    const int encoding = TQ_CodeDetect(bytes->data(), bytes->size());
-    if (encoding == ENCODE_UNKNOWN) {
-        Complain(in, "the encoding could not be told");
-        return FAILED;
-    }
-    const Text text = Decode(*bytes, encoding);
-    const Encoded result = Encode(text.units, target);
-    if (!WriteBytes(out, result.bytes)) return FAILED;
-    if (text.lost + result.lost == 0) return DONE;
-    if (text.lost != 0)
-        Complain(in, std::to_string(text.lost) + " characters are not legible " + EncodingName(encoding));
-    if (result.lost != 0)
-        Complain(out, std::to_string(result.lost) + " characters have no place in " + EncodingName(target));
-    return LOSSY;
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
 }
 
 int Run(int argc, char** argv)
 {
     CLI::App app{"Tells GBK, Big5, UTF-8 and UTF-16LE text apart and converts it.", "codetrans"};
+    CommandLine line;
     app.require_subcommand(1);
-    app.set_version_flag("--version", std::to_string(CODETRANS_VERSION_MAJOR) + "." +
-                                          std::to_string(CODETRANS_VERSION_MINOR) + "." +
-                                          std::to_string(CODETRANS_VERSION_PATCH));
-    std::string directory;
-    app.add_option("--directory", directory, "Directory that holds Data/CodeTrans.model")
-        ->envname("CODETRANS_DIRECTORY");
-
-    std::vector<std::string> files;
-    CLI::App* const detect = app.add_subcommand("detect", "Print the encoding of each file");
-    detect->add_option("FILE", files, "Files to look at")->required();
-
-    std::string in, out;
-    int target = ENCODE_UTF8;
-    const std::map<std::string, int> targets = {
-        {"utf-8", ENCODE_UTF8}, {"gbk", ENCODE_GBK}, {"utf-16le", ENCODE_UNICODE}};
-    CLI::App* const convert = app.add_subcommand("convert", "Convert a file whose encoding is detected");
-    convert->add_option("--to", target, "Encoding to write")
-        ->required()
-        ->transform(CLI::CheckedTransformer(targets, CLI::ignore_case));
-    convert->add_option("IN", in, "File to read")->required();
-    convert->add_option("OUT", out, "File to write")->required();
+    app.fallthrough();
+    app.set_version_flag("--version", "codetrans " CODETRANS_VERSION);
+    app.footer(std::string(EXAMPLES) + STATUSES);
+    AddCommon(app, line.common);
+    const CLI::App* const detect = AddDetect(app, line.detect);
+    const CLI::App* const convert = AddConvert(app, line);
+    app.add_subcommand("doctor", "Check the library, the model and the locale, and tell what mends them");
 
     try {
-        app.parse(argc, argv);
+        app.parse(Arguments(argc, argv));
+        if (convert->parsed()) line.Settle();
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? DONE : WRONG_USAGE;
+    } catch (const UsageError& error) {
+        std::cerr << "codetrans: " << error.text << '\n';
+        return WRONG_USAGE;
     }
-    if (!LoadModel(directory)) return FAILED;
-    return detect->parsed() ? Detect(files) : Convert(in, out, target);
+    if (detect->parsed()) return Detect(line.common, line.detect);
+    return convert->parsed() ? Convert(line.common, line.convert) : Doctor(line.common);
 }
 }  // namespace
 
 int main(int argc, char** argv)
 {
+    // For the width of characters alone.
+    setlocale(LC_CTYPE, "C.UTF-8");
     try {
         return Run(argc, argv);
     } catch (const std::exception& error) {

@@ -1,0 +1,90 @@
+// doctor: is all there that the library and this program need, and what mends what is not.
+#include <unistd.h>
+
+#include <iostream>
+#include <string_view>
+
+#include "Commands.h"
+#include "Encoding.h"
+#include "Locale.h"
+#include "Model.h"
+#include "Report.h"
+
+namespace
+{
+void Say(bool good, const std::string& what, const std::string& text)
+{
+    std::cout << (good ? "ok      " : "MISSING ") << what << ": " << text << '\n';
+}
+
+void Mend(const std::string& command)
+{
+    std::cout << "        mend it with: " << command << '\n';
+}
+
+std::string CommandThatBringsModel(const std::string& folder)
+{
+    const std::string root = geteuid() == 0 ? "" : "sudo ";
+    const bool packaged = LibraryFile().rfind("/usr/lib/", 0) == 0;
+    if (packaged) return root + "dpkg --install codetrans_" CODETRANS_VERSION "_*.deb";
+    return root + "install -D -m 644 Data/CodeTrans.model '" + ModelFile(folder) + "'";
+}
+
+bool CheckModelFile(const CommonOptions& common)
+{
+    const std::vector<std::string> folders = ModelFolders(common.directory);
+    const std::string folder = FindModel(folders);
+    if (folder.empty()) {
+        Say(false, "model", "found in none of these:");
+        for (const std::string& candidate : folders)
+            std::cout << "          " << ModelFile(candidate) << '\n';
+        Mend(CommandThatBringsModel(folders.back()));
+        return false;
+    }
+    const ModelState model = CheckModel(ModelFile(folder), true);
+    const bool good = model.fault.empty();
+    if (good)
+        Say(true, "model", ModelFile(folder) + ", " + std::to_string(model.nodes) + " nodes, all sound");
+    else
+        std::cout << "DAMAGED model: " << ModelFile(folder) << ": " << model.fault << '\n';
+    if (!good) Mend(CommandThatBringsModel(folder));
+    return good;
+}
+
+// The two characters for "Chinese", in each encoding.
+bool CheckDetection(const CommonOptions& common)
+{
+    struct Sample {
+        int code;
+        std::string_view bytes;
+    };
+    constexpr Sample SAMPLES[] = {{ENCODE_GBK, "\xD6\xD0\xCE\xC4"},
+                                  {ENCODE_BIG5, "\xA4\xA4\xA4\xE5"},
+                                  {ENCODE_UTF8, "\xE4\xB8\xAD\xE6\x96\x87"},
+                                  {ENCODE_UNICODE, "\x2D\x4E\x87\x65"}};
+    bool good = LoadQuietly(FindModel(ModelFolders(common.directory)));
+    for (const Sample& sample : SAMPLES)
+        good = good && TQ_CodeDetect(sample.bytes.data(), sample.bytes.size()) == sample.code;
+    std::cout << (good ? "ok      " : "WRONG   ") << "detection: of two characters in each encoding\n";
+    return good;
+}
+
+bool CheckLocale()
+{
+    const bool there = LocaleIsThere();
+    Say(there, "locale",
+        std::string(LOCALE_NAME) +
+            (there ? "" : ", which the library needs between GBK and UTF-8 (this program does not)"));
+    if (!there) Mend(CommandThatMakesLocale());
+    return there;
+}
+}  // namespace
+
+int Doctor(const CommonOptions& common)
+{
+    std::cout << "ok      library: CodeTrans " CODETRANS_VERSION ", " << LibraryFile() << '\n';
+    const bool model = CheckModelFile(common) && CheckDetection(common);
+    const bool locale = CheckLocale();
+    if (!std::cout.flush()) return FAILED;
+    return model && locale ? DONE : NOT_DONE;
+}

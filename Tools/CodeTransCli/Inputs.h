@@ -1,0 +1,34 @@
+// Which files the command line means.
+#ifndef CODETRANSCLI_INPUTS_H
+#define CODETRANSCLI_INPUTS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct Input {
+    std::string path;      // "-" is standard input
+    std::string relative;  // to the folder that was named; the file's own name for a file that was
+    bool walked = false;   // found in a folder
+};
+
+struct Inputs {
+    std::vector<Input> files;
+    std::vector<std::string> remarks;  // on what was passed over
+    std::vector<std::string> failures;
+    uint64_t bytes = 0;
+
+    // Keeps one of several names that lead to the same file through links.
+    void DropAliases();
+};
+
+struct WalkOptions {
+    bool recursive = false;
+    std::string backupSuffix;  // files that end in it are not walked
+};
+
+// Folders are walked in the order of the names. Links to folders, the folders of version control, and what is
+// no regular file are passed over.
+Inputs CollectInputs(const std::vector<std::string>& arguments, const WalkOptions& options);
+
+#endif  // CODETRANSCLI_INPUTS_H

@@ -1,0 +1,188 @@
+// The file's form is told in Doc/ModelFormat.md.
+#include "Model.h"
+
+#include <CodeTrans.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+
+#include "Source.h"
+
+namespace fs = std::filesystem;
+
+namespace
+{
+constexpr size_t TABLE_BYTES = 2 * 24576 * sizeof(uint16_t);
+constexpr size_t NODES_OFFSET = TABLE_BYTES + 4;
+constexpr size_t NODE_BYTES = 16;
+
+uint32_t LittleEndian(std::string_view bytes, size_t offset)
+{
+    uint32_t value = 0;
+    for (size_t i = 4; i-- > 0;) value = value << 8 | static_cast<unsigned char>(bytes[offset + i]);
+    return value;
+}
+
+// A double array with failure links.
+class Trie
+{
+public:
+    Trie(std::string_view bytes, size_t count) : m_bytes(bytes), m_count(count), m_seen(count, false) {}
+
+    // The fault found first, or empty.
+    std::string Check()
+    {
+        std::vector<size_t> reached = {0};
+        m_seen[0] = true;
+        for (size_t i = 0; i < reached.size(); ++i) {
+            const size_t node = reached[i];
+            if (Field(node, BASE) + 255 >= m_count) return Fault(node, "leads out of the table");
+            if (Field(node, FAIL) >= m_count) return Fault(node, "fails out of the table");
+            if (!IsValue(Field(node, VALUE))) return Fault(node, "has no valid value");
+            for (size_t byte = 0; byte < 256; ++byte) {
+                const size_t child = Field(node, BASE) + byte;
+                if (Field(child, CHECK) != node || m_seen[child]) continue;
+                m_seen[child] = true;
+                reached.push_back(child);
+            }
+        }
+        return CheckFailures(reached);
+    }
+
+private:
+    enum FieldNumber { BASE, CHECK, FAIL, VALUE };
+
+    size_t Field(size_t node, FieldNumber field) const
+    {
+        return LittleEndian(m_bytes, NODES_OFFSET + NODE_BYTES * node + 4 * static_cast<size_t>(field));
+    }
+
+    static bool IsValue(size_t value)
+    {
+        const size_t code = value >> 20;
+        return code <= ENCODE_BIG5 || code == ENCODE_UNICODE;
+    }
+
+    static std::string Fault(size_t node, const char* what)
+    {
+        return "node " + std::to_string(node) + " " + what;
+    }
+
+    // Every chain must end at the root: those that are known to are marked.
+    std::string CheckFailures(const std::vector<size_t>& reached)
+    {
+        std::vector<bool> ends(m_count, false);
+        ends[0] = true;
+        for (const size_t start : reached) {
+            std::vector<size_t> chain;
+            for (size_t node = start; !ends[node]; node = Field(node, FAIL)) {
+                if (chain.size() > m_count || Field(node, FAIL) >= m_count) return Fault(start, "has no end");
+                chain.push_back(node);
+            }
+            for (const size_t node : chain) ends[node] = true;
+        }
+        return {};
+    }
+
+    std::string_view m_bytes;
+    size_t m_count;
+    std::vector<bool> m_seen;
+};
+
+// Turns standard output away and goes where no file can be made, for as long as it lives.
+class Silence
+{
+public:
+    Silence() : m_output(dup(STDOUT_FILENO)), m_folder(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC))
+    {
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        fflush(stdout);
+        dup2(nowhere, STDOUT_FILENO);
+        close(nowhere);
+        m_moved = m_folder >= 0 && chdir("/proc") == 0;
+    }
+    ~Silence()
+    {
+        fflush(stdout);
+        if (m_output >= 0)
+            dup2(m_output, STDOUT_FILENO);
+        else
+            close(STDOUT_FILENO);
+        if (m_moved && fchdir(m_folder) != 0) m_moved = false;
+        if (m_output >= 0) close(m_output);
+        if (m_folder >= 0) close(m_folder);
+    }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+private:
+    int m_output, m_folder;
+    bool m_moved = false;
+};
+}  // namespace
+
+std::string LibraryFile()
+{
+    Dl_info info = {};
+    if (dladdr(reinterpret_cast<const void*>(&TQ_Exit), &info) == 0) return {};
+    std::error_code error;
+    const fs::path file = fs::canonical(info.dli_fname, error);
+    return error ? info.dli_fname : file.string();
+}
+
+std::vector<std::string> ModelFolders(const std::string& chosen)
+{
+    if (!chosen.empty()) return {chosen};
+    const fs::path beside = fs::path(LibraryFile()).parent_path();
+    // The library lies in the prefix's lib, or in Debian's lib/x86_64-linux-gnu.
+    const bool nested = beside.parent_path().filename() == "lib";
+    const fs::path prefix = nested ? beside.parent_path().parent_path() : beside.parent_path();
+    return {beside, prefix / "share/CodeTrans", CODETRANS_INSTALLED_DIRECTORY};
+}
+
+std::string ModelFile(const std::string& folder)
+{
+    return folder + "/Data/CodeTrans.model";
+}
+
+std::string FindModel(const std::vector<std::string>& folders)
+{
+    for (const std::string& folder : folders)
+        if (access(ModelFile(folder).c_str(), F_OK) == 0) return folder;
+    return {};
+}
+
+ModelState CheckModel(const std::string& file, bool thorough)
+{
+    ModelState state;
+    try {
+        const Source source(file);
+        const std::string_view bytes = source.Bytes();
+        state.bytes = bytes.size();
+        if (state.bytes < NODES_OFFSET + NODE_BYTES) {
+            state.fault = "ends after " + std::to_string(state.bytes) + " bytes";
+            return state;
+        }
+        state.nodes = LittleEndian(bytes, TABLE_BYTES);
+        if (state.nodes == 0 || state.nodes > INT32_MAX ||
+            (state.bytes - NODES_OFFSET) / NODE_BYTES < state.nodes)
+            state.fault = "promises " + std::to_string(state.nodes) + " nodes and has room for " +
+                          std::to_string((state.bytes - NODES_OFFSET) / NODE_BYTES);
+        else if (thorough)
+            state.fault = Trie(bytes, state.nodes).Check();
+    } catch (const std::exception& error) {
+        state.fault = error.what();
+    }
+    return state;
+}
+
+bool LoadQuietly(const std::string& folder)
+{
+    const std::string absolute = fs::absolute(folder);
+    const Silence silence;
+    return TQ_Init(absolute.c_str(), nullptr) == 1;
+}

@@ -1,0 +1,45 @@
+// A file that comes into being whole or not at all.
+//
+// The bytes go into a file without a name in the target's folder (with a name, .codetrans-*, where the file
+// system has no such thing). Commit flushes it to the disk and puts it in the target's place by one renaming,
+// so that whatever ends the process or fills the disk leaves the old file or the new one. What is no regular
+// file, such as a device or a pipe, is written directly.
+#ifndef CODETRANSCLI_TARGET_H
+#define CODETRANSCLI_TARGET_H
+
+#include <sys/stat.h>
+
+#include <string>
+#include <string_view>
+
+class Target
+{
+public:
+    // "-" is standard output; a link is followed. Throws std::system_error, as all of it does.
+    explicit Target(const std::string& path);
+    ~Target();
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+    bool IsDirect() const { return m_direct; }
+    void Write(std::string_view bytes);
+
+    // Keeps the mode of the file replaced, and its owner where the system lets us; a new file gets the mode
+    // of the source, if that is a file. Time stamps are the source's. With a suffix, the file replaced stays
+    // under its name and that; a file that is called so already is never overwritten.
+    void Commit(const struct stat* source, const std::string& backupSuffix);
+
+private:
+    void OpenTemporary();
+    void MakeLikeReplaced() const;
+    void GiveName();
+    void Flush() const;
+
+    std::string m_path, m_folder, m_temporary;  // m_temporary is empty while the file has no name
+    int m_descriptor = -1;
+    struct stat m_replaced = {};
+    bool m_exists = false;
+    bool m_direct = false;
+};
+
+#endif  // CODETRANSCLI_TARGET_H

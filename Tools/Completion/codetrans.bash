@@ -1,0 +1,26 @@
+# Completion of codetrans for bash; needs nothing but bash.
+_codetrans() {
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command= i
+    for ((i = 1; i < COMP_CWORD; i++)); do
+        case ${COMP_WORDS[i]} in detect | convert | doctor) command=${COMP_WORDS[i]} && break ;; esac
+    done
+    COMPREPLY=()
+    local common='--help --directory --quiet --verbose'
+    case $before in
+        --to | -t) COMPREPLY=($(compgen -W 'utf-8 gbk utf-16le' -- "$word")) && return ;;
+        --from | -f) COMPREPLY=($(compgen -W 'utf-8 gbk big5 utf-16le' -- "$word")) && return ;;
+        --backup | --jobs | -j) return ;;
+    esac
+    case $command:$word in
+        :-*) COMPREPLY=($(compgen -W "$common --version" -- "$word")) ;;
+        :*) COMPREPLY=($(compgen -W 'detect convert doctor' -- "$word")) ;;
+        detect:-*) COMPREPLY=($(compgen -W "$common --json --recursive --jobs" -- "$word")) ;;
+        convert:-*)
+            COMPREPLY=($(compgen -W "$common --to --from --output --in-place --backup --recursive --jobs --bom --no-bom
+                --lossy" -- "$word"))
+            ;;
+        doctor:-*) COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
+        # No candidates: the shell completes file names, with all their oddities.
+    esac
+}
+complete -o default -F _codetrans codetrans
