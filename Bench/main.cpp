@@ -3,17 +3,18 @@
 // Without arguments of Google Benchmark's own, seven interleaved repetitions.
 #include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 
 #include "Bench.h"
+#include "Decisive.h"
+#include "ModelFile.h"
+#include "Patterns.h"
 #include "Ratios.h"
-#include "STLCodeTrans.h"
+#include "TextFile.h"
 
 namespace
 {
-// A copy of the model without decisive nodes in a folder of its own, removed at the end.
+// The model as the builder writes it without decisive states, in a folder of its own, removed at the end.
 class CEveryByteModel
 {
 public:
@@ -21,16 +22,10 @@ public:
         : m_folder(std::filesystem::temp_directory_path() / ("codetrans-bench-" + std::to_string(getpid())))
     {
         std::filesystem::create_directories(m_folder / "Data");
-        std::ifstream in(CODETRANS_SOURCE_DIRECTORY "/Data/CodeTrans.model", std::ios::binary);
-        std::string model(std::istreambuf_iterator<char>(in), {});
-        constexpr size_t NODES_AT = 4 * MAPPING_ENTRIES + sizeof(int);
-        for (size_t at = NODES_AT; at + sizeof(TrieNode) <= model.size(); at += sizeof(TrieNode)) {
-            TrieNode node;
-            memcpy(&node, model.data() + at, sizeof node);
-            node.nValue &= 0xFFFFF;
-            memcpy(model.data() + at, &node, sizeof node);
-        }
-        std::ofstream(m_folder / "Data/CodeTrans.model", std::ios::binary) << model;
+        const std::string data = CODETRANS_SOURCE_DIRECTORY "/Data";
+        States states = ReadPatterns(data + "/Patterns.txt");
+        DropDecisiveStates(states);
+        WriteFile(m_folder / "Data/CodeTrans.model", ModelContent(CEncoder(data + "/Mappings"), states));
     }
     ~CEveryByteModel() { std::filesystem::remove_all(m_folder); }
 
