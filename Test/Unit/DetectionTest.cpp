@@ -1,10 +1,14 @@
 // Detection: the weighing rules on tries made to measure, the walk against a slow oracle on random automata,
 // and damaged models.
+#include <atomic>
 #include <chrono>
 #include <climits>
 #include <filesystem>
 #include <random>
+#include <thread>
 
+#include "Detection.h"
+#include "FastPaths.h"
 #include "Support.h"
 
 namespace
@@ -326,5 +330,79 @@ TEST(Detection, LeavesUndecidedWhatIsNotChinese)
               ENCODE_GBK);
     for (const char* ascii : {"9f86d081884c7d65", "TG9yZW0gaXBzdW0=", "SELECT id FROM t", "kNzN0ZmU"})
         EXPECT_EQ(Detect(ascii), ENCODE_GBK) << ascii;
+}
+
+// Two lines in one encoding end the walk, however much follows in another; one line at the head decides
+// nothing.
+TEST(Detection, TwoLinesDecideAndOneDoesNot)
+{
+    const LoadedModel model;
+    const std::string samples = CODETRANS_SOURCE_DIRECTORY "/Test/Samples/";
+    const std::pair<const char*, int> encodings[] = {{"hans.gbk", ENCODE_GBK},
+                                                     {"hant.gbk", ENCODE_GBK},
+                                                     {"hant.big5", ENCODE_BIG5},
+                                                     {"hans.utf8", ENCODE_UTF8},
+                                                     {"hant.utf8", ENCODE_UTF8}};
+    for (const char* kind : {"fiction-", "source-", "subtitle-"})
+        for (const auto& [name, code] : encodings) {
+            const std::string head = ReadBytes(samples + kind + name);
+            for (const auto& [otherName, otherCode] : encodings) {
+                if (otherCode == code) continue;
+                SCOPED_TRACE(std::string(kind) + name + " before " + otherName);
+                const std::string other = ReadBytes(samples + "fiction-" + otherName);
+                std::string tail;
+                while (tail.size() < 30 * head.size()) tail += other;
+                EXPECT_EQ(Detect(head + tail), code);
+                EXPECT_EQ(Detect(head.substr(0, head.find('\n') + 1) + other), otherCode);
+            }
+        }
+}
+
+// The shipped model with fields made wild: some answer, soon, the same from the walk and from its fast form.
+TEST(Detection, DamagedModelsGiveAnAnswer)
+{
+    Random random;
+    const LoadedModel model;
+    const auto count = static_cast<unsigned>(CodeTrans_TrieNodeCount());
+    const std::string text =
+        ReadBytes(CODETRANS_SOURCE_DIRECTORY "/Test/Samples/fiction-hans.gbk") + random.Text(3000, "");
+    const auto begin = std::chrono::steady_clock::now();
+    for (int round = 0; round < 60; ++round) {
+        std::vector<TrieNode> nodes(g_pstTrieTable, g_pstTrieTable + count);
+        const int wild[] = {
+            -1, INT_MIN, INT_MAX, 0, static_cast<int>(count), static_cast<int>(random.Below(count))};
+        for (unsigned damage = 1U << random.Below(17); damage > 0; --damage) {
+            const unsigned place = random.Below(count);
+            int* const fields = &nodes[place].nBase;
+            fields[random.Below(4)] = random.Below(4) == 0 ? static_cast<int>(place) : wild[random.Below(6)];
+        }
+        DropShortcuts();
+        if (round % 2 == 0) MakeShortcuts(nodes.data(), count);
+        const Scores plain = Walk(nodes.data(), count, text.data(), text.size());
+        const Scores fast = FastPathsOn() ? FastWalk(nodes.data(), count, text.data(), text.size()) : plain;
+        ASSERT_EQ(fast.decidedCode, plain.decidedCode);
+        if (plain.decidedCode != 0) continue;
+        ASSERT_EQ(fast.sumGbk, plain.sumGbk);
+        ASSERT_EQ(fast.nonPositiveUnicode, plain.nonPositiveUnicode);
+    }
+    DropShortcuts();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(60));
+}
+
+// Threads that come to the point where shortcuts are made together, and go on with them.
+TEST(Detection, ThreadsAgree)
+{
+    const LoadedModel model;
+    const std::string line = "\xB6\xC9\xBF\xDA of 1999, ";  // no line end, so each walk goes to the text's
+    std::string text;
+    while (text.size() < 300'000) text += line;
+    std::atomic<int> right = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&] {
+            for (int n = 0; n < 5; ++n) right += CodeTrans_CodeDetect(text.data(), text.size()) == ENCODE_GBK;
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(right, 20);
 }
 }  // namespace

@@ -30,8 +30,8 @@ bool IsControl(unsigned byte)
            byte == 0x7F || byte == 0xFF;
 }
 
-// Behind a lead byte or a control character: controls, and signs that do not end a field. A line or a field may end in
-// half a character.
+// Behind a lead byte or a control character: controls, and signs that do not end a field. A line or a field
+// may end in half a character.
 void AddBroken(States& states)
 {
     const std::string signs = "#$%&()*+-.=?";
