@@ -194,10 +194,10 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
                     EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
                 }
             }
-    std::string ascii = "AB" + std::string(20, '\0');
+    std::string ascii = std::string("AB").append(20, '\0');
     EXPECT_EQ(TQ_ToUnicode(ascii.data(), 2, ascii.data(), 20, ENCODE_UTF8), 4U)
         << "to the zero that it wrote";
-    EXPECT_EQ(ascii, "A" + std::string(21, '\0'));
+    EXPECT_EQ(ascii, std::string("A").append(21, '\0'));
 }
 
 // Where the C library has the locale, both forms of the locale routes must give what its own functions give.
