@@ -10,7 +10,11 @@ Forms BestForms()
     if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("bmi") ||
         !__builtin_cpu_supports("bmi2") || !__builtin_cpu_supports("popcnt"))
         return Forms::PLAIN;
-    return __builtin_cpu_supports("avx512vbmi2") ? Forms::AVX512 : Forms::AVX2;
+    // One by one: a virtual machine may hide any of them.
+    const bool hasAvx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+                           __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2");
+    return hasAvx512 ? Forms::AVX512 : Forms::AVX2;
 #else
     return Forms::PLAIN;
 #endif

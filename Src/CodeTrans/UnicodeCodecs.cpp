@@ -64,7 +64,8 @@ unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst)
     if (FastPathsOn() && !Overlap(src, length, dst, sizeof(wchar_t) * length))
         at = FastUtf8ToWide(src, length, out);
     unsigned long read = at.read, written = at.written;
-    while (read < length) {
+    // A conversion in place may have written a zero ahead.
+    while (read < length && src[read] != 0) {
         const WideStep step = NextWide(src + read, length - read);
         read += step.length;
         if (!step.isCharacter) continue;

@@ -328,6 +328,10 @@ TEST(Detection, LeavesUndecidedWhatIsNotChinese)
                      "\xD6\xEE\xB8\xF0\xC1 \n"
                      "\xC2\xBD\xB7\xC5\xCE \n"),
               ENCODE_GBK);
+    // A terminator came with the text.
+    for (const std::string& text : {"\x60\x4F\x7D\x59\0\0"_b, "\x28\x75\x37\x62\x0D\x54\0\0"_b,
+                                    "\xF7\x8B\x93\x8F\x65\x51\xC6\x5B\x01\x78\0\0"_b})
+        EXPECT_EQ(Detect(text), ENCODE_UNICODE) << testing::PrintToString(text);
     for (const char* ascii : {"9f86d081884c7d65", "TG9yZW0gaXBzdW0=", "SELECT id FROM t", "kNzN0ZmU"})
         EXPECT_EQ(Detect(ascii), ENCODE_GBK) << ascii;
 }

@@ -1,47 +1,18 @@
 // Every function with a fast form gives the same bytes with and without it: same result, nothing read beyond
 // the source (which ends at an unreadable page), nothing written beyond what the plain form writes.
-#include <gtest/gtest.h>
 #include <langinfo.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <clocale>
-#include <cstdio>
 #include <functional>
-#include <random>
-#include <vector>
 
 #include "Detection.h"
 #include "FastPaths.h"
-#include "STLCodeTrans.h"
+#include "Support.h"
 
 namespace
 {
 constexpr size_t AREA = 1 << 16;
-
-// Memory whose last byte lies before a page that cannot be read.
-class CGuarded
-{
-public:
-    CGuarded()
-        : m_page(static_cast<size_t>(sysconf(_SC_PAGESIZE))),
-          m_area(static_cast<char*>(
-              mmap(nullptr, AREA + m_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
-    {
-        mprotect(m_area + AREA, m_page, PROT_NONE);
-    }
-    ~CGuarded() { munmap(m_area, AREA + m_page); }
-
-    const char* Place(const std::string& text)
-    {
-        return static_cast<const char*>(memcpy(m_area + AREA - text.size(), text.data(), text.size()));
-    }
-
-private:
-    size_t m_page;
-    char* m_area;
-};
 
 struct Route {
     const char* name;
@@ -89,7 +60,14 @@ protected:
         if (!FastPathsOn()) GTEST_SKIP() << "this processor has the plain forms alone";
     }
 
-    unsigned Random(unsigned below) { return static_cast<unsigned>(m_random() % below); }
+    unsigned Random(unsigned below) { return m_random.Below(below); }
+
+    // At the end of readable memory.
+    const char* Place(const std::string& text)
+    {
+        return static_cast<const char*>(
+            memcpy(m_guarded.data() + AREA - text.size(), text.data(), text.size()));
+    }
 
     // A character of one of eight kinds, in one encoding or another, or a stray byte.
     std::string Piece(unsigned kind)
@@ -151,7 +129,7 @@ protected:
             std::replace(text.begin(), text.end(), '\0', ' ');
             text += '\0';
         }
-        const char* const source = m_guarded.Place(text);
+        const char* const source = Place(text);
         const size_t length = text.size() - route.zeroTerminated;
         const size_t skew = Random(32);
         const std::vector<char> before(4 * length + 200, '\x5A');
@@ -176,10 +154,8 @@ protected:
         return {Forms::AVX2};
     }
 
-    const unsigned m_seed = std::random_device()();
-    const testing::ScopedTrace m_trace{__FILE__, __LINE__, "seed " + std::to_string(m_seed)};
-    std::mt19937 m_random{m_seed};
-    CGuarded m_guarded;
+    ::Random m_random;
+    GuardedBuffer m_guarded{AREA};
 };
 
 TEST_F(FastPaths, AgreeOnTextOfEveryShortLengthAndAroundWindows)
@@ -218,6 +194,10 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
                     EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
                 }
             }
+    std::string ascii = std::string("AB").append(20, '\0');
+    EXPECT_EQ(TQ_ToUnicode(ascii.data(), 2, ascii.data(), 20, ENCODE_UTF8), 4U)
+        << "to the zero that it wrote";
+    EXPECT_EQ(ascii, std::string("A").append(21, '\0'));
 }
 
 // Where the C library has the locale, both forms of the locale routes must give what its own functions give.
@@ -315,7 +295,7 @@ protected:
 
     void CompareWalks(const TrieNode* trie, unsigned nodeCount, const std::string& text)
     {
-        const char* const source = m_guarded.Place(text);
+        const char* const source = Place(text);
         const Scores plain = Walk(trie, nodeCount, source, text.size());
         const Scores fast = FastWalk(trie, nodeCount, source, text.size());
         const auto all = [](const Scores& s) {

@@ -21,8 +21,10 @@
 // The sanitizers bring an allocator of their own, which needs more memory and keeps other books.
 constexpr bool IsSanitized()
 {
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__)
     return true;
+#elif defined(__has_feature)
+    return __has_feature(address_sanitizer);
 #else
     return false;
 #endif

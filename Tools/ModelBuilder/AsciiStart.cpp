@@ -5,8 +5,8 @@
 
 namespace
 {
-constexpr int MOST_FOR_UNICODE =
-    8;                          // of what a pair may say, so that two are hardly more than what is taken back
+// Of what a pair may say, so that two are hardly more than what is taken back.
+constexpr int MOST_FOR_UNICODE = 8;
 constexpr int TAKEN_BACK = 6;   // twice, by either byte of the fourth pair
 constexpr int SINGLE_PAIR = 1;  // held back from the first pair, which may be all, and added to the second
 

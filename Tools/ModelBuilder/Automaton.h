@@ -2,21 +2,28 @@
 //
 // A state is a region and the bytes read since the region's root. Regions stand for what the bytes may be so
 // far:
-//   0    the start of the buffer, where a byte-order mark may stand; each state falls back to its twin in M
-//   M    in step with two-byte text; a third byte completes a UTF-8 character or begins a known sequence
-//   G    the root that awaits the third byte of a UTF-8 character that has no state of its own
-//   C    a UTF-8 character ended, or its last byte was the lead byte of a pair
-//   U    the second UTF-8 character since M, whose first byte was the trail byte of that pair or began the
-//   character D    a UTF-16LE unit ended whose low byte is ASCII, or that was ASCII and then the lead byte of
-//   a pair (81-9F) E    the same question one byte on: the low byte of the next unit, or that pair's trail
-//   byte and a fresh start F    E again, where its two bytes are no unit that is expected there X    behind a
-//   byte that cannot stand there: a lead byte without a trail byte of its own, a control character
+// - 0: the start of the buffer, where a byte-order mark may stand; each state falls back to its twin in M
+// - M: in step with two-byte text; a third byte completes a UTF-8 character or begins a known sequence
+// - G: the root that awaits the third byte of a UTF-8 character that has no state of its own
+// - C: a UTF-8 character ended, or its last byte was the lead byte of a pair
+// - U: the second UTF-8 character since M, whose first byte was the trail byte of that pair or began the
+//   character
+// - D: a UTF-16LE unit ended whose low byte is ASCII, or that was ASCII and then the lead byte of a pair
+//   (81-9F)
+// - E: the same question one byte on: the low byte of the next unit, or that pair's trail byte and a fresh
+//   start
+// - F: E again, where its two bytes are no unit that is expected there
+// - X: behind a byte that cannot stand there: a lead byte without a trail byte of its own, a control code
+//
 // After six bytes of UTF-8 three pairs are over as well, and all readings meet again in M. Some states fall
 // back to a region of another kind instead, as the builder decides:
-//   5-8  the buffer began with one, two, three or more pairs of ASCII characters; s-v: and half a one
-//   (AsciiStart.h) Y, Z the same behind a pair that is ASCII beyond doubt, wherever it stands N    text that
-//   is none of ours (Foreign.h); P: its second byte of two; 1-4: it may be ours again a-d  behind a piece of
-//   text that hints at one of the four encodings; e-h: the same on the next line (Decisive.h)
+// - 5-8: the buffer began with one, two, three or more pairs of ASCII characters; s-v: and half a one
+//   (AsciiStart.h)
+// - Y, Z: the same behind a pair that is ASCII beyond doubt, wherever it stands
+// - N: text that is none of ours (Foreign.h); P: its second byte of two; 1-4: it may be ours again
+// - a-d: behind a piece of text that hints at one of the four encodings; e-h: the same on the next line
+//   (Decisive.h)
+//
 // Every failure link leads to a shorter string or towards M, M falls back to 0, and so every chain ends.
 #ifndef MODEL_BUILDER_AUTOMATON_H
 #define MODEL_BUILDER_AUTOMATON_H

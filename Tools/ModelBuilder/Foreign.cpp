@@ -38,9 +38,11 @@ void AddBroken(States& states)
     for (unsigned byte = 1; byte < 0x100; ++byte)
         if (IsControl(byte) || (byte < 0x80 && signs.find(static_cast<char>(byte)) != std::string::npos))
             states[{REGION_BROKEN, Text(byte)}] = {NOT_UNICODE, REGION_FOREIGN};
+    // One zero unit may be a terminator that came with the text; two in a row are data.
+    const std::string zeros(2, '\0');
     for (const Region region : {REGION_MAIN, REGION_FOREIGN}) {
-        AddState(states, region, std::string(2, '\0'));
-        states[{region, std::string(2, '\0')}] = {NOT_UNICODE, REGION_FOREIGN};
+        AddState(states, region, zeros);
+        states[{region, zeros}] = {region == REGION_MAIN ? TRIE_VALUE_NONE : NOT_UNICODE, REGION_FOREIGN};
     }
 }
 

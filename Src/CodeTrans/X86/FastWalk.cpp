@@ -180,7 +180,7 @@ int FirstCode(const int* values, const int* end)
 TARGET_AVX2 void AddValues(int* values, int* end, Scores& scores)
 {
     std::fill(end, end + 7, TRIE_VALUE_NONE);  // adds nothing and is not positive
-    const __m256i ten = _mm256_set1_epi16(20), nine = _mm256_set1_epi16(9);
+    const __m256i twenty = _mm256_set1_epi16(20), nine = _mm256_set1_epi16(9);
     __m256i all = _mm256_setzero_si256(), ones = all, tens = all, positiveOnes = all, positiveTens = all;
     int count = 0;
     for (const int* at = values; at < end; at += 8, count += 8) {
@@ -195,7 +195,7 @@ TARGET_AVX2 void AddValues(int* values, int* end, Scores& scores)
         // UTF-8).
         const __m256i pairs = _mm256_or_si256(lower, _mm256_slli_epi32(upper, 16));
         const __m256i second = _mm256_mulhi_epu16(pairs, _mm256_set1_epi16(3277));
-        const __m256i first = _mm256_sub_epi16(pairs, _mm256_mullo_epi16(second, ten));
+        const __m256i first = _mm256_sub_epi16(pairs, _mm256_mullo_epi16(second, twenty));
         ones = _mm256_add_epi16(ones, first);
         tens = _mm256_add_epi16(tens, second);
         positiveOnes = _mm256_sub_epi16(positiveOnes, _mm256_cmpgt_epi16(first, nine));
