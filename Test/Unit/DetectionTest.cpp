@@ -11,6 +11,8 @@
 #include "FastPaths.h"
 #include "Support.h"
 
+using namespace std::string_literals;
+
 namespace
 {
 constexpr int CODE_1 = 1 << 20;
@@ -332,6 +334,12 @@ TEST(Detection, LeavesUndecidedWhatIsNotChinese)
     for (const std::string& text : {"\x60\x4F\x7D\x59\0\0"_b, "\x28\x75\x37\x62\x0D\x54\0\0"_b,
                                     "\xF7\x8B\x93\x8F\x65\x51\xC6\x5B\x01\x78\0\0"_b})
         EXPECT_EQ(Detect(text), ENCODE_UNICODE) << testing::PrintToString(text);
+    // Emoji and tones of pinyin in UTF-16LE, and a buffer filled up with zeros.
+    const std::u16string units[] = {u"\u4F60\u597D\U0001F600",
+                                    u"\u6C49 h\u00E0n \u5B66 xu\u00E9 \u62FC p\u012Bn",
+                                    u"\u4F60\u597D\0\0\0\0\0\0"s};
+    for (const std::u16string& text : units)
+        EXPECT_EQ(Detect({reinterpret_cast<const char*>(text.data()), 2 * text.size()}), ENCODE_UNICODE);
     for (const char* ascii : {"9f86d081884c7d65", "TG9yZW0gaXBzdW0=", "SELECT id FROM t", "kNzN0ZmU"})
         EXPECT_EQ(Detect(ascii), ENCODE_GBK) << ascii;
 }

@@ -31,7 +31,7 @@ void AddState(States& states, Region region, const std::string& path)
 States BasicStates()
 {
     States states;
-    for (const char region : std::string("012345678CDEFGMNPUXYZabcdefghstuv"))
+    for (const char region : std::string("012345678CDEFGMNOPSTUXYZabcdefghstuv"))
         AddState(states, static_cast<Region>(region), "");
     for (int byte = 0; byte < 256; ++byte)
         for (const Region region : {REGION_START, REGION_MAIN})
@@ -129,6 +129,12 @@ StateName FallBack(const StateName& state)
             return path.empty() ? StateName{REGION_MAIN, ""} : WithinForeign(path);
         case REGION_FOREIGN_TRAIL:
             return {REGION_FOREIGN, ""};
+        case REGION_LOW_HALF:
+        case REGION_HIGH_HALF:
+            return {REGION_MAIN, ""};
+        case REGION_ZEROS:
+            if (path.empty() || !IsLead(ByteAt(path, 0))) return {REGION_FOREIGN, ""};
+            return {REGION_MAIN, path};
         default:
             if (IsRegionOf(state.region, REGION_ASCII) || IsRegionOf(state.region, REGION_ASCII_TRAIL))
                 return WithinAscii(state);

@@ -20,6 +20,8 @@
 // - 5-8: the buffer began with one, two, three or more pairs of ASCII characters; s-v: and half a one
 //   (AsciiStart.h)
 // - Y, Z: the same behind a pair that is ASCII beyond doubt, wherever it stands
+// - S, T: the low and the high byte of a UTF-16LE unit that ends a character beyond U+FFFF
+// - O: behind a zero unit: the text's end, or data with gaps
 // - N: text that is none of ours (Foreign.h); P: its second byte of two; 1-4: it may be ours again
 // - a-d: behind a piece of text that hints at one of the four encodings; e-h: the same on the next line
 //   (Decisive.h)
@@ -49,7 +51,10 @@ enum Region : char {
     REGION_THIRD = 'G',
     REGION_MAIN = 'M',
     REGION_FOREIGN = 'N',
+    REGION_ZEROS = 'O',
     REGION_FOREIGN_TRAIL = 'P',
+    REGION_LOW_HALF = 'S',
+    REGION_HIGH_HALF = 'T',
     REGION_SECOND = 'U',
     REGION_BROKEN = 'X',
     REGION_ASCII_ONLY = 'Y',

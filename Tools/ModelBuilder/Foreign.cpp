@@ -38,12 +38,34 @@ void AddBroken(States& states)
     for (unsigned byte = 1; byte < 0x100; ++byte)
         if (IsControl(byte) || (byte < 0x80 && signs.find(static_cast<char>(byte)) != std::string::npos))
             states[{REGION_BROKEN, Text(byte)}] = {NOT_UNICODE, REGION_FOREIGN};
-    // One zero unit may be a terminator that came with the text; two in a row are data.
+}
+
+// Zeros at the end fill a buffer; with something behind them they are data, and what it is remains to be
+// seen.
+void AddZeros(States& states)
+{
     const std::string zeros(2, '\0');
-    for (const Region region : {REGION_MAIN, REGION_FOREIGN}) {
-        AddState(states, region, zeros);
-        states[{region, zeros}] = {region == REGION_MAIN ? TRIE_VALUE_NONE : NOT_UNICODE, REGION_FOREIGN};
+    for (const Region region : {REGION_MAIN, REGION_FOREIGN}) AddState(states, region, zeros);
+    states[{REGION_MAIN, zeros}].onward = REGION_ZEROS;
+    states[{REGION_FOREIGN, zeros}] = {NOT_UNICODE, REGION_FOREIGN};
+    for (unsigned byte = 0; byte < 0x100; ++byte)
+        states[{REGION_ZEROS, Text(byte)}] =
+            byte == 0 ? State{TRIE_VALUE_NONE, REGION_ZEROS} : State{NOT_UNICODE};
+}
+
+// Signs beyond U+FFFF, as messages have them: two units of UTF-16LE, and the one that chooses a sign's
+// colour.
+void AddHighSigns(States& states)
+{
+    for (const char first : {'\x3C', '\x3D', '\x3E'}) {
+        AddState(states, REGION_MAIN, first + std::string("\xD8"));
+        states[{REGION_MAIN, first + std::string("\xD8")}].onward = REGION_LOW_HALF;
     }
+    for (unsigned byte = 0; byte < 0x100; ++byte)
+        states[{REGION_LOW_HALF, Text(byte)}].onward = REGION_HIGH_HALF;
+    for (unsigned byte = 0xDC; byte < 0xE0; ++byte)
+        states[{REGION_HIGH_HALF, Text(byte)}].value = PackTrieValue(0, {0, 0, 10, 0});
+    AddState(states, REGION_MAIN, "\x0F\xFE");
 }
 
 void AddWayBack(States& states, const CSampleSource& source, const CEncoder& encoder)
@@ -210,6 +232,8 @@ void AddForeignStates(States& states, const CSampleSource& source, const CEncode
 {
     AddSequences(states, source);
     AddBroken(states);
+    AddZeros(states);
+    AddHighSigns(states);
     AddWayBack(states, source, encoder);
     AddAsciiBetween(states);
 }

@@ -303,7 +303,9 @@ private:
     int AsciiValue(const Feature& feature) const
     {
         const double weight = Total(feature)[CANDIDATE_UNICODE];
-        const int digit = std::clamp(static_cast<int>(std::lround(weight * UNITS_A_NAT)), -9, 10);
+        int digit = std::clamp(static_cast<int>(std::lround(weight * UNITS_A_NAT)), -9, 10);
+        // Latin letters beyond ASCII: no text of single bytes has such a second byte.
+        if (feature.pair && ByteAt(feature.name->path, 1) <= 0x04) digit = std::max(digit, 1);
         const bool unseen = feature.seen == std::array<uint32_t, CANDIDATES>{};
         if (feature.silent || IsDoubtful(feature) || (digit == 0 && unseen)) return TRIE_VALUE_NONE;
         // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
