@@ -178,6 +178,7 @@ private:
     void DropUnorderedPairs()
     {
         m_made.childless = NO_NODE;
+        if (m_made.hubOf[m_made.rest] == NO_HUB) return;  // no state to read pairs from: no shortcuts
         for (auto& row : m_made.entries)
             for (PairEntry& entry : row) {
                 if (entry.node == NO_NODE) continue;

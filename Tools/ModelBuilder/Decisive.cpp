@@ -2,9 +2,7 @@
 #include "Decisive.h"
 
 #include <iostream>
-#include <set>
 
-#include "Shape.h"
 #include "Shares.h"
 
 namespace
