@@ -100,13 +100,11 @@ int64_t ConvertFile(const char* sSrcFile, const char* sDstFile, int nTargetCode)
     // Before the destination is opened, so that it stays as it was when memory is short.
     const Buffers buffers(std::move(content));
 
-    FILE* const file = fopen(destination.c_str(), "wb");
+    const File file(fopen(destination.c_str(), "wb"));
     if (file == nullptr) return FailWriting(sDstFile);
     // An unknown target is no failure: the destination is left empty.
     const Target* const target = FindTarget(nTargetCode);
-    const int64_t result = target != nullptr ? WriteConverted(file, *target, buffers) : 0;
-    fclose(file);
-    return result;
+    return target != nullptr ? WriteConverted(file.get(), *target, buffers) : 0;
 }
 }  // namespace
 

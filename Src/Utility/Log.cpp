@@ -30,6 +30,8 @@ void Print(const std::string& stamp, const std::string& message)
 }
 }  // namespace
 
+// Callers link to this signature, so the message comes by value.
+// cppcheck-suppress passedByValue
 void WriteLog(std::string sMessage, const char* sLogDir, bool bError)
 {
     if (!g_bLog) return;
@@ -54,6 +56,7 @@ void WriteError(std::string sMessage, const char* sLogDir)
     WriteLog(std::move(sMessage), sLogDir, true);
 }
 
+// cppcheck-suppress passedByValue
 void WriteLog(FILE* stream, std::string sMessage)
 {
     const std::string stamp = TimeStamp(LocalTime(time(nullptr)));
