@@ -70,8 +70,7 @@ struct Buffers {
 
 int64_t FailWriting(const char* sDstFile)
 {
-    g_sLastErrorMessage = std::string("Fail writing file ") + sDstFile;
-    WriteError(g_sLastErrorMessage, nullptr);
+    ReportError(std::string("Fail writing file ") + sDstFile);
     return FAILED;
 }
 

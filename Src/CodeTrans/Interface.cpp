@@ -40,8 +40,7 @@ int TQ_Init(const char* sInitDir, const char* /*sReserved*/)
             LoadLocale();
             return LOADED;
         }
-        g_sLastErrorMessage = modelPath + " load failure!";
-        WriteError(g_sLastErrorMessage, nullptr);
+        ReportError(modelPath + " load failure!");
     } catch (const std::bad_alloc&) {
     }
     return NOT_LOADED;

@@ -126,8 +126,7 @@ long CReadFile::ReadFile(const char* name, std::string& content, long nOffset, u
         }
         content.clear();
     }
-    g_sLastErrorMessage = std::string("Error read file ") + name;
-    WriteError(g_sLastErrorMessage, nullptr);
+    ReportError(std::string("Error read file ") + name);
     return 0;
 }
 
