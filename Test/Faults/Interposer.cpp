@@ -31,9 +31,11 @@ std::atomic<long> g_countdown = 0;  // to the allocation that fails; 0 or less: 
 std::atomic<bool> g_andLater = false;
 std::atomic<long> g_refused = 0, g_live = 0;
 
-bool Refuse()
+constexpr size_t MOST = 1UL << 34;  // bytes: a greater wish fails on every machine alike
+
+bool Refuse(size_t size)
 {
-    const bool fails = g_countdown > 0 ? --g_countdown == 0 : g_andLater && g_refused > 0;
+    const bool fails = size > MOST || (g_countdown > 0 ? --g_countdown == 0 : g_andLater && g_refused > 0);
     if (!fails) return false;
     ++g_refused;
     errno = ENOMEM;
@@ -80,17 +82,17 @@ long LiveBlocks()
 extern "C" {
 void* malloc(size_t size)
 {
-    return Refuse() ? nullptr : Counted(REAL(malloc)(size));
+    return Refuse(size) ? nullptr : Counted(REAL(malloc)(size));
 }
 
 void* calloc(size_t count, size_t size)
 {
-    return Refuse() ? nullptr : Counted(REAL(calloc)(count, size));
+    return Refuse(size) ? nullptr : Counted(REAL(calloc)(count, size));
 }
 
 void* realloc(void* block, size_t size)
 {
-    if (Refuse()) return nullptr;
+    if (Refuse(size)) return nullptr;
     void* const moved = REAL(realloc)(block, size);
     return block == nullptr ? Counted(moved) : moved;
 }
