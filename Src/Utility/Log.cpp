@@ -18,10 +18,12 @@ std::string TimeStamp(const struct tm& local)
     return FormatTime(local, "%Y-%m-%d %H:%M:%S");
 }
 
-const char* DefaultLogDirectory()
+std::string DefaultLogDirectory()
 {
+    static pthread_mutex_t s_mutex = PTHREAD_MUTEX_INITIALIZER;
+    const CMutexGuard guard(s_mutex);
     if (g_sLogPath.empty()) g_sLogPath = CurrentDirectory();
-    return g_sLogPath.c_str();
+    return g_sLogPath;
 }
 
 void Print(const std::string& stamp, const std::string& message)

@@ -1,13 +1,8 @@
 // The exported functions end to end: life cycle, forwarding, whole files.
 #include "../Unit/Support.h"
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-
-#include <functional>
 #include <memory>
 
-#include "FastPaths.h"
 #include "Utility.h"
 
 namespace
@@ -135,41 +130,6 @@ TEST_F(Interface, FileNamesAndFailures)
     EXPECT_EQ(ReadBytes("in"), "x\xD6\xD0");
     std::filesystem::rename("in", "\xD6\xD0");
     EXPECT_EQ(TQ_ToUtf8File("\xE4\xB8\xAD", "out"), 3) << "found under its GBK name";
-}
-
-// Runs in a process of its own that may have only so much memory.
-void ExpectWithLittleMemory(rlim_t bytes, const std::function<bool()>& expectation)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        const rlimit limit = {bytes, bytes};
-        setrlimit(RLIMIT_AS, &limit);
-        _exit(expectation() ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-}
-
-TEST_F(Interface, ShortMemoryIsAResultNotACrash)
-{
-    if (IsSanitized()) GTEST_SKIP() << "shadow memory needs more than any such limit";
-    LoadDecidingFor(ENCODE_UTF8);
-    constexpr size_t SIZE = 100 << 20;
-    WriteBytes("in", std::string(SIZE, 'x'));
-    WriteBytes("out", "kept");
-    ExpectWithLittleMemory(400 << 20, [] {
-        return TQ_ToUtf8File("in", "out") == -1 && LastError() == "Fail writing file out" &&
-               ReadBytes("out") == "kept";
-    });
-    UseForms(Forms::PLAIN);  // the others need no memory
-    std::vector<char> out(16);
-    const std::string gbk(SIZE, 'x');
-    ExpectWithLittleMemory(300 << 20,
-                           [&] { return TQ_ToUtf8(gbk.data(), SIZE, out.data(), 8, ENCODE_GBK) == 0; });
-    ExpectWithLittleMemory(300 << 20,
-                           [&] { return TQ_ToGBK(gbk.data(), SIZE, out.data(), 8, ENCODE_UTF8) == 0; });
-    UseForms(BestForms());
 }
 
 TEST_F(Interface, SamplesConvertToTheSameText)

@@ -1,11 +1,9 @@
 // Detection: the weighing rules on tries made to measure, the walk against a slow oracle on random automata,
 // and damaged models.
-#include <atomic>
 #include <chrono>
 #include <climits>
 #include <filesystem>
 #include <random>
-#include <thread>
 
 #include "Detection.h"
 #include "FastPaths.h"
@@ -228,18 +226,6 @@ TEST(Detection, WalksLikeTheOracle)
     }
 }
 
-// Trying as many links as there are nodes at each byte would take minutes here.
-TEST(Detection, CirclesOfFailureLinksCostLittle)
-{
-    std::vector<TrieNode> nodes(100000, TrieNode{256, -1, 0, TRIE_VALUE_NONE});
-    for (int i = 256; i < 512; ++i)
-        nodes[static_cast<size_t>(i)] = {0, 0, i ^ 1, PackTrieValue(0, {1, 0, 0, 0})};
-    const LoadedModel model(nodes);
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(Detect(std::string(200000, '\xD6')), ENCODE_GBK);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
-}
-
 TEST(Detection, CommittedModelWalksLikeTheOracle)
 {
     Random random;
@@ -406,22 +392,5 @@ TEST(Detection, DamagedModelsGiveAnAnswer)
     }
     DropShortcuts();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(60));
-}
-
-// Threads that come to the point where shortcuts are made together, and go on with them.
-TEST(Detection, ThreadsAgree)
-{
-    const LoadedModel model;
-    const std::string line = "\xB6\xC9\xBF\xDA of 1999, ";  // no line end, so each walk goes to the text's
-    std::string text;
-    while (text.size() < 300'000) text += line;
-    std::atomic<int> right = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            for (int n = 0; n < 5; ++n) right += CodeTrans_CodeDetect(text.data(), text.size()) == ENCODE_GBK;
-        });
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(right, 20);
 }
 }  // namespace
