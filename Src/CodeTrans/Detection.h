@@ -13,6 +13,8 @@ struct Scores {
     int highBytes = 0;    // bytes of 80 and above consumed
     int decidedCode = 0;  // ends the walk when it is not 0; nothing else counts then
 
+    bool operator==(const Scores&) const = default;
+
     void Add(int value)
     {
         const TrieAdjustments add = UnpackTrieValue(value);
