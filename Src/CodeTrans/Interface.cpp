@@ -36,10 +36,7 @@ int TQ_Init(const char* sInitDir, const char* /*sReserved*/)
         // A directory that ends in "/" gives a doubled separator, which the file system takes as one.
         g_sDataPath = g_sDefaultDir + "/" + "Data";
         const std::string modelPath = g_sDataPath + "/CodeTrans.model";
-        if (CodeTrans_Initialize(modelPath.c_str()) == 0) {
-            LoadLocale();
-            return LOADED;
-        }
+        if (CodeTrans_Initialize(modelPath.c_str()) == 0) return LOADED;
         ReportError(modelPath + " load failure!");
     } catch (const std::bad_alloc&) {
     }

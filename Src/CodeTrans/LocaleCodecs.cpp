@@ -10,31 +10,22 @@
 // goes on. The forms that write to a caller's buffer use it; those that make strings are the C library's
 // alone.
 #include <langinfo.h>
-#include <locale.h>
 
 #include <algorithm>
 #include <climits>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
-#include <cwchar>
 
 #include "Bytes.h"
 #include "FastPaths.h"
 #include "STLCodeTrans.h"
 
-// Of a leak checker, where the process runs under one.
-extern "C" {
-[[gnu::weak]] void __lsan_disable();  // NOLINT(bugprone-reserved-identifier)
-[[gnu::weak]] void __lsan_enable();   // NOLINT(bugprone-reserved-identifier)
-}
-
 namespace
 {
-constexpr char LOCALE_NAME[] = "zh_CN.gbk";
-
 bool SetLocale()
 {
+    constexpr char LOCALE_NAME[] = "zh_CN.gbk";
     if (setlocale(LC_ALL, LOCALE_NAME) != nullptr) return true;
     printf("Can't set the specified locale %s! ", LOCALE_NAME);
     return false;
@@ -136,27 +127,6 @@ unsigned long Finish(char* dst, unsigned long at, unsigned long room, bool isWho
     return at;
 }
 }  // namespace
-
-void LoadLocale()
-{
-    struct CFreeLocale {
-        void operator()(locale_t locale) const { freelocale(locale); }
-    };
-    // Kept, so that the C library keeps what it found.
-    static std::unique_ptr<std::remove_pointer_t<locale_t>, CFreeLocale> s_locale;
-    if (s_locale == nullptr) {
-        // The GNU C library never frees the copy of LOCPATH that it makes here.
-        if (__lsan_disable != nullptr) __lsan_disable();
-        s_locale.reset(newlocale(LC_ALL_MASK, LOCALE_NAME, nullptr));
-        if (__lsan_enable != nullptr) __lsan_enable();
-    }
-    if (s_locale == nullptr) return;
-    const locale_t before = uselocale(s_locale.get());
-    wchar_t wide;
-    mbstate_t state = {};
-    mbrtowc(&wide, "\xB0\xA1", 2, &state);
-    uselocale(before);
-}
 
 unsigned long ANSIToUnicode(std::string const& src, std::wstring& dst)
 {

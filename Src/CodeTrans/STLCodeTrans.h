@@ -166,11 +166,6 @@ void utf8toGbk(char* src, char* dst);
 // LocaleCodecs.cpp. Each call sets the process's locale to zh_CN.gbk and leaves it so; where that locale is
 // missing it says so on standard output and converts in the current one. Output arguments are replaced.
 
-// Has the C library read the locale and its converter, if they exist, without setting anything. What it cannot
-// read for want of memory or descriptors, the GNU C library does without for the life of the process: so this
-// is best done early.
-void LoadLocale();
-
 // The result of mbstowcs / wcstombs: characters or bytes converted, all ones when the input is not
 // convertible; the output then holds what came before the fault.
 unsigned long ANSIToUnicode(std::string const& src, std::wstring& dst);

@@ -84,51 +84,15 @@ Undo FewDescriptors(unsigned more)
     return Limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + more);
 }
 
-// The GNU C library does for ever without a locale or a converter that it could not read when first asked, so
-// the first conversion must not be what asks. This test comes first, while the process has made none.
-TEST(FirstConversion, MeetsAShortageThatPasses)
-{
-    ASSERT_EQ(TQ_Init(CODETRANS_SOURCE_DIRECTORY, nullptr), 1);
-    enum { RIGHT, NOT_MET, WRONG };
-    const auto convert = [](char* out) { return TQ_ToUtf8(GBK.c_str(), 0, out, 63, ENCODE_GBK); };
-    // Without the locale, the text ends at the first character that is not ASCII.
-    const auto isRight = [](const std::string& result) {
-        return result == UTF8 || result == "x" || result.empty();
-    };
-    char out[64];
-    int met = RIGHT;
-    for (long first = 1; met == RIGHT; ++first)
-        for (const bool andLater : {false, true}) {
-            met = InChild([&] {
-                auto failing = std::make_unique<FailingAllocations>(first, andLater);
-                const size_t size = convert(out);
-                const bool refused = failing->Refused() > 0;
-                failing.reset();
-                return !isRight({out, size}) || !GoesOn() ? WRONG : refused ? RIGHT : NOT_MET;
-            });
-            EXPECT_NE(met, WRONG) << "allocation " << first << (andLater ? " and later" : "");
-        }
-    EXPECT_EQ(met, NOT_MET);
-    for (unsigned more = 0; more < 5; ++more)
-        EXPECT_EQ(InChild([&] {
-                      const Undo undo = FewDescriptors(more);
-                      const size_t size = convert(out);
-                      undo();
-                      return isRight({out, size}) && GoesOn() ? RIGHT : WRONG;
-                  }),
-                  RIGHT)
-            << more << " descriptors";
-    TQ_Exit();
-}
-
 class Faults : public testing::Test
 {
 protected:
     Faults()
     {
         g_sLogPath = m_folder.Path();
-        EXPECT_EQ(TQ_ToUtf8File("missing", "out"),
-                  -1);  // loads what the C library keeps, the time zone for one
+        // Loads what the C library keeps for ever, or would do without for ever if it could not read it now: the
+        // time zone, the locale and its converter.
+        EXPECT_EQ(TQ_ToUtf8File("missing", "out"), -1);
         EXPECT_TRUE(GoesOn());
         Settle();
     }
