@@ -90,8 +90,8 @@ protected:
     Faults()
     {
         g_sLogPath = m_folder.Path();
-        // Loads what the C library keeps for ever, or would do without for ever if it could not read it now: the
-        // time zone, the locale and its converter.
+        // Loads what the C library keeps for ever, or would do without for ever if it could not read it now:
+        // the time zone, the locale and its converter.
         EXPECT_EQ(TQ_ToUtf8File("missing", "out"), -1);
         EXPECT_TRUE(GoesOn());
         Settle();

@@ -1,60 +1,21 @@
-// Every function with a fast form gives the same bytes with and without it: same result, nothing read beyond
-// the source (which ends at an unreadable page), nothing written beyond what the plain form writes.
+// Every function with a fast form gives the same with and without it, on text and automata drawn at random.
 #include <langinfo.h>
 
 #include <algorithm>
 #include <clocale>
-#include <functional>
 
 #include "../Oracles.h"
-#include "FastPaths.h"
+#include "../Routes.h"
 #include "Support.h"
 
 namespace
 {
 constexpr size_t AREA = 1 << 16;
 
-struct Route {
-    const char* name;
-    bool zeroTerminated;
-    size_t unit;  // bytes
-    std::function<size_t(const char*, size_t, char*, size_t)> convert;
-};
-
-const Route ROUTES[] = {
-    {"GBK to UTF-16", false, 1,
-     [](auto s, auto n, auto d, auto c) { return TQ_ToUnicode(s, n, d, c, ENCODE_GBK); }},
-    {"Big5 to UTF-16", false, 1,
-     [](auto s, auto n, auto d, auto c) { return TQ_ToUnicode(s, n, d, c, ENCODE_BIG5); }},
-    {"UTF-8 to wide", true, 1,
-     [](auto s, auto n, auto d, auto c) { return TQ_ToUnicode(s, n, d, c, ENCODE_UTF8); }},
-    {"GBK to UTF-8", true, 1,
-     [](auto s, auto n, auto d, auto c) { return TQ_ToUtf8(s, n, d, c, ENCODE_GBK); }},
-    {"wide to UTF-8", false, 4,
-     [](auto s, auto n, auto d, auto c) { return TQ_ToUtf8(s, n / 4, d, c, ENCODE_UNICODE); }},
-    {"UTF-8 to GBK", true, 1,
-     [](auto s, auto n, auto d, auto c) { return TQ_ToGBK(s, n, d, c, ENCODE_UTF8); }},
-    {"UTF-16 to GBK", false, 2,
-     [](auto s, auto n, auto d, auto c) { return TQ_ToGBK(s, n / 2, d, c, ENCODE_UNICODE); }},
-};
-
 class FastPaths : public testing::Test
 {
 protected:
-    FastPaths()
-    {
-        if (!FastPathsOn()) return;
-        for (unsigned short** table : {&g_mapGBKToUnicode, &g_mapBig5ToUnicode}) {
-            *table = new unsigned short[MAPPING_ENTRIES];
-            for (unsigned i = 0; i < MAPPING_ENTRIES; ++i)
-                (*table)[i] = static_cast<unsigned short>(m_random());
-        }
-    }
-    ~FastPaths() override
-    {
-        UseForms(BestForms());
-        CodeTrans_Destroy();
-    }
+    ~FastPaths() override { UseForms(BestForms()); }
     void SetUp() override
     {
         if (!FastPathsOn()) GTEST_SKIP() << "this processor has the plain forms alone";
@@ -109,44 +70,6 @@ protected:
         return text;
     }
 
-    // Text, mostly as units where the route reads such, a few of them 0 or above U+FFFF.
-    std::string TextFor(const Route& route, size_t length)
-    {
-        const std::string text = Text(length);
-        const unsigned rarity = 1 + Random(500);
-        if (route.unit == 1 || Random(3) == 0) return text;
-        std::string units;
-        for (wchar_t c : utf8_to_unicode(text.c_str())) {
-            if (Random(rarity) == 0) c = Random(2) == 0 ? 0 : static_cast<wchar_t>(m_random());
-            units.append(reinterpret_cast<const char*>(&c), route.unit);
-        }
-        return units.substr(0, length);
-    }
-
-    void Compare(const Route& route, std::string text, size_t capacity)
-    {
-        if (route.zeroTerminated) {
-            std::replace(text.begin(), text.end(), '\0', ' ');
-            text += '\0';
-        }
-        const char* const source = Place(text);
-        const size_t length = text.size() - route.zeroTerminated;
-        const size_t skew = Random(32);
-        const std::vector<char> before(4 * length + 200, '\x5A');
-        std::vector<char> plain = before;
-        UseForms(Forms::PLAIN);
-        const size_t expected = route.convert(source, length, plain.data() + skew, capacity);
-        for (const Forms forms : FastForms()) {
-            std::vector<char> fast = before;
-            UseForms(forms);
-            const size_t got = route.convert(source, length, fast.data() + skew, capacity);
-            ASSERT_TRUE(got == expected && fast == plain)
-                << route.name << ", form " << static_cast<int>(forms) << ", " << length << " bytes, capacity "
-                << capacity << ", results " << got << " and " << expected << ", text:\n"
-                << testing::PrintToString(text.substr(0, 300));
-        }
-    }
-
     // Those of this processor.
     static std::vector<Forms> FastForms()
     {
@@ -154,6 +77,7 @@ protected:
         return {Forms::AVX2};
     }
 
+    LoadedModel m_model;
     ::Random m_random;
     GuardedBuffer m_guarded{AREA};
 };
@@ -166,9 +90,13 @@ TEST_F(FastPaths, AgreeOnTextOfEveryShortLengthAndAroundWindows)
     for (int i = 0; i < 60; ++i) lengths.push_back(Random(20000));
     for (const Route& route : ROUTES)
         for (const size_t length : lengths) {
-            const std::string text = TextFor(route, length);
-            ASSERT_NO_FATAL_FAILURE(Compare(route, text, 4 * length + 100));
-            ASSERT_NO_FATAL_FAILURE(Compare(route, text, Random(static_cast<unsigned>(3 * length + 4))));
+            std::string text = Random(3) > 0 ? Widened(Text(length), route) : Text(length);
+            if (route.isTerminated) std::replace(text.begin(), text.end(), '\0', ' ');
+            // Now and then a unit that is 0 or above U+FFFF.
+            if (route.unit == 4 && length > 0 && !text.empty() && Random(2) == 0)
+                text[Random(static_cast<unsigned>(text.size()))] = Random(2) == 0 ? '\0' : '\1';
+            for (const unsigned capacity : {0U, Random(static_cast<unsigned>(3 * length + 4))})
+                CompareForms(route, ForRoute(route, text), capacity, Random(256));
         }
 }
 
@@ -185,13 +113,16 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
                 std::string plain = text + std::string(20000, '\0');
                 const std::string before = plain;
                 UseForms(Forms::PLAIN);
-                const size_t expected = route.convert(plain.data(), 4000, plain.data() + offset, 15000);
+                const auto convert = [&](std::string& memory) {
+                    return route.convert(memory.data(), 4000 / route.unit, memory.data() + offset, 15000,
+                                         route.code);
+                };
+                const size_t expected = convert(plain);
                 for (const Forms forms : FastForms()) {
                     std::string fast = before;
                     UseForms(forms);
-                    EXPECT_EQ(route.convert(fast.data(), 4000, fast.data() + offset, 15000), expected)
-                        << route.name;
-                    EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
+                    EXPECT_EQ(convert(fast), expected);
+                    EXPECT_TRUE(fast == plain) << &route - ROUTES << " to an offset of " << offset;
                 }
             }
     std::string ascii = std::string("AB").append(20, '\0');
@@ -200,28 +131,25 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
     EXPECT_EQ(ascii, std::string("A").append(21, '\0'));
 }
 
-// Where the C library has the locale, both forms of the locale routes must give what its own functions give.
+// Where the C library has the locale, all forms of the locale routes must give what its own functions give.
 TEST_F(FastPaths, AnswerAsTheCLibraryForEveryCharacter)
 {
     if (setlocale(LC_ALL, "zh_CN.gbk") == nullptr || std::string(nl_langinfo(CODESET)) != "GBK")
         GTEST_SKIP() << "no locale zh_CN.gbk";
     const std::string prefixes[] = {"", "abc", std::string(41, 'x'), "\xB0\xA1\xD6\xD0",
                                     std::string(1100, '\xB0')};
-    const auto check = [&](const Route& route, const std::string& text) {
-        for (const std::string& prefix : prefixes) ASSERT_NO_FATAL_FAILURE(Compare(route, prefix + text, 0));
-    };
-    for (unsigned pair = 0x100; pair < 0x10000; ++pair) {
-        const char bytes[] = {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF), 0};
-        ASSERT_NO_FATAL_FAILURE(check(ROUTES[3], bytes));
-    }
-    for (unsigned unit = 1; unit < 0x10000; ++unit) {
-        unsigned char utf8[7] = {};
-        unicode_to_utf8_one(unit, utf8, 6);
-        const std::string text = reinterpret_cast<char*>(utf8);
-        ASSERT_NO_FATAL_FAILURE(Compare(ROUTES[5], text, 0));
-        ASSERT_NO_FATAL_FAILURE(
-            Compare(ROUTES[5], "\xEF\xBB\xBF-\xE4\xB8\xAD" + text + std::string(40, '-'), 0));
-    }
+    for (unsigned pair = 0x100; pair < 0x10000; ++pair)
+        for (const std::string& prefix : prefixes) {
+            const char bytes[] = {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF), 0};
+            CompareForms(ROUTES[GBK_TO_UTF8], ForRoute(ROUTES[GBK_TO_UTF8], prefix + bytes), 0, 0);
+        }
+    for (unsigned unit = 1; unit < 0x10000; ++unit)
+        for (const std::string prefix : {"", "\xEF\xBB\xBF-\xE4\xB8\xAD"}) {
+            unsigned char utf8[7] = {};
+            unicode_to_utf8_one(unit, utf8, 6);
+            const std::string text = prefix + reinterpret_cast<char*>(utf8) + std::string(40, '-');
+            CompareForms(ROUTES[UTF8_TO_GBK], ForRoute(ROUTES[UTF8_TO_GBK], text), 0, 0);
+        }
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -303,6 +231,9 @@ protected:
         const Scores plain = Walk(trie, nodeCount, source, text.size());
         const Scores fast = FastWalk(trie, nodeCount, source, text.size());
         ASSERT_TRUE(SameWalk(fast, plain)) << testing::PrintToString(text.substr(0, 300));
+        if (text.size() > 200) return;
+        ASSERT_EQ(Decide(plain), DetectionOracle({trie, trie + nodeCount}, text))
+            << testing::PrintToString(text);
     }
 
     static constexpr unsigned char ALPHABET[] = {'a', 'b', 0xB0, 0xB1, 0xD6, 0xE4, 0x80, 0xFF};
@@ -332,8 +263,6 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
 
 TEST_F(FastWalking, AddsUpTheSameOnTheShippedModel)
 {
-    CodeTrans_Destroy();
-    ASSERT_EQ(CodeTrans_Initialize(CODETRANS_SOURCE_DIRECTORY "/Data/CodeTrans.model"), 0);
     const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());
     for (unsigned i = 0; i < 2000; ++i) {
         if (i == 1000) {

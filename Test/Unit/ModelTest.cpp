@@ -1,28 +1,9 @@
-// Loading: what a failure leaves behind, and the committed model's own guarantees.
+// The committed model's own guarantees.
 #include "Support.h"
 
 namespace
 {
 constexpr size_t TABLES = 4 * MAPPING_ENTRIES;
-
-TEST(ModelLoading, OnlyAMissingFileKeepsAnEarlierModel)
-{
-    const TempFolder folder;
-    WriteBytes("m", ModelBytes({{1, -1, 0, TRIE_VALUE_NONE}}, 1));
-    WriteBytes("short", "short");
-    ASSERT_EQ(CodeTrans_Initialize("m"), 0);
-    const std::vector<void*> earlier = {g_mapGBKToUnicode, g_mapBig5ToUnicode, g_pstTrieTable};
-    EXPECT_EQ(CodeTrans_Initialize("missing"), -1);
-    EXPECT_EQ(g_pstTrieTable, earlier[2]);
-    EXPECT_EQ(CodeTrans_Initialize("short"), -1);
-    EXPECT_EQ(g_pstTrieTable, nullptr);
-    // Tables that a second load replaces stay allocated; the test frees them.
-    delete[] static_cast<unsigned short*>(earlier[0]);
-    delete[] static_cast<unsigned short*>(earlier[1]);
-    delete[] static_cast<TrieNode*>(earlier[2]);
-    CodeTrans_Destroy();
-    CodeTrans_Destroy();
-}
 
 TEST(CommittedModel, KeepsWhatTheWalkNeeds)
 {
