@@ -1,10 +1,8 @@
 // Damaged models, made anew in a folder of the build tree: what loading says of each, and what detection and
 // decoding answer afterwards, in every form and however long the text.
 #include <climits>
-#include <functional>
 
 #include "../Unit/Support.h"
-#include "Detection.h"
 #include "FastPaths.h"
 
 namespace
@@ -22,44 +20,27 @@ std::vector<TrieNode> SoundNodes()
     return nodes;
 }
 
-std::string Whole()
-{
-    return ModelBytes(SoundNodes(), COUNT);
-}
+const std::string WHOLE = ModelBytes(SoundNodes(), COUNT), NODES_ONLY = WHOLE.substr(TABLES);
 
 std::string WithCount(int count)
 {
     return ModelBytes(SoundNodes(), count);
 }
 
-// The sound model with fields of nodes changed.
-std::string With(const std::function<void(std::vector<TrieNode>&)>& damage)
+// The sound model with one field of a node changed, and as many nodes more, of which each links to the next
+// and the last one to node `circle`.
+std::string With(size_t node, int TrieNode::*field, int value, int more = 0, int circle = 0)
 {
     std::vector<TrieNode> nodes = SoundNodes();
-    damage(nodes);
-    return ModelBytes(nodes, static_cast<int>(nodes.size()));
-}
-
-std::string With(int node, int TrieNode::*field, int value)
-{
-    return With([=](auto& nodes) { nodes[static_cast<size_t>(node)].*field = value; });
-}
-
-// The links go from Q through all nodes behind the sound ones and from the last one back to node `circle`.
-std::string WithChain(int count, int circle)
-{
-    return With([=](auto& nodes) {
-        nodes.resize(static_cast<size_t>(count), nodes[0]);
-        for (int i = COUNT; i < count; ++i) nodes[static_cast<size_t>(i)].nFail = i + 1;
-        nodes[Q].nFail = COUNT;
-        nodes.back().nFail = circle;
-    });
+    for (int i = 1; i <= more; ++i) nodes.push_back({1, -1, i < more ? COUNT + i : circle, TRIE_VALUE_NONE});
+    nodes[node].*field = value;
+    return ModelBytes(nodes, COUNT + more);
 }
 
 std::string RandomBytes()
 {
     std::mt19937 random(6);
-    std::string bytes = Whole();
+    std::string bytes = WHOLE;
     for (size_t i = 0; i < bytes.size(); ++i)
         if (i < TABLES || i >= NODES) bytes[i] = static_cast<char>(random());
     return bytes;
@@ -71,101 +52,84 @@ struct BadModel {
     std::string decoded = "\xB0\x30";       // what B0 A1 then is
 };
 
-std::vector<BadModel> BadModels()
+BadModel Cut(size_t size, int loaded)
 {
-    std::vector<BadModel> models = {
-        {"sound, and more", Whole() + "more"},
-        {"count 0", WithCount(0), 0, ENCODE_UNKNOWN},
-        {"count below the nodes used", WithCount(P), 0, ENCODE_UNKNOWN},
-        {"count one more", WithCount(COUNT + 1), -4},
-        {"count greatest", WithCount(INT_MAX), -127},
-        {"count -1", WithCount(-1), -127},
-        {"count least", WithCount(INT_MIN), -127},
-        {"children below 0", With(0, &TrieNode::nBase, INT_MIN), 0, ENCODE_UNKNOWN},
-        {"children before the root", With(0, &TrieNode::nBase, -0xB1), 0, ENCODE_UNKNOWN},
-        {"children behind the end", With(0, &TrieNode::nBase, COUNT - 0xB0), 0, ENCODE_UNKNOWN},
-        {"children out of reach", With(0, &TrieNode::nBase, INT_MAX), 0, ENCODE_UNKNOWN},
-        {"no children where some are looked for", With(Q, &TrieNode::nBase, INT_MAX)},
-        {"its own parent", With(P, &TrieNode::nCheck, P), 0, ENCODE_UNKNOWN},
-        {"the root its own child", With([](auto& nodes) {
-             nodes[0] = {-0xB0, 0, 0, 0};
-         }),
-         0, ENCODE_UNKNOWN},
-        {"a parent out of reach", With(Q, &TrieNode::nCheck, INT_MAX)},
-        {"a link below 0", With(Q, &TrieNode::nFail, INT_MIN)},
-        {"a link before the root", With(Q, &TrieNode::nFail, -1)},
-        {"a link behind the end", With(Q, &TrieNode::nFail, COUNT)},
-        {"a link out of reach", With(Q, &TrieNode::nFail, INT_MAX)},
-        {"a link to itself", With(Q, &TrieNode::nFail, Q)},
-        {"a link from the root", With(0, &TrieNode::nFail, P)},
-        {"links in a circle", With([](auto& nodes) { nodes[P].nFail = Q, nodes[Q].nFail = P; })},
-        {"a circle behind a chain", WithChain(400, 350)},
-        {"a circle of one behind a chain", WithChain(400, 399)},
-        {"a circle among many nodes",
-         With([](auto& nodes) { nodes[Q].nFail = Q, nodes.resize(150'000, nodes[0]); })},
-        {"a code of -1", With(P, &TrieNode::nValue, -1), 0, -1},
-        {"the least code", With(P, &TrieNode::nValue, INT_MIN), 0, -2048},
-        {"the greatest code", With(P, &TrieNode::nValue, INT_MAX), 0, 2047},
-        {"nothing but minus nine", With(Q, &TrieNode::nValue, 0), 0, ENCODE_GBK},
-        {"mappings to nothing", std::string(TABLES, '\0') + Whole().substr(TABLES), 0, ENCODE_GBK, "\0\0"_b},
-        {"mappings to surrogates", std::string(TABLES, '\xD8') + Whole().substr(TABLES), 0, ENCODE_GBK,
-         "\xD8\xD8"},
-        {"nothing but FF", std::string(NODES + 99, '\xFF'), -127},
-        {"random bytes", RandomBytes(), 0, ENCODE_UNKNOWN,
-         RandomBytes().substr(2 * PairIndex(0xB0, 0xA1), 2)},
-    };
-    const struct {
-        size_t size;
-        int loaded;
-    } cuts[] = {{0, -1},
-                {1, -1},
-                {TABLES / 2 - 1, -1},
-                {TABLES / 2, -2},
-                {TABLES / 2 + 1, -2},
-                {TABLES - 1, -2},
-                {TABLES, -3},
-                {TABLES + 1, -3},
-                {NODES - 1, -3},
-                {NODES, -4},
-                {NODES + 1, -4},
-                {NODES + 16, -4},
-                {Whole().size() - 1, -4},
-                {Whole().size(), 0}};
-    for (const auto& cut : cuts)
-        models.push_back({"cut to " + std::to_string(cut.size), Whole().substr(0, cut.size), cut.loaded});
-    return models;
+    return {"cut to " + std::to_string(size), WHOLE.substr(0, size), loaded};
+}
+
+constexpr auto BASE = &TrieNode::nBase, CHECK = &TrieNode::nCheck, FAIL = &TrieNode::nFail,
+               VALUE = &TrieNode::nValue;
+
+const BadModel CUTS[] = {Cut(0, -1),          Cut(1, -1),          Cut(TABLES / 2 - 1, -1),
+                         Cut(TABLES / 2, -2), Cut(TABLES - 1, -2), Cut(TABLES, -3),
+                         Cut(TABLES + 1, -3), Cut(NODES - 1, -3),  Cut(NODES, -4),
+                         Cut(NODES + 1, -4),  Cut(NODES + 16, -4), Cut(WHOLE.size() - 1, -4),
+                         Cut(WHOLE.size(), 0)};
+
+const BadModel BAD_MODELS[] = {
+    {"sound, and more", WHOLE + "more"},
+    {"count 0", WithCount(0), 0, ENCODE_UNKNOWN},
+    {"count below the nodes used", WithCount(P), 0, ENCODE_UNKNOWN},
+    {"count one more", WithCount(COUNT + 1), -4},
+    {"count greatest", WithCount(INT_MAX), -127},
+    {"count -1", WithCount(-1), -127},
+    {"count least", WithCount(INT_MIN), -127},
+    {"children below 0", With(0, BASE, INT_MIN), 0, ENCODE_UNKNOWN},
+    {"children before the root", With(0, BASE, -0xB1), 0, ENCODE_UNKNOWN},
+    {"children behind the end", With(0, BASE, COUNT - 0xB0), 0, ENCODE_UNKNOWN},
+    {"children out of reach", With(0, BASE, INT_MAX), 0, ENCODE_UNKNOWN},
+    {"a child's children out of reach", With(Q, BASE, INT_MAX)},
+    {"its own parent", With(P, CHECK, P), 0, ENCODE_UNKNOWN},
+    {"a child of its child", With(P, CHECK, Q), 0, ENCODE_UNKNOWN},
+    {"a parent out of reach", With(Q, CHECK, INT_MAX)},
+    {"a link below 0", With(Q, FAIL, INT_MIN)},
+    {"a link before the root", With(Q, FAIL, -1)},
+    {"a link behind the end", With(Q, FAIL, COUNT)},
+    {"a link out of reach", With(Q, FAIL, INT_MAX)},
+    {"a link from the root", With(0, FAIL, P)},
+    {"a link to itself", With(Q, FAIL, Q)},
+    {"a link to itself among many nodes", With(Q, FAIL, Q, 150'000)},
+    {"a circle behind a chain", With(Q, FAIL, COUNT, 100, COUNT + 50)},
+    {"a circle of all", With(Q, FAIL, COUNT, 100, Q)},
+    {"a code of -1", With(P, VALUE, -1), 0, -1},
+    {"the least code", With(P, VALUE, INT_MIN), 0, -2048},
+    {"the greatest code", With(P, VALUE, INT_MAX), 0, 2047},
+    {"a value of 0", With(P, VALUE, 0), 0, ENCODE_GBK},
+    {"mappings to nothing", std::string(TABLES, '\0') + NODES_ONLY, 0, ENCODE_GBK, "\0\0"_b},
+    {"mappings to surrogates", std::string(TABLES, '\xD8') + NODES_ONLY, 0, ENCODE_GBK, "\xD8\xD8"},
+    {"nothing but FF", std::string(NODES + 99, '\xFF'), -127},
+    {"random bytes", RandomBytes(), 0, ENCODE_UNKNOWN, RandomBytes().substr(2 * PairIndex(0xB0, 0xA1), 2)},
+};
+
+void Try(BadModel model)
+{
+    const std::string folder = BAD_MODELS_FOLDER "/" + model.name, file = folder + "/Data/CodeTrans.model";
+    SCOPED_TRACE(file);
+    std::filesystem::create_directories(folder + "/Data");
+    WriteBytes(file, model.bytes);
+    EXPECT_EQ(CodeTrans_Initialize(file.c_str()), model.loaded);
+    TQ_Exit();
+    EXPECT_EQ(TQ_Init(folder.c_str(), nullptr), model.loaded == 0 ? 1 : -2);
+    EXPECT_EQ(g_mapGBKToUnicode != nullptr && g_mapBig5ToUnicode != nullptr, model.loaded == 0);
+    EXPECT_EQ(g_pstTrieTable != nullptr, model.loaded == 0);
+    if (model.loaded != 0) model.detected = ENCODE_UNKNOWN, model.decoded = "\0\0"_b;
+    std::string longText;
+    while (longText.size() < 300'000) longText += TEXT;  // makes the shortcuts
+    for (const Forms forms : {Forms::PLAIN, Forms::AVX2, Forms::AVX512}) {
+        if (forms > BestForms()) continue;
+        UseForms(forms);
+        for (const std::string& text : {TEXT, longText, longText})
+            EXPECT_EQ(TQ_CodeDetect(text.data(), text.size()), model.detected) << text.size();
+        char out[4];
+        EXPECT_EQ(std::string(out, TQ_ToUnicode("\xB0\xA1", 2, out, 4, ENCODE_GBK)), model.decoded);
+    }
+    UseForms(BestForms());
+    TQ_Exit();
 }
 
 TEST(DamagedModels, LoadOrDoNotAndAnswer)
 {
-    std::string longText;
-    while (longText.size() < 300'000) longText += TEXT;  // makes the shortcuts
-    for (BadModel& model : BadModels()) {
-        const std::string folder = std::string(BAD_MODELS_FOLDER "/") + model.name;
-        std::filesystem::create_directories(folder + "/Data");
-        const std::string file = folder + "/Data/CodeTrans.model";
-        WriteBytes(file, model.bytes);
-        SCOPED_TRACE(file);
-        EXPECT_EQ(CodeTrans_Initialize(file.c_str()), model.loaded);
-        TQ_Exit();
-        EXPECT_EQ(TQ_Init(folder.c_str(), nullptr), model.loaded == 0 ? 1 : -2);
-        if (model.loaded != 0) {
-            EXPECT_TRUE(g_mapGBKToUnicode == nullptr && g_mapBig5ToUnicode == nullptr &&
-                        g_pstTrieTable == nullptr);
-            model.detected = ENCODE_UNKNOWN;
-            model.decoded = "\0\0"_b;
-        }
-        for (const Forms forms : {Forms::PLAIN, Forms::AVX2, Forms::AVX512}) {
-            if (forms > BestForms()) continue;
-            UseForms(forms);
-            EXPECT_EQ(TQ_CodeDetect("ASCII", 5), ENCODE_GBK);
-            for (const std::string& text : {TEXT, longText, longText})
-                EXPECT_EQ(TQ_CodeDetect(text.data(), text.size()), model.detected) << text.size();
-            char out[4];
-            EXPECT_EQ(std::string(out, TQ_ToUnicode("\xB0\xA1", 2, out, 4, ENCODE_GBK)), model.decoded);
-        }
-        UseForms(BestForms());
-        TQ_Exit();
-    }
+    for (const BadModel& model : CUTS) Try(model);
+    for (const BadModel& model : BAD_MODELS) Try(model);
 }
 }  // namespace

@@ -5,22 +5,15 @@
 #include <cstddef>
 #include <functional>
 
-// From construction to destruction the `first`th allocation of the process fails (counted from 1), the C
-// library's own included, and with `andLater` every one behind it.
-class FailingAllocations
-{
-public:
-    FailingAllocations(long first, bool andLater);
-    ~FailingAllocations();
-    FailingAllocations(const FailingAllocations&) = delete;
-    FailingAllocations& operator=(const FailingAllocations&) = delete;
-    long Refused() const;
-};
+// From now on the `first`th allocation of the process fails (counted from 1), the C library's own included,
+// and with `andLater` every one behind it. The other ends that and returns how many were refused.
+void FailAllocations(long first, bool andLater);
+long AllocateAgain();
 
 // Blocks allocated and not freed.
 long LiveBlocks();
 
-// Called before each fread with the number of elements asked for; what it returns is read instead.
+// Called before each fread with the number of elements asked for; so many as it returns are read.
 extern std::function<size_t(size_t)> g_onRead;
 
 #endif  // TEST_FAULTS_H

@@ -18,31 +18,22 @@
 #define REAL(function) __libc_##function
 #endif
 
-extern "C" {
-void* REAL(malloc)(size_t);
-void* REAL(calloc)(size_t, size_t);
-void* REAL(realloc)(void*, size_t);
-void REAL(free)(void*);
-}
-
 namespace
 {
-std::atomic<long> g_countdown = 0;  // to the allocation that fails; 0 or less: none ahead
+std::atomic<long> g_countdown = 0;  // to the allocation that fails; 0: none ahead
 std::atomic<bool> g_andLater = false;
 std::atomic<long> g_refused = 0, g_live = 0;
-
 constexpr size_t MOST = 1UL << 34;  // bytes: a greater wish fails on every machine alike
 
 bool Refuse(size_t size)
 {
     const bool fails = size > MOST || (g_countdown > 0 ? --g_countdown == 0 : g_andLater && g_refused > 0);
-    if (!fails) return false;
-    ++g_refused;
-    errno = ENOMEM;
-    return true;
+    g_refused += fails;
+    if (fails) errno = ENOMEM;
+    return fails;
 }
 
-void* Counted(void* block)
+void* Count(void* block)
 {
     g_live += block != nullptr;
     return block;
@@ -50,27 +41,22 @@ void* Counted(void* block)
 
 void* New(size_t size)
 {
-    void* const block = malloc(size != 0 ? size : 1);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
+    void* const block = malloc(size);
+    return block != nullptr ? block : throw std::bad_alloc();
 }
 }  // namespace
 
-FailingAllocations::FailingAllocations(long first, bool andLater)
+void FailAllocations(long first, bool andLater)
 {
     g_refused = 0;
     g_andLater = andLater;
     g_countdown = first;
 }
 
-FailingAllocations::~FailingAllocations()
+long AllocateAgain()
 {
-    g_andLater = false;
     g_countdown = 0;
-}
-
-long FailingAllocations::Refused() const
-{
+    g_andLater = false;
     return g_refused;
 }
 
@@ -79,32 +65,14 @@ long LiveBlocks()
     return g_live;
 }
 
-extern "C" {
-void* malloc(size_t size)
-{
-    return Refuse(size) ? nullptr : Counted(REAL(malloc)(size));
-}
-
-void* calloc(size_t count, size_t size)
-{
-    return Refuse(size) ? nullptr : Counted(REAL(calloc)(count, size));
-}
-
-void* realloc(void* block, size_t size)
-{
-    if (Refuse(size)) return nullptr;
-    void* const moved = REAL(realloc)(block, size);
-    return block == nullptr ? Counted(moved) : moved;
-}
-
-void free(void* block)
-{
-    g_live -= block != nullptr;
-    REAL(free)(block);
-}
-}
-
 // clang-format off
+extern "C" {
+void *REAL(malloc)(size_t), *REAL(calloc)(size_t, size_t), *REAL(realloc)(void*, size_t), REAL(free)(void*);
+void* malloc(size_t size) { return Refuse(size) ? nullptr : Count(REAL(malloc)(size)); }
+void* calloc(size_t count, size_t size) { return Refuse(size) ? nullptr : Count(REAL(calloc)(count, size)); }
+void* realloc(void* old, size_t size) { return Refuse(size) ? nullptr : (g_live -= old != nullptr, Count(REAL(realloc)(old, size))); }
+void free(void* block) { g_live -= block != nullptr; REAL(free)(block); }
+}
 void* operator new(size_t size) { return New(size); }
 void* operator new[](size_t size) { return New(size); }
 void* operator new(size_t size, const std::nothrow_t&) noexcept { return malloc(size); }

@@ -9,66 +9,60 @@
 
 namespace
 {
-const std::string SAMPLES = CODETRANS_SOURCE_DIRECTORY "/Test/Samples/";
-const std::string KINDS[] = {"news", "fiction", "subtitle", "source"};
-
-// One text in every form.
-struct Sample {
-    std::string gbk, big5, utf8, utf16, utf16Traditional, wide;
-
-    explicit Sample(const std::string& kind)
-        : gbk(ReadBytes(SAMPLES + kind + "-hans.gbk")),
-          big5(ReadBytes(SAMPLES + kind + "-hant.big5")),
-          utf8(ReadBytes(SAMPLES + kind + "-hans.utf8")),
-          utf16(ReadBytes(SAMPLES + kind + "-hans.utf16le")),
-          utf16Traditional(ReadBytes(SAMPLES + kind + "-hant.utf16le"))
+const struct Route {
+    size_t (*convert)(const char*, size_t, char*, size_t, int);
+    int code;
+    std::string from, to;  // samples by their endings
+    size_t unit = 1;       // bytes that the length counts as one
+} WITHOUT_LOCALE[] =
     {
-        for (size_t i = 0; i < utf16.size(); i += 2) wide += utf16.substr(i, 2) + "\0\0"_b;
-    }
+        {TQ_ToUnicode, ENCODE_GBK, "-hans.gbk", "-hans.utf16le"},
+        {TQ_ToUnicode, ENCODE_BIG5, "-hant.big5", "-hant.utf16le"},
+        {TQ_ToUnicode, ENCODE_UTF8, "-hans.utf8", "-hans.wide"},
+        {TQ_ToUtf8, ENCODE_UNICODE, "-hans.wide", "-hans.utf8", 4},
+        {TQ_ToGBK, ENCODE_GBK, "-hans.gbk", "-hans.gbk"},
+},
+  WITH_LOCALE[] = {
+      {TQ_ToUtf8, ENCODE_GBK, "-hans.gbk", "-hans.utf8"},
+      {TQ_ToGBK, ENCODE_UTF8, "-hans.utf8", "-hans.gbk"},
 };
 
-using Convert = size_t(const char*, size_t, char*, size_t, int);
-
-std::string Converted(Convert* convert, const std::string& text, size_t length, int code)
+std::string Sample(const std::string& name)
 {
-    std::vector<char> out(4 * text.size() + 8);
-    return {out.data(), convert(text.c_str(), length, out.data(), 0, code)};
+    const size_t end = name.find(".wide");
+    if (end == std::string::npos) return ReadBytes(CODETRANS_SOURCE_DIRECTORY "/Test/Samples/" + name);
+    std::string wide;
+    for (const wchar_t c : utf8_to_unicode(Sample(name.substr(0, end) + ".utf8").c_str()))
+        wide.append(reinterpret_cast<const char*>(&c), sizeof c);
+    return wide;
 }
 
-// What takes neither the locale nor a file.
-int RightWithoutLocale(const Sample& s)
-{
-    return (TQ_CodeDetect(s.gbk.data(), s.gbk.size()) == ENCODE_GBK) +
-           (TQ_CodeDetect(s.big5.data(), s.big5.size()) == ENCODE_BIG5) +
-           (TQ_CodeDetect(s.utf8.data(), s.utf8.size()) == ENCODE_UTF8) +
-           (TQ_CodeDetect(s.utf16.data(), s.utf16.size()) == ENCODE_UNICODE) +
-           (Converted(TQ_ToUnicode, s.gbk, s.gbk.size(), ENCODE_GBK) == s.utf16) +
-           (Converted(TQ_ToUnicode, s.big5, s.big5.size(), ENCODE_BIG5) == s.utf16Traditional) +
-           (Converted(TQ_ToUnicode, s.utf8, 0, ENCODE_UTF8) == s.wide) +
-           (Converted(TQ_ToUnicode, s.utf16, s.utf16.size(), ENCODE_UNICODE) == s.utf16) +
-           (Converted(TQ_ToUtf8, s.wide, s.wide.size() / 4, ENCODE_UNICODE) == s.utf8) +
-           (Converted(TQ_ToUtf8, s.utf8, s.utf8.size(), ENCODE_UTF8) == s.utf8) +
-           (Converted(TQ_ToGBK, s.gbk, s.gbk.size(), ENCODE_GBK) == s.gbk) +
-           (Converted(TQ_ToGBK, s.utf16, s.utf16.size() / 2, ENCODE_UNICODE) ==
-            s.gbk.substr(0, s.utf16.size() / 2));
-}
-
-int RightWithLocale(const Sample& s)
-{
-    return (Converted(TQ_ToUtf8, s.gbk, 0, ENCODE_GBK) == s.utf8) +
-           (Converted(TQ_ToGBK, s.utf8, 0, ENCODE_UTF8) == s.gbk);
-}
-
-// How many of the checks came out right in all threads, each of which has a text of its own.
-int InThreads(int rounds, int (*check)(const Sample&))
+// How often four threads, each with a text of its own, come to the right result.
+template <typename Check>
+int InThreads(int rounds, Check check)
 {
     std::atomic<int> right = 0;
     std::vector<std::thread> threads;
-    for (const std::string& kind : KINDS)
-        threads.emplace_back([&, sample = Sample(kind)] {
-            for (int i = 0; i < rounds; ++i) right += check(sample);
+    for (const std::string kind : {"news", "fiction", "subtitle", "source"})
+        threads.emplace_back([&, kind] {
+            for (int i = 0; i < rounds; ++i) right += check(kind);
         });
     for (std::thread& thread : threads) thread.join();
+    return right;
+}
+
+template <size_t COUNT>
+int Convert(const Route (&routes)[COUNT], const std::string& kind)
+{
+    int right = 0;
+    for (const Route& route : routes) {
+        const std::string source = Sample(kind + route.from), result = Sample(kind + route.to);
+        std::string out(4 * source.size() + 8, '\0');
+        right += route.convert(source.c_str(), source.size() / route.unit, out.data(), 0, route.code) ==
+                     result.size() &&
+                 out.compare(0, result.size(), result) == 0;
+        right += TQ_CodeDetect(source.data(), source.size()) == route.code || route.unit == 4;
+    }
     return right;
 }
 
@@ -83,18 +77,18 @@ protected:
     }
 };
 
-// Many enough that the shortcuts through the model are made meanwhile.
+// So much that the shortcuts through the model are made meanwhile.
 TEST_F(Threads, DetectAndConvertWithoutLocale)
 {
-    EXPECT_EQ(InThreads(100, RightWithoutLocale), 4 * 100 * 12);
+    EXPECT_EQ(InThreads(200, [](auto& kind) { return Convert(WITHOUT_LOCALE, kind); }), 4 * 200 * 10);
 }
 
 TEST_F(Threads, ConvertInTheLocaleOnceItIsSet)
 {
     for (const Forms forms : {Forms::PLAIN, BestForms()}) {
         UseForms(forms);
-        Converted(TQ_ToGBK, "", 0, ENCODE_UTF8);
-        EXPECT_EQ(InThreads(100, RightWithLocale), 4 * 100 * 2);
+        Convert(WITH_LOCALE, "title");
+        EXPECT_EQ(InThreads(200, [](auto& kind) { return Convert(WITH_LOCALE, kind); }), 4 * 200 * 4);
     }
 }
 
@@ -102,12 +96,11 @@ TEST_F(Threads, ConvertInTheLocaleOnceItIsSet)
 TEST_F(Threads, FailTogether)
 {
     const TempFolder folder;
-    Converted(TQ_ToGBK, "", 0, ENCODE_UTF8);
-    const int right = InThreads(50, [](const Sample& s) {
-        const std::string name = "none-" + std::to_string(s.gbk.size()), start = "Error read file none-";
-        const bool failed = TQ_ToUtf8File(name.c_str(), "out") == -1;
+    Convert(WITH_LOCALE, "title");
+    const int right = InThreads(50, [](const std::string& kind) {
+        const bool failed = TQ_ToUtf8File(("no text of the kind " + kind).c_str(), "out") == -1;
         const std::unique_ptr<const char[]> text(TQ_GetLastErrorMsg());
-        return failed && std::string(text.get()).compare(0, start.size(), start) == 0 ? 1 : 0;
+        return failed && strncmp(text.get(), "Error read file no text of the kind ", 36) == 0 ? 1 : 0;
     });
     EXPECT_EQ(right, 4 * 50);
 }

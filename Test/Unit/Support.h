@@ -21,10 +21,10 @@
 // The sanitizers bring an allocator of their own, which needs more memory and keeps other books.
 constexpr bool IsSanitized()
 {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     return true;
 #elif defined(__has_feature)
-    return __has_feature(address_sanitizer);
+    return __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
     return false;
 #endif
