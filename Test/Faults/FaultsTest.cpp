@@ -102,6 +102,8 @@ protected:
     {
         UseForms(BestForms());
         TQ_Exit();
+        for (std::string* text : {&g_sDefaultDir, &g_sDataPath, &g_sLogPath, &g_sLastErrorMessage})
+            std::string().swap(*text);
         EXPECT_EQ(TQ_Init(CODETRANS_SOURCE_DIRECTORY, nullptr), 1);
         g_sLogPath = m_folder.Path();
         g_sLastErrorMessage = EARLIER;
