@@ -117,26 +117,6 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
     }
 }
 
-TEST_F(Interface, FileNamesAndFailures)
-{
-    LoadDecidingFor(ENCODE_UTF8);
-    WriteBytes("empty", "");
-    for (const std::string name : {"empty", "missing"}) {
-        EXPECT_EQ(TQ_ToUtf8File(name.c_str(), "out"), -1);
-        EXPECT_EQ(LastError(), "Error read file " + name);
-        EXPECT_FALSE(std::filesystem::exists("out"));
-    }
-    WriteBytes("in", "x\xE4\xB8\xAD");
-    EXPECT_EQ(TQ_ToGBKFile("in", "none/out"), -1);
-    EXPECT_EQ(LastError(), "Fail writing file none/out");
-    EXPECT_EQ(TQ_ToFile(nullptr, nullptr, ENCODE_GBK), -1);
-
-    EXPECT_EQ(TQ_ToGBKFile("in", "in"), 3) << "source and destination may be one file";
-    EXPECT_EQ(ReadBytes("in"), "x\xD6\xD0");
-    std::filesystem::rename("in", "\xD6\xD0");
-    EXPECT_EQ(TQ_ToUtf8File("\xE4\xB8\xAD", "out"), 3) << "found under its GBK name";
-}
-
 // Runs in a process of its own that may have only so much memory.
 void ExpectWithLittleMemory(rlim_t bytes, const std::function<bool()>& expectation)
 {

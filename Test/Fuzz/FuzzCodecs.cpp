@@ -6,7 +6,6 @@
 #include <iconv.h>
 
 #include <optional>
-#include <vector>
 
 #include "Bytes.h"
 #include "Fuzz.h"

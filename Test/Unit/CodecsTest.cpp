@@ -74,30 +74,6 @@ TEST(DoubleByte, DecodesByTable)
     }
 }
 
-TEST(DoubleByte, DecodesLikeASlowDecoder)
-{
-    Random random;
-    const LoadedModel model;
-    for (int round = 0; round < 3000; ++round) {
-        const std::string text = random.Text(random.Below(150), round % 3 == 0 ? "" : "ab \xB0\xA1\xD6\xD0");
-        const unsigned long capacity = 1 + random.Below(320);
-        const int encoding = round % 2 == 0 ? ENCODE_GBK : ENCODE_BIG5;
-        const unsigned short* const table = round % 2 == 0 ? g_mapGBKToUnicode : g_mapBig5ToUnicode;
-        std::string expected;
-        for (size_t i = 0; i < text.size() && expected.size() + 2 <= capacity; ++i) {
-            unsigned unit = Byte(text, i);
-            if (unit >= 0x80 && i + 1 == text.size()) {
-                unit = 0xFEFF;
-            } else if (unit >= 0x80) {
-                const unsigned row = std::max(Byte(text, ++i), 0x40U) - 0x40;
-                unit = table[row * 128 + unit - 0x80];
-            }
-            AppendUnit(expected, unit, 2);
-        }
-        ASSERT_EQ(Decode(encoding, text, capacity).bytes, expected) << testing::PrintToString(text);
-    }
-}
-
 TEST(DoubleByte, WithoutAModelPairsBecomeZero)
 {
     CodeTrans_Destroy();

@@ -94,8 +94,8 @@ class TempFolder
 public:
     TempFolder() : m_before(std::filesystem::current_path())
     {
-        char name[] = "/tmp/codetrans-test-XXXXXX";
-        m_path = std::filesystem::canonical(mkdtemp(name));
+        std::string name = std::filesystem::temp_directory_path() / "codetrans-test-XXXXXX";
+        m_path = std::filesystem::canonical(mkdtemp(name.data()));
         std::filesystem::current_path(m_path);
     }
     ~TempFolder()
