@@ -69,9 +69,6 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
     } cases[] = {
         {"GBK to UTF-8", ENCODE_GBK, "x\xD6\xD0", ENCODE_UTF8, mark8 + "x\xE4\xB8\xAD", 4},
         {"GBK to Unicode", ENCODE_GBK, "x\xB0\xA1", ENCODE_UNICODE, mark16 + "x\0\xB0\x30"_b, 4},
-        {"GBK to GBK", ENCODE_GBK, "x\xD6\xD0", ENCODE_GBK, "x\xD6\xD0", 3},
-        {"Big5 to Unicode", ENCODE_BIG5, "x\xB0\xA1", ENCODE_UNICODE, mark16 + "x\0\xB0\xB0"_b, 4},
-        {"Big5 to GBK", ENCODE_BIG5, "x\xA4\xA4", ENCODE_GBK, "x\xA4\xA4", 3},
         {"UTF-8 to GBK", ENCODE_UTF8, "x\xE4\xB8\xAD", ENCODE_GBK, "x\xD6\xD0", 3},
         {"UTF-8 to Unicode", ENCODE_UTF8, "x\xE4\xB8\xAD", ENCODE_UNICODE, mark16 + "x\0\0\0\x2D\x4E\0\0"_b,
          8},
@@ -81,9 +78,7 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
         {"Unicode to GBK", ENCODE_UNICODE, "xyz", ENCODE_GBK, "\xBB\xF6\x7A", 3},
         {"Unicode to UTF-8", ENCODE_UNICODE, "x\1\1", ENCODE_UTF8, mark8 + "\0\0"_b, 2},
         {"undecided to UTF-8", ENCODE_UTF8, "\xFF\xFF", ENCODE_UTF8, mark8, 0},
-        {"undecided to GBK", ENCODE_UTF8, "\xFF\xFF", ENCODE_GBK, "", 0},
         {"no such target", ENCODE_UTF8, "x", ENCODE_BIG5, "", 0},
-        {"target 0", ENCODE_UTF8, "x", 0, "", 0},
     };
     for (const auto& c : cases) {
         LoadDecidingFor(c.detected);

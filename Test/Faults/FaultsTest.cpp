@@ -216,8 +216,6 @@ Undo CutWhileRead()
     return ReadBy([](size_t asked) { return std::filesystem::resize_file("in", 20), asked; });
 }
 
-const std::string TOO_LONG(300, 'n');
-
 struct FileFault {
     const char* what;
     std::function<Undo()> arrange;
@@ -233,7 +231,6 @@ struct FileFault {
     {"below a file", Nothing, "in/in", "out", -1, KEPT, "Error read file in/in"},
     {"to below a file", Nothing, "in", "in/out", -1, KEPT, "Fail writing file in/out"},
     {"a link to itself", Nothing, "loop", "out", -1, KEPT, "Error read file loop"},
-    {"a name too long", Nothing, "in", TOO_LONG, -1, KEPT, "Fail writing file " + TOO_LONG},
     {"a file that has no size", Nothing, "/proc/self/mem", "out", -1, KEPT, "Error read file /proc/self/mem"},
     {"a read error at once", [] { return DeliverOnly(0); }, "in", "out", -1},
     {"a read error later", [] { return DeliverOnly(20); }, "in", "out", 30, LINE_AS_UTF8.substr(0, 33)},

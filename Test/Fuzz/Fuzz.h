@@ -9,22 +9,19 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <string>
+#include <map>
 
+#include "../Unit/Support.h"
 #include "FastPaths.h"
-#include "STLCodeTrans.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size);
 
 // What must hold whatever the input is.
-#define REQUIRE(condition)                                                                 \
-    do {                                                                                   \
-        if (!(condition)) {                                                                \
-            fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #condition); \
-            abort();                                                                       \
-        }                                                                                  \
+#define REQUIRE(condition)                                                             \
+    do {                                                                               \
+        if (condition) break;                                                          \
+        fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #condition); \
+        abort();                                                                       \
     } while (false)
 
 class Input
@@ -32,8 +29,7 @@ class Input
 public:
     Input(const unsigned char* data, size_t size) : m_at(data), m_end(data + size) {}
 
-    bool IsUsedUp() const { return m_at == m_end; }
-    unsigned Byte() { return IsUsedUp() ? 0 : *m_at++; }
+    unsigned Byte() { return m_at == m_end ? 0 : *m_at++; }
     unsigned Number()  // of two bytes
     {
         const unsigned high = Byte();
@@ -45,6 +41,7 @@ public:
         m_at += std::min(most, static_cast<size_t>(m_end - m_at));
         return std::string(begin, m_at);
     }
+    std::string Rest() { return Take(static_cast<size_t>(m_end - m_at)); }
     // As often as the next byte says, so that a short input passes the windows of the fast forms.
     std::string RestRepeated()
     {
@@ -56,7 +53,6 @@ public:
             text += once;
         return text;
     }
-    std::string Rest() { return Take(static_cast<size_t>(m_end - m_at)); }
 
 private:
     static constexpr size_t MOST_REPEATED = 1 << 13;
@@ -68,17 +64,12 @@ private:
 class Buffer
 {
 public:
-    static constexpr char UNTOUCHED = '\x5A';
-
-    explicit Buffer(size_t size, unsigned skew = 0)
-        : m_size(size), m_skew(skew), m_block(new char[skew + size])
+    explicit Buffer(const std::string& content, unsigned skew = 0)
+        : m_size(content.size()), m_skew(skew), m_block(new char[skew + m_size])
     {
-        memset(m_block.get(), UNTOUCHED, skew + size);
+        memcpy(data(), content.data(), m_size);
     }
-    explicit Buffer(const std::string& content, unsigned skew = 0) : Buffer(content.size(), skew)
-    {
-        memcpy(data(), content.data(), content.size());
-    }
+    explicit Buffer(size_t size, unsigned skew = 0) : Buffer(std::string(size, '\x5A'), skew) {}
     char* data() { return m_block.get() + m_skew; }
     std::string All() { return std::string(data(), m_size); }
 
@@ -87,10 +78,9 @@ private:
     std::unique_ptr<char[]> m_block;
 };
 
-// The shipped model, loaded once.
 inline void LoadShippedModel()
 {
-    static const int s_result = CodeTrans_Initialize(CODETRANS_SOURCE_DIRECTORY "/Data/CodeTrans.model");
+    static const int s_result = CodeTrans_Initialize(ModelPath().c_str());
     REQUIRE(s_result == 0);
 }
 
@@ -103,6 +93,23 @@ void UnderEachForm(Check check)
         UseForms(forms);
         check();
     }
+}
+
+// The content of every file below the current folder by its name.
+inline std::map<std::string, std::string> Files()
+{
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator("."))
+        if (entry.is_regular_file()) files[entry.path().lexically_normal()] = ReadBytes(entry.path());
+    return files;
+}
+
+// What any name may be made of without leading out of a folder.
+inline std::string Harmless(std::string name)
+{
+    std::replace(name.begin(), name.end(), '/', '_');
+    for (size_t at = name.find(".."); at != std::string::npos; at = name.find("..")) name[at] = '_';
+    return name.c_str();
 }
 
 #endif  // TEST_FUZZ_H

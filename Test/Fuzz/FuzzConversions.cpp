@@ -4,10 +4,8 @@
 //
 // Input: function, source code, length (3 bytes), capacity (3 bytes), skews and absence of the model (2
 // bytes); then the content.
-#include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <vector>
 
 #include "Fuzz.h"
 
@@ -84,30 +82,6 @@ size_t ChooseSize(Input& input, size_t contentSize)
     return choice < std::size(known) ? known[choice] : number % 0x1000;
 }
 
-// For the length of a call.
-class WithoutModel
-{
-public:
-    explicit WithoutModel(bool wanted)
-    {
-        if (!wanted) return;
-        g_pstTrieTable = nullptr;
-        g_mapGBKToUnicode = g_mapBig5ToUnicode = nullptr;
-    }
-    ~WithoutModel()
-    {
-        g_pstTrieTable = m_trie;
-        g_mapGBKToUnicode = m_gbk;
-        g_mapBig5ToUnicode = m_big5;
-    }
-    WithoutModel(const WithoutModel&) = delete;
-    WithoutModel& operator=(const WithoutModel&) = delete;
-
-private:
-    TrieNode* m_trie = g_pstTrieTable;
-    unsigned short *m_gbk = g_mapGBKToUnicode, *m_big5 = g_mapBig5ToUnicode;
-};
-
 void Try(Exported* function, int code, size_t length, size_t capacity, unsigned skews, std::string content)
 {
     const size_t terminated = strlen(content.c_str());
@@ -143,7 +117,14 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     const int code = ChooseCode(input.Byte());
     const size_t length = ChooseSize(input, contentSize), capacity = ChooseSize(input, contentSize);
     const unsigned skews = input.Byte();
-    const WithoutModel absence(input.Byte() % 8 == 7);
+    const bool isModelAbsent = input.Byte() % 8 == 7;
+    const auto gbk = g_mapGBKToUnicode, big5 = g_mapBig5ToUnicode;
+    const auto trie = g_pstTrieTable;
+    if (isModelAbsent) g_mapGBKToUnicode = g_mapBig5ToUnicode = nullptr;
+    if (isModelAbsent) g_pstTrieTable = nullptr;
     Try(function, code, length, capacity, skews, input.Rest());
+    g_mapGBKToUnicode = gbk;
+    g_mapBig5ToUnicode = big5;
+    g_pstTrieTable = trie;
     return 0;
 }

@@ -5,7 +5,7 @@
 // Input: function and target code (2 bytes), kinds of the two names, a name (its length, then its bytes);
 // then the content.
 #include "Bytes.h"
-#include "Folder.h"
+#include "Fuzz.h"
 #include "Utility.h"
 
 namespace fs = std::filesystem;
@@ -46,18 +46,18 @@ std::string Converted(const std::string& text, int target)
     return output;
 }
 
-void Check(const Job& job, const Folder& folder)
+void Check(const Job& job)
 {
     const std::string source = Resolved(job.source), destination = Resolved(job.destination);
     const std::string given = job.destination != nullptr ? job.destination : "";
-    const auto before = folder.Files();
-    std::string text = fs::is_directory(source) ? "" : Folder::Read(source);
+    const auto before = Files();
+    std::string text = fs::is_directory(source) ? "" : ReadBytes(source);
     const bool isEmpty = text.empty() && !fs::is_directory(source);
     text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
 
     g_sLastErrorMessage.clear();
     const int64_t result = job.Run();
-    auto after = folder.Files();
+    auto after = Files();
     // The day's logs, the only ones named so.
     std::erase_if(after, [](const auto& file) { return isdigit(file.first.front()) != 0; });
     if (text.empty()) {
@@ -75,7 +75,7 @@ void Check(const Job& job, const Folder& folder)
                                  : job.target == ENCODE_UNICODE ? "\xFF\xFE"
                                                                 : "";
         REQUIRE(result == static_cast<int64_t>(converted.size()) && g_sLastErrorMessage.empty());
-        REQUIRE(Folder::Read(destination) == mark + converted);
+        REQUIRE(ReadBytes(destination) == mark + converted);
     }
 }
 }  // namespace
@@ -83,8 +83,8 @@ void Check(const Job& job, const Folder& folder)
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
 {
     LoadShippedModel();
-    static const Folder s_folder;
-    const Stay stay(s_folder);
+    const TempFolder folder;
+    g_sLogPath.clear();
     fs::create_directory("folder");
 
     Input input(data, size);
@@ -95,8 +95,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     Job job = JOBS[input.Byte() % 4];
     const unsigned target = input.Byte(), sourceKind = input.Byte(), destinationKind = input.Byte();
     if (job.convert == nullptr) job.target = static_cast<signed char>(target);
-    const std::string free = std::string("n") + Harmless(input.Take(input.Byte() % 64)).c_str();
-    const std::string absolute = s_folder.Path() + "/source", content = input.Rest();
+    const std::string free = std::string("n") + Harmless(input.Take(input.Byte() % 64));
+    const std::string absolute = folder.Path() + "/source", content = input.Rest();
 
     const char* const sources[] = {"source",         free.c_str(), free.c_str(), free.c_str(),
                                    absolute.c_str(), "folder",     "",           nullptr};
@@ -107,10 +107,10 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
 
     std::string gbk;
     UTF8ToANSI(free.c_str(), gbk);
-    if (sourceKind % 8 == 1) Folder::Write(free, content);
-    if (sourceKind % 8 == 2 && !gbk.empty()) Folder::Write(gbk, content);
-    if (sourceKind % 8 == 0 || sourceKind % 8 == 4) Folder::Write("source", content);
-    if (destinationKind / 8 % 2 == 1) Folder::Write("result", OLD);
-    Check(job, s_folder);
+    if (sourceKind % 8 == 1) WriteBytes(free, content);
+    if (sourceKind % 8 == 2 && !gbk.empty()) WriteBytes(gbk, content);
+    if (sourceKind % 8 == 0 || sourceKind % 8 == 4) WriteBytes("source", content);
+    if (destinationKind / 8 % 2 == 1) WriteBytes("result", OLD);
+    Check(job);
     return 0;
 }

@@ -5,9 +5,6 @@
 // Input: flags, where the file is cut (2 bytes), nodes (2 bytes), how many more the file promises, damaged
 // entries of the mapping tables (their number, then 4 bytes each), runs of equal nodes (their number, then up
 // to 12 bytes each); then the text.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <climits>
 
 #include "../Oracles.h"
@@ -35,21 +32,13 @@ struct ModelFile {
     }
 };
 
-// Small numbers, so that nodes meet, and the ones around the ends of things.
-int Field(unsigned number, unsigned nodeCount)
+// Small numbers, so that nodes meet, and those around the ends of things.
+int Field(Input& input, unsigned nodeCount)
 {
-    switch (number) {
-        case 0x7FFF:
-            return INT_MAX;
-        case 0x8000:
-            return INT_MIN;
-        case 0x7FFE:
-            return static_cast<int>(nodeCount);
-        case 0x7FFD:
-            return static_cast<int>(nodeCount) - 1;
-        default:
-            return static_cast<short>(number);
-    }
+    const unsigned number = input.Number();
+    const auto count = static_cast<int>(nodeCount);
+    const int ends[] = {INT_MIN, INT_MAX, count, count - 1};
+    return number - 0x7FFE < std::size(ends) ? ends[number - 0x7FFE] : static_cast<short>(number);
 }
 
 int Value(Input& input)
@@ -65,8 +54,7 @@ std::vector<TrieNode> MakeNodes(Input& input, unsigned count)
     std::vector<TrieNode> nodes(count, TrieNode{1, -1, 0, TRIE_VALUE_NONE});
     for (unsigned runs = input.Byte() % 64; runs > 0; --runs) {
         const unsigned first = input.Number(), length = input.Byte();
-        const unsigned base = input.Number(), check = input.Number(), fail = input.Number();
-        const TrieNode node = {Field(base, count), Field(check, count), Field(fail, count), Value(input)};
+        const TrieNode node = {Field(input, count), Field(input, count), Field(input, count), Value(input)};
         for (unsigned i = first; i <= first + length && i < count; ++i) nodes[i] = node;
     }
     return nodes;
@@ -103,8 +91,7 @@ int Load(const ModelFile& file)
 {
     static const int s_memory = memfd_create("model", 0);
     static const std::string s_path = "/proc/self/fd/" + std::to_string(s_memory);
-    const auto size = static_cast<ssize_t>(file.bytes.size());
-    REQUIRE(ftruncate(s_memory, 0) == 0 && pwrite(s_memory, file.bytes.data(), file.bytes.size(), 0) == size);
+    WriteBytes(s_path, file.bytes);
     return CodeTrans_Initialize(s_path.c_str());
 }
 

@@ -1,36 +1,50 @@
-// In the place of libFuzzer: runs a fuzz target over files, and over those of folders.
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <vector>
+// In the place of libFuzzer: runs a fuzz target over the files of a folder, and for a moment over what
+// becomes of them when they are cut, joined and changed at random.
+#include <algorithm>
+#include <chrono>
 
 #include "Fuzz.h"
 
-namespace fs = std::filesystem;
-
 namespace
 {
-void Replay(const fs::path& path)
+using Clock = std::chrono::steady_clock;
+constexpr auto MOMENT = std::chrono::seconds(2);
+
+void Run(const std::string& bytes)
 {
-    // For the log of a run that ends here.
-    fprintf(stderr, "%s\n", path.c_str());
-    std::ifstream file(path, std::ios::binary);
-    const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(file), {}};
-    LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+    // Exactly so many: the target must not read beyond them either.
+    const std::vector<unsigned char> input(bytes.begin(), bytes.end());
+    LLVMFuzzerTestOneInput(input.data(), input.size());
+}
+
+std::string Changed(const std::vector<std::string>& inputs, Random& random)
+{
+    const auto any = [&] { return inputs[random.Below(static_cast<unsigned>(inputs.size()))]; };
+    std::string bytes = any();
+    bytes.resize(random.Below(static_cast<unsigned>(bytes.size() + 1)));
+    if (const std::string other = any(); random.Below(2) == 0 && other.size() > bytes.size())
+        bytes += other.substr(bytes.size());
+    for (unsigned changes = random.Below(6); changes > 0 && !bytes.empty(); --changes)
+        bytes[random.Below(static_cast<unsigned>(bytes.size()))] = static_cast<char>(random());
+    return bytes;
 }
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    std::vector<fs::path> inputs;
-    for (int i = 1; i < argc; ++i) {
-        const fs::path path = fs::absolute(argv[i]);
-        if (fs::is_directory(path))
-            std::copy(fs::directory_iterator(path), {}, std::back_inserter(inputs));
-        else
-            inputs.push_back(path);
+    std::vector<std::string> names, inputs;
+    for (const auto& entry : std::filesystem::directory_iterator(argc > 1 ? argv[1] : "."))
+        names.push_back(entry.path());
+    std::sort(names.begin(), names.end());
+    for (const std::string& name : names) {
+        // For the log of a run that ends here.
+        fprintf(stderr, "%s\n", name.c_str());
+        inputs.push_back(ReadBytes(name));
+        Run(inputs.back());
     }
-    for (const fs::path& input : inputs) Replay(input);
-    fprintf(stderr, "%zu inputs replayed\n", inputs.size());
-    return inputs.empty() ? 1 : 0;
+    REQUIRE(!inputs.empty());
+    Random random;
+    fflush(stdout);
+    for (const auto begin = Clock::now(); Clock::now() - begin < MOMENT;) Run(Changed(inputs, random));
+    return 0;
 }

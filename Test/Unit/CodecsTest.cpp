@@ -1,20 +1,14 @@
-// The table decoder, the UTF-8 codecs and the GBK encoder: tables of cases, the whole of CodeTable against
-// the C library's converter, and each decoder against a slow one on random input. Sources end at an
-// unreadable page.
+// The table decoder, the UTF-8 codecs and the GBK encoder: tables of cases, and the whole of CodeTable
+// against the C library's converter. Sources end at an unreadable page. Random text: FastPathsTest.cpp and
+// Test/Fuzz.
 #include <iconv.h>
 
-#include <algorithm>
 #include <set>
 
 #include "Support.h"
 
 namespace
 {
-unsigned Byte(const std::string& text, size_t i)
-{
-    return static_cast<unsigned char>(text[i]);
-}
-
 void AppendUnit(std::string& out, unsigned unit, size_t width)
 {
     for (size_t i = 0; i < width; ++i) out += static_cast<char>(i < 4 ? unit >> (8 * i) & 0xFF : 0);
@@ -162,42 +156,6 @@ TEST(Utf8, DecodersDifferOnlyInCheckingContinuations)
     }
 }
 
-TEST(Utf8, DecodersAgreeWithSlowOnesOnRandomText)
-{
-    Random random;
-    for (int round = 0; round < 4000; ++round) {
-        std::string text =
-            random.Text(random.Below(120), round % 2 == 0 ? "" : "ab\xE4\xB8\xAD\xC3\xA9\xF0\x9F");
-        std::replace(text.begin(), text.end(), '\0', 'z');
-        const auto follows = [&](size_t i) { return i < text.size() && Byte(text, i) / 64 == 2; };
-        std::string lax, strict;
-        for (size_t i = 0; i < text.size(); ++i) {
-            const unsigned b = Byte(text, i);
-            if (b < 0x80) {
-                AppendUnit(lax, b, 4);
-            } else if (b / 32 == 6 && i + 1 < text.size()) {
-                AppendUnit(lax, b % 32 * 64 + Byte(text, i + 1) % 64, 4);
-                i += 1;
-            } else if (b / 16 == 14 && i + 2 < text.size()) {
-                AppendUnit(lax, b % 16 * 4096 + Byte(text, i + 1) % 64 * 64 + Byte(text, i + 2) % 64, 4);
-                i += 2;
-            }
-        }
-        for (size_t i = 0; i < text.size();) {
-            const unsigned b = Byte(text, i);
-            size_t length = b < 0x80 ? 1 : b / 32 == 6 ? 2 : b / 16 == 14 ? 3 : b / 8 == 30 ? 4 : 0;
-            for (size_t k = 1; k < length; ++k)
-                if (!follows(i + k)) length = 0;
-            unsigned unit = length == 1 ? b : length == 2 ? b % 32 : b % 16;
-            for (size_t k = 1; k < length; ++k) unit = unit * 64 + Byte(text, i + k) % 64;
-            if (length > 0 && length < 4) AppendUnit(strict, unit, 2);
-            i += length == 0 ? 1 : length;
-        }
-        ASSERT_EQ(WideWithTerminator(text), lax + "\0\0"_b) << testing::PrintToString(text);
-        ASSERT_EQ(Utf16WithTerminator(text), strict + "\0"_b) << testing::PrintToString(text);
-    }
-}
-
 std::string EncodeWide(const std::wstring& wide)
 {
     GuardedBuffer src(std::string(reinterpret_cast<const char*>(wide.data()), 4 * wide.size()));
@@ -305,17 +263,5 @@ TEST(GbkEncoder, EncodesUnits)
     EXPECT_EQ(dst, expected + "\0\0"_b + std::string(30 - expected.size(), '?'));
     utoGbk(nullptr, dst.data(), 0);
     EXPECT_EQ(dst.substr(0, 3), "\0\0\xD0"_b);
-}
-
-TEST(GbkEncoder, EncodesUtf8)
-{
-    const struct {
-        std::string utf8, gbk;
-    } cases[] = {{"\xE4\xB8\xAD\x41", "\xD6\xD0\x41"}, {"\xF0\x9F\x98\x80", ""}, {"", ""}};
-    for (const auto& c : cases) {
-        GuardedBuffer src(c.utf8 + '\0'), dst(c.gbk.size() + 2);
-        utf8toGbk(src.data(), dst.data());
-        EXPECT_EQ(dst.str(c.gbk.size() + 2), c.gbk + "\0\0"_b);
-    }
 }
 }  // namespace

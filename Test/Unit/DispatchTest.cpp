@@ -89,14 +89,6 @@ const Branch BRANCHES[] = {
     {"UTF-8 ignores both lengths", CodeTrans_ToUnicode, ENCODE_UTF8, UTF8_ZHONG_A, 1, 1,
      WIDE_ZHONG_A + "\0\0"_b, 8, 1},
     {"UTF-8 stops at a zero", CodeTrans_ToUnicode, ENCODE_UTF8, "A\0z"_b, 3, 99, "A\0\0\0\0\0"_b, 4, 99},
-    {"GBK by table", CodeTrans_ToUnicode, ENCODE_GBK, "\xD6\xD0\x41", 3, 9,
-     "\x56\x48"
-     "A\0"_b,
-     4, 4},
-    {"Big5 by table", CodeTrans_ToUnicode, ENCODE_BIG5, "\xA4\xA4\x41", 3, 9,
-     "\x24\xB2"
-     "A\0"_b,
-     4, 4},
     {"Unicode: larger capacity", CodeTrans_ToUnicode, ENCODE_UNICODE, "abcdefgh", 4, 8, "abcdefgh\0"_b, 8, 8},
     {"Unicode: larger source", CodeTrans_ToUnicode, ENCODE_UNICODE, "abcd", 4, 2, "abcd\0"_b, 4, 4},
     {"no such code", CodeTrans_ToUnicode, 5, "abcd", 4, 9, "", 0, 0},

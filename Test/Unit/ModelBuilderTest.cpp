@@ -1,12 +1,9 @@
-// The model builder: the committed model is what the committed text files pack to, and these are read as
-// written.
+// The model builder: the committed model is what the committed text files pack to.
 #include <gtest/gtest.h>
 
-#include "Automaton.h"
 #include "Decisive.h"
 #include "ModelFile.h"
 #include "Patterns.h"
-#include "Statistics.h"
 #include "Support.h"
 #include "TextFile.h"
 
@@ -42,27 +39,5 @@ TEST(ModelBuilder, WithoutDecisiveStatesTheWalkGoesToTheEnd)
     while (text.size() < 20'000) text += ReadBytes(samples + "fiction-hans.utf8");
     EXPECT_EQ(CodeTrans_CodeDetect(text.data(), text.size()), ENCODE_UTF8);
     CodeTrans_Destroy();
-}
-
-TEST(ModelBuilder, TextFormsReadBackAsWritten)
-{
-    const std::string path = testing::TempDir() + "/model-builder-test.txt";
-    Statistics counted;
-    counted.AddLine(L"a1 \\中文,中\u00E9", 3);
-    counted.AddLine(L"#\t9");
-    counted.Write(path, "# head\n");
-    const Statistics read = Statistics::Read(path);
-    ASSERT_EQ(read.characters.size(), counted.characters.size());
-    for (const auto& [character, entry] : counted.characters) {
-        EXPECT_EQ(read.characters.at(character).total, entry.total);
-        EXPECT_EQ(read.characters.at(character).next, entry.next);
-    }
-    States states = BasicStates();
-    AddState(states, REGION_MAIN, "\xD6\xD0\xCE");
-    states[{REGION_MAIN, "\xD6\xD0"}] = {PackTrieValue(ENCODE_GBK, {-9, 10, 0, 23}), REGION_FOREIGN};
-    states[{REGION_MAIN, "\xD6\xD0\xCE"}] = {TRIE_VALUE_NONE | TRIE_VALUE_COUNTED};
-    WritePatterns(states, path);
-    EXPECT_EQ(ReadPatterns(path), states);
-    std::remove(path.c_str());
 }
 }  // namespace

@@ -42,14 +42,6 @@ class Random : public std::mt19937
 public:
     Random() : Random(ChooseSeed()) {}
     unsigned Below(unsigned bound) { return static_cast<unsigned>((*this)() % bound); }
-    std::string Text(size_t size, const std::string& alphabet)
-    {
-        std::string text(size, '\0');
-        for (char& c : text)
-            c = alphabet.empty() ? static_cast<char>(Below(256))
-                                 : alphabet[Below(static_cast<unsigned>(alphabet.size()))];
-        return text;
-    }
 
 private:
     explicit Random(unsigned seed) : std::mt19937(seed) { printf("seed: CODETRANS_TEST_SEED=%u\n", seed); }
@@ -94,8 +86,8 @@ class TempFolder
 public:
     TempFolder() : m_before(std::filesystem::current_path())
     {
-        char name[] = "/tmp/codetrans-test-XXXXXX";
-        m_path = std::filesystem::canonical(mkdtemp(name));
+        std::string name = std::filesystem::temp_directory_path() / "codetrans-test-XXXXXX";
+        m_path = std::filesystem::canonical(mkdtemp(name.data()));
         std::filesystem::current_path(m_path);
     }
     ~TempFolder()
