@@ -47,15 +47,15 @@ std::string FromGbk(iconv_t converter, std::string gbk)
 std::vector<Text> Characters()
 {
     std::vector<Text> characters;
-    const iconv_t utf8 = iconv_open("UTF-8", "GBK"), utf16 = iconv_open("UTF-16LE", "GBK"),
-                  wide = iconv_open("UTF-32LE", "GBK");
+    iconv_t utf8 = iconv_open("UTF-8", "GBK"), utf16 = iconv_open("UTF-16LE", "GBK"),
+            wide = iconv_open("UTF-32LE", "GBK");
     for (unsigned code = 0x20; code < 0xFF00; code = code == 0x7E ? 0x8140 : code + 1) {
         std::string gbk(1, static_cast<char>(code & 0xFF));
         if (code >= 0x80) gbk.insert(0, 1, static_cast<char>(code >> 8));
         const Text text = {gbk, FromGbk(utf8, gbk), FromGbk(utf16, gbk), FromGbk(wide, gbk)};
         if (!text.utf8.empty()) characters.push_back(text);
     }
-    for (const iconv_t converter : {utf8, utf16, wide}) iconv_close(converter);
+    for (iconv_t converter : {utf8, utf16, wide}) iconv_close(converter);
     return characters;
 }
 

@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
                             {nullptr, 0, nullptr, nullptr}};
     Job job = JOBS[input.Byte() % 4];
     const unsigned target = input.Byte(), sourceKind = input.Byte(), destinationKind = input.Byte();
-    if (job.convert == nullptr) job.target = static_cast<signed char>(target);
+    if (job.convert == nullptr) job.target = static_cast<int>(target) - (target < 0x80 ? 0 : 0x100);
     const std::string free = std::string("n") + Harmless(input.Take(input.Byte() % 64));
     const std::string absolute = folder.Path() + "/source", content = input.Rest();
 
