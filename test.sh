@@ -5,12 +5,10 @@ options=()
 # A newer compiler's new warning must not keep a user from testing; in CI it must be seen.
 [ -z "${CI:-}" ] || options+=(-DCODETRANS_WERROR=ON)
 
-for folder in build build-sanitize; do
-    echo "Building in $folder ..."
-    sanitize=OFF
-    [ $folder = build ] || sanitize=ON
-    build $folder -DCODETRANS_SANITIZE=$sanitize "${options[@]}"
-done
+echo "Building in build ..."
+build build "${options[@]}"
+echo "Building in build-sanitize ..."
+build build-sanitize -DCMAKE_BUILD_TYPE=Debug -DCODETRANS_SANITIZE=address "${options[@]}"
 for folder in build build-sanitize; do
     echo "Testing in $folder ..."
     ctest --test-dir $folder --output-on-failure --parallel "$(nproc)" --no-tests=error

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -88,6 +89,11 @@ inline bool Overlap(const void* a, unsigned long aLen, const void* b, unsigned l
 struct CFree {
     void operator()(void* block) const { free(block); }
 };
+
+struct CFileCloser {
+    void operator()(FILE* file) const { fclose(file); }
+};
+using File = std::unique_ptr<FILE, CFileCloser>;
 
 // Zero-filled scratch memory; large blocks cost only the pages that are touched.
 template <typename Element>

@@ -22,9 +22,16 @@
  *   TQ_CodeDetect and passing its answer is the simpler way.
  *
  * Threads
- *   TQ_Init and TQ_Exit must not overlap any other call. Between them, detection and conversions may run in any
- *   number of threads, except that the locale routes (TQ_ToUtf8 from GBK and Big5, TQ_ToGBK from UTF-8, and the
- *   file functions) set the process-wide locale without a lock.
+ *   TQ_Init and TQ_Exit must not overlap any other call. Between them any number of threads may call everything
+ *   else, but for the locale routes (TQ_ToUtf8 from GBK and Big5, TQ_ToGBK from UTF-8, and the file functions): these
+ *   set the process-wide locale without a lock. With the GNU C library it is enough that the first such call returns
+ *   before other threads make theirs and that nobody sets another locale; elsewhere, one such call at a time.
+ *
+ * Shortages
+ *   No exception leaves the library. Where memory runs out, buffer conversions return 0, TQ_Init -2 and the file
+ *   functions -1, and later calls work. But a locale or a converter that the GNU C library could not read when first
+ *   asked, for want of memory or descriptors, it does without for the life of the process: where shortages are to be
+ *   outlived, make a first call of a locale route early.
  *
  * Example: GBK text in memory to UTF-8 (error handling left out)
  *
@@ -75,10 +82,12 @@ extern "C" {
  * be opened at all, the earlier ones stay in use.
  * Without a model, TQ_CodeDetect answers ENCODE_GBK for ASCII and ENCODE_UNKNOWN for everything else, two-byte
  * characters decode to U+0000 in TQ_ToUnicode, and all other routes work.
+ * A damaged model gives other answers but no crash. Once loaded, it may be replaced on disk.
+ * Threads: must not overlap any other call.
  */
 CODETRANS_API int TQ_Init(const char* sInitDir, const char* sReserved);
 
-/* Frees the model. Harmless when none is loaded. */
+/* Frees the model. Harmless when none is loaded. Threads: must not overlap any other call. */
 CODETRANS_API void TQ_Exit(void);
 
 /*
@@ -86,6 +95,7 @@ CODETRANS_API void TQ_Exit(void);
  * when there was none. Success does not clear it. Each call returns a new copy, which the library owns and
  * keeps for the life of the process (so do not call it in a loop): never free it. An empty constant text when
  * memory is short.
+ * Threads: any number; the text is the process's, so it may be that of another thread's failure.
  */
 CODETRANS_API const char* TQ_GetLastErrorMsg(void);
 
@@ -93,6 +103,7 @@ CODETRANS_API const char* TQ_GetLastErrorMsg(void);
  * Names the encoding of the nSrcLen bytes at pSrc, which need no terminator; nothing beyond them is read.
  * Returns ENCODE_GBK, ENCODE_BIG5, ENCODE_UTF8, ENCODE_UNICODE, or ENCODE_UNKNOWN when nothing fits.
  * Allocates nothing and may stop before the end of the text when the answer is beyond doubt.
+ * Threads: any number.
  */
 CODETRANS_API int TQ_CodeDetect(const char* pSrc, size_t nSrcLen);
 
@@ -114,6 +125,7 @@ CODETRANS_API int TQ_CodeDetect(const char* pSrc, size_t nSrcLen);
  * UTF8: nSrcLen and nDstSize are ignored. Bytes that begin no sequence of up to three bytes are skipped, four-byte
  * sequences vanish; continuation bytes are not checked.
  * UNICODE: pass nDstSize = nSrcLen to copy the source and no more.
+ * Threads: any number. GBK and BIG5 share a counter of lone lead bytes, which no function here shows.
  */
 CODETRANS_API size_t TQ_ToUnicode(const char* pSrc, size_t nSrcLen, char* pDst, size_t nDstSize, int nSrcCode);
 
@@ -136,6 +148,7 @@ CODETRANS_API size_t TQ_ToUnicode(const char* pSrc, size_t nSrcLen, char* pDst, 
  * TQ_ToUnicode, widen the code units to four bytes and come back with ENCODE_UNICODE.
  * UNICODE: nSrcLen counts four-byte units, not bytes, and nDstSize limits the units read, not the bytes written. A
  * zero unit ends the text that is copied but not the count; units above U+FFFF are dropped.
+ * Threads: GBK and BIG5 share the locale (see above); the others in any number.
  */
 CODETRANS_API size_t TQ_ToUtf8(const char* pSrc, size_t nSrcLen, char* pDst, size_t nDstSize, int nSrcCode);
 
@@ -156,6 +169,7 @@ CODETRANS_API size_t TQ_ToUtf8(const char* pSrc, size_t nSrcLen, char* pDst, siz
  * BIG5: is copied unchanged.
  * UNICODE: nSrcLen counts UTF-16LE code units, not bytes, and so does the result, whatever was written. What GBK
  * lacks becomes the bytes A1 A1, the euro sign the bytes 00 80.
+ * Threads: UTF8 shares the locale (see above); the others in any number.
  */
 CODETRANS_API size_t TQ_ToGBK(const char* pSrc, size_t nSrcLen, char* pDst, size_t nDstSize, int nSrcCode);
 
@@ -169,11 +183,14 @@ CODETRANS_API size_t TQ_ToGBK(const char* pSrc, size_t nSrcLen, char* pDst, size
  *
  * Returns the number of bytes written after the byte-order mark (0 when the encoding was not decided: the file
  * then holds the mark alone), or -1 when the source is missing, unreadable or empty (sDstFile is not touched),
- * sDstFile cannot be written, or memory is short. TQ_GetLastErrorMsg then tells which, and a line is appended to
- * the day's .err file in the current directory; only a source of nothing but zero bytes, and a directory, give -1
- * without a word.
+ * sDstFile cannot be opened, or memory is short (sDstFile is not touched). TQ_GetLastErrorMsg then tells which, and a
+ * line is appended to the day's .err file in the current directory; only a source of nothing but zero bytes, a
+ * directory, and a source that cannot be read from its beginning give -1 without a word.
+ * Errors while sDstFile is written, a full disk say, are not reported: the result is what it would be. A source that
+ * is cut short or cannot be read on meanwhile is converted as far as it came.
  * Memory: about six times the file's size of address space at once (eleven times when it is detected as UTF-16LE), of
  * which what the text needs is touched: 1.7 to 2.5 times the file where 100 MB were measured.
+ * Threads: all share the locale (see above).
  */
 CODETRANS_API int64_t TQ_ToGBKFile(const char* sSrcFile, const char* sDstFile);
 CODETRANS_API int64_t TQ_ToUnicodeFile(const char* sSrcFile, const char* sDstFile);
@@ -185,6 +202,7 @@ CODETRANS_API int64_t TQ_ToUtf8File(const char* sSrcFile, const char* sDstFile);
 /*
  * The three above with the target as an argument: ENCODE_UTF8, ENCODE_GBK or ENCODE_UNICODE. Any other value
  * leaves an empty sDstFile and returns 0. Exported with C++ linkage: C programs use the three.
+ * Threads: shares the locale (see above).
  */
 CODETRANS_API int64_t TQ_ToFile(const char* sSrcFile, const char* sDstFile, int nTargetCode);
 #endif

@@ -32,8 +32,6 @@ Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned
     return scores;
 }
 
-namespace
-{
 // Candidates in this order; a later one must beat the best sum so far, so ties go to the earlier. GBK, Big5
 // and UTF-8 also need positive nodes in proportion to the high bytes; one that is refused for lack of them
 // keeps its sum in the way of the rest. UTF-16LE needs ten positive nodes for each other one and refuses
@@ -56,7 +54,6 @@ int Decide(const Scores& s)
         code = ENCODE_UNICODE;
     return code;
 }
-}  // namespace
 
 int CodeTrans_CodeDetect(char const* buf, unsigned long len)
 {

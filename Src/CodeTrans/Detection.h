@@ -82,6 +82,9 @@ private:
 Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length);
 Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length);
 
+// The encoding code that the totals of a walk give.
+int Decide(const Scores& scores);
+
 // What is known beforehand about a node table (Shortcuts.cpp).
 struct PairEntry {
     int node;  // where the pair leads, or NO_NODE: take the bytes one by one; PAIR_LEAVES: go on so behind it

@@ -2,6 +2,8 @@
 //
 // The decoder rejects nothing: every byte of 80 and above takes the next byte with it, whatever that is, and
 // becomes the table's entry for the pair. Each byte, pair or lone lead byte becomes exactly one code unit.
+#include <atomic>
+
 #include "Bytes.h"
 #include "FastPaths.h"
 #include "STLCodeTrans.h"
@@ -24,7 +26,9 @@ const unsigned short* MappingTable(int encoding)
 unsigned long GBKBig5_ToUnicode(int encoding, char const* src, unsigned long srcLen, char* dst,
                                 unsigned long& dstLen)
 {
-    CodeTrans_iTransErrCnt = 0;
+    // Decodes that overlap make the count meaningless, and nothing else.
+    const std::atomic_ref<long> errors(CodeTrans_iTransErrCnt);
+    errors.store(0, std::memory_order_relaxed);
     const unsigned short* table = MappingTable(encoding);
     const auto* bytes = reinterpret_cast<const unsigned char*>(src);
     // The last place at which a code unit still fits. A capacity of 0 wraps to "no limit".
@@ -42,7 +46,7 @@ unsigned long GBKBig5_ToUnicode(int encoding, char const* src, unsigned long src
             StoreUnit16(dst + written, table != nullptr ? table[PairIndex(lead, trail)] : 0);
         } else {
             StoreUnit16(dst + written, UNDECODABLE);
-            ++CodeTrans_iTransErrCnt;
+            errors.fetch_add(1, std::memory_order_relaxed);
         }
     }
     dstLen = written;

@@ -21,14 +21,14 @@ constexpr int64_t FAILED = -1;
 
 struct Target {
     int code;
-    size_t (*convert)(const char*, size_t, char*, size_t, int);
+    unsigned long (*convert)(int, char const*, unsigned long, char*, unsigned long&);
     const char* byteOrderMark;
 };
 
 constexpr Target TARGETS[] = {
-    {ENCODE_UTF8, TQ_ToUtf8, UTF8_BYTE_ORDER_MARK},
-    {ENCODE_GBK, TQ_ToGBK, ""},
-    {ENCODE_UNICODE, TQ_ToUnicode, "\xFF\xFE"},
+    {ENCODE_UTF8, CodeTrans_ToUtf8, UTF8_BYTE_ORDER_MARK},
+    {ENCODE_GBK, CodeTrans_ToAnsi, ""},
+    {ENCODE_UNICODE, CodeTrans_ToUnicode, "\xFF\xFE"},
 };
 
 const Target* FindTarget(int code)
@@ -60,13 +60,17 @@ struct Buffers {
         std::string().swap(content);
     }
 
-    const char* Source() const { return padded != nullptr ? padded.get() : content.c_str(); }
+    int64_t Convert(const Target& target)
+    {
+        const char* const source = padded != nullptr ? padded.get() : content.c_str();
+        unsigned long room = capacity;
+        return static_cast<int64_t>(target.convert(code, source, length, output.get(), room));
+    }
 };
 
 int64_t FailWriting(const char* sDstFile)
 {
-    g_sLastErrorMessage = std::string("Fail writing file ") + sDstFile;
-    WriteError(g_sLastErrorMessage, nullptr);
+    ReportError(std::string("Fail writing file ") + sDstFile);
     return FAILED;
 }
 
@@ -79,17 +83,6 @@ std::string ReadSource(const char* sSrcFile)
     return content;
 }
 
-int64_t WriteConverted(FILE* file, const Target& target, const Buffers& buffers)
-{
-    const size_t converted = target.convert(buffers.Source(), buffers.length, buffers.output.get(),
-                                            buffers.capacity, buffers.code);
-    const auto result = static_cast<int64_t>(converted);
-    if (result == FAILED) return FAILED;
-    fwrite(target.byteOrderMark, 1, strlen(target.byteOrderMark), file);
-    fwrite(buffers.output.get(), 1, converted, file);
-    return result;
-}
-
 int64_t ConvertFile(const char* sSrcFile, const char* sDstFile, int nTargetCode)
 {
     std::string destination;
@@ -98,14 +91,17 @@ int64_t ConvertFile(const char* sSrcFile, const char* sDstFile, int nTargetCode)
     if (content.empty()) return FAILED;
 
     // Before the destination is opened, so that it stays as it was when memory is short.
-    const Buffers buffers(std::move(content));
-
-    FILE* const file = fopen(destination.c_str(), "wb");
-    if (file == nullptr) return FailWriting(sDstFile);
+    Buffers buffers(std::move(content));
     // An unknown target is no failure: the destination is left empty.
     const Target* const target = FindTarget(nTargetCode);
-    const int64_t result = target != nullptr ? WriteConverted(file, *target, buffers) : 0;
-    fclose(file);
+    const int64_t result = target != nullptr ? buffers.Convert(*target) : 0;
+
+    const File file(fopen(destination.c_str(), "wb"));
+    if (file == nullptr) return FailWriting(sDstFile);
+    if (target != nullptr && result != FAILED) {
+        fwrite(target->byteOrderMark, 1, strlen(target->byteOrderMark), file.get());
+        fwrite(buffers.output.get(), 1, static_cast<size_t>(result), file.get());
+    }
     return result;
 }
 }  // namespace

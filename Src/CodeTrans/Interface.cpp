@@ -37,8 +37,7 @@ int TQ_Init(const char* sInitDir, const char* /*sReserved*/)
         g_sDataPath = g_sDefaultDir + "/" + "Data";
         const std::string modelPath = g_sDataPath + "/CodeTrans.model";
         if (CodeTrans_Initialize(modelPath.c_str()) == 0) return LOADED;
-        g_sLastErrorMessage = modelPath + " load failure!";
-        WriteError(g_sLastErrorMessage, nullptr);
+        ReportError(modelPath + " load failure!");
     } catch (const std::bad_alloc&) {
     }
     return NOT_LOADED;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 
+#include "Bytes.h"
 #include "Detection.h"
 
 unsigned short* g_mapGBKToUnicode = nullptr;
@@ -31,10 +32,6 @@ enum LoadResult {
 // The node table that was loaded last and its size.
 const TrieNode* s_pLoadedTrie = nullptr;
 int s_nLoadedNodes = 0;
-
-struct CFileCloser {
-    void operator()(FILE* file) const { fclose(file); }
-};
 
 template <typename Element>
 bool ReadWhole(Element* elements, size_t count, FILE* file)
@@ -94,7 +91,7 @@ LoadResult ReadTables(FILE* file)
 
 int CodeTrans_Initialize(char const* path)
 {
-    const std::unique_ptr<FILE, CFileCloser> file(fopen(path, "rb"));
+    const File file(fopen(path, "rb"));
     if (file == nullptr) return NOT_OPENED;
     const LoadResult result = ReadTables(file.get());
     if (result != LOADED) CodeTrans_Destroy();

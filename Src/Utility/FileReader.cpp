@@ -52,25 +52,30 @@ bool CReadFile::Holds(const char* name)
 bool CReadFile::Open(const char* name)
 {
     while (m_nReaderCount >= 1) YieldProcessor();
+    // Whatever may throw stays outside the swap: half of one would leave other threads waiting, or the old
+    // name to the new file.
+    std::string opened = name;
     FILE* const file = fopen(name, "rb");
     if (file == nullptr) {
         m_bOpening = false;
-        WriteLog(std::string("Failed open file  ") + name, nullptr, false);
+        WriteLog("Failed open file  " + opened, nullptr, false);
         return false;
     }
 
-    const CMutexGuard guard(m_mutex);
-    m_bOpening = true;
-    if (m_fpFileRead != nullptr) fclose(m_fpFileRead);
-    m_fpFileRead = file;
-    m_nFileSize = FileSize(file);
-    if (m_nFileSize < 0) {
-        m_nFileSize = 0;
+    const long size = FileSize(file);
+    {
+        const CMutexGuard guard(m_mutex);
+        m_bOpening = true;
+        if (m_fpFileRead != nullptr) fclose(m_fpFileRead);
+        m_fpFileRead = file;
+        m_nFileSize = std::max(size, 0L);
+        m_sFileName.swap(opened);
+        m_bOpening = false;
+    }
+    if (size < 0) {
         WriteError("_fstat( _fileno(m_fpFileRead) failed", nullptr);
         WriteError(name, nullptr);
     }
-    m_sFileName = name;
-    m_bOpening = false;
     return true;
 }
 
@@ -121,8 +126,7 @@ long CReadFile::ReadFile(const char* name, std::string& content, long nOffset, u
         }
         content.clear();
     }
-    g_sLastErrorMessage = std::string("Error read file ") + name;
-    WriteError(g_sLastErrorMessage, nullptr);
+    ReportError(std::string("Error read file ") + name);
     return 0;
 }
 

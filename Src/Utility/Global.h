@@ -1,6 +1,7 @@
 // Process-wide state of the runtime support. Everything else lives on a stack or in a caller's buffer.
 //
-// The strings are ready before any call can run and stay until the process ends; no lock guards any of these.
+// The strings are ready before any call can run and stay until the process ends; no lock guards any of these
+// but the last-error text and the log path (ReportError, WriteLog).
 #ifndef GLOBAL_H
 #define GLOBAL_H
 

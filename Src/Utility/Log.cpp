@@ -18,10 +18,12 @@ std::string TimeStamp(const struct tm& local)
     return FormatTime(local, "%Y-%m-%d %H:%M:%S");
 }
 
-const char* DefaultLogDirectory()
+std::string DefaultLogDirectory()
 {
+    static pthread_mutex_t s_mutex = PTHREAD_MUTEX_INITIALIZER;
+    const CMutexGuard guard(s_mutex);
     if (g_sLogPath.empty()) g_sLogPath = CurrentDirectory();
-    return g_sLogPath.c_str();
+    return g_sLogPath;
 }
 
 void Print(const std::string& stamp, const std::string& message)
@@ -30,6 +32,8 @@ void Print(const std::string& stamp, const std::string& message)
 }
 }  // namespace
 
+// Callers link to this signature, so the message comes by value.
+// cppcheck-suppress passedByValue
 void WriteLog(std::string sMessage, const char* sLogDir, bool bError)
 {
     if (!g_bLog) return;
@@ -54,6 +58,7 @@ void WriteError(std::string sMessage, const char* sLogDir)
     WriteLog(std::move(sMessage), sLogDir, true);
 }
 
+// cppcheck-suppress passedByValue
 void WriteLog(FILE* stream, std::string sMessage)
 {
     const std::string stamp = TimeStamp(LocalTime(time(nullptr)));

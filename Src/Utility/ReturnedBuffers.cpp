@@ -17,6 +17,9 @@ constexpr size_t BATCH = KEEP * 5;
 constexpr size_t THRESHOLD = KEEP * 10;
 constexpr int ENCODE_TYPE_UTF8 = 1;
 
+// Threads may fail at one time, and one may ask meanwhile.
+pthread_mutex_t s_lastErrorMutex = PTHREAD_MUTEX_INITIALIZER;
+
 char* NewCopy(const char* text)
 {
     const size_t size = strlen(text) + 1;
@@ -81,10 +84,24 @@ void CBufferManager::ReleaseBuf(bool all)
     --m_nReleasing;
 }
 
+void ReportError(const std::string& message)
+{
+    std::string text = message;
+    {
+        const CMutexGuard guard(s_lastErrorMutex);
+        g_sLastErrorMessage.swap(text);
+    }
+    WriteError(message, nullptr);
+}
+
 const char* GetLastErrorMsg()
 {
-    std::string text = g_sLastErrorMessage;
-    if (g_nEncodeType == ENCODE_TYPE_UTF8) ANSIToUTF8(g_sLastErrorMessage.c_str(), text);
+    const auto lastError = [] {
+        const CMutexGuard guard(s_lastErrorMutex);
+        return g_sLastErrorMessage;
+    };
+    std::string text = lastError();
+    if (g_nEncodeType == ENCODE_TYPE_UTF8) ANSIToUTF8(std::string(text).c_str(), text);
     std::unique_ptr<char[]> copy(NewCopy(text.c_str()));
     if (g_pBufManager != nullptr) g_pBufManager->AddBuffer(copy.get());
     return copy.release();

@@ -104,6 +104,9 @@ private:
     std::atomic<int> m_nReleasing;
 };
 
+// Makes `message` the last-error text and appends it to the day's .err file. Any number of threads may.
+void ReportError(const std::string& message);
+
 // A new zero-terminated copy of the last-error text, in UTF-8 when g_nEncodeType is 1. Registered with
 // g_pBufManager where there is one; otherwise, as in this library, it stays allocated for the life of the
 // process.

@@ -6,6 +6,9 @@
 #ifndef TEST_FUZZ_H
 #define TEST_FUZZ_H
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <map>
 
 #include "../Unit/Support.h"
@@ -14,8 +17,12 @@
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size);
 
 // What must hold whatever the input is.
-#define REQUIRE(condition) \
-    if (!(condition)) fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #condition), abort()
+#define REQUIRE(condition)                                                             \
+    do {                                                                               \
+        if (condition) break;                                                          \
+        fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #condition); \
+        abort();                                                                       \
+    } while (false)
 
 class Input
 {

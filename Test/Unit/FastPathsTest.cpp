@@ -1,54 +1,21 @@
-// Every function with a fast form gives the same with and without it: conversions in place, every character
-// of the locale's encoding (at the end of readable memory), the walk over random automata. Random text:
-// Test/Fuzz.
+// Every function with a fast form gives the same with and without it, on text and automata drawn at random.
 #include <langinfo.h>
 
 #include <algorithm>
 #include <clocale>
-#include <functional>
 
 #include "../Oracles.h"
-#include "FastPaths.h"
+#include "../Routes.h"
 #include "Support.h"
 
 namespace
 {
 constexpr size_t AREA = 1 << 16;
 
-struct Route {
-    const char* name;
-    std::function<size_t(const char*, size_t, char*, size_t)> convert;
-};
-
-const Route ROUTES[] = {
-    {"GBK to UTF-16", [](auto s, auto n, auto d, auto c) { return TQ_ToUnicode(s, n, d, c, ENCODE_GBK); }},
-    {"Big5 to UTF-16", [](auto s, auto n, auto d, auto c) { return TQ_ToUnicode(s, n, d, c, ENCODE_BIG5); }},
-    {"UTF-8 to wide", [](auto s, auto n, auto d, auto c) { return TQ_ToUnicode(s, n, d, c, ENCODE_UTF8); }},
-    {"GBK to UTF-8", [](auto s, auto n, auto d, auto c) { return TQ_ToUtf8(s, n, d, c, ENCODE_GBK); }},
-    {"wide to UTF-8",
-     [](auto s, auto n, auto d, auto c) { return TQ_ToUtf8(s, n / 4, d, c, ENCODE_UNICODE); }},
-    {"UTF-8 to GBK", [](auto s, auto n, auto d, auto c) { return TQ_ToGBK(s, n, d, c, ENCODE_UTF8); }},
-    {"UTF-16 to GBK",
-     [](auto s, auto n, auto d, auto c) { return TQ_ToGBK(s, n / 2, d, c, ENCODE_UNICODE); }},
-};
-
 class FastPaths : public testing::Test
 {
 protected:
-    FastPaths()
-    {
-        if (!FastPathsOn()) return;
-        for (unsigned short** table : {&g_mapGBKToUnicode, &g_mapBig5ToUnicode}) {
-            *table = new unsigned short[MAPPING_ENTRIES];
-            for (unsigned i = 0; i < MAPPING_ENTRIES; ++i)
-                (*table)[i] = static_cast<unsigned short>(m_random());
-        }
-    }
-    ~FastPaths() override
-    {
-        UseForms(BestForms());
-        CodeTrans_Destroy();
-    }
+    ~FastPaths() override { UseForms(BestForms()); }
     void SetUp() override
     {
         if (!FastPathsOn()) GTEST_SKIP() << "this processor has the plain forms alone";
@@ -63,21 +30,44 @@ protected:
             memcpy(m_guarded.data() + AREA - text.size(), text.data(), text.size()));
     }
 
-    void Compare(const Route& route, const std::string& text)
+    // A character of one of eight kinds, in one encoding or another, or a stray byte.
+    std::string Piece(unsigned kind)
     {
-        const char* const source = Place(text + '\0');
-        const std::vector<char> before(4 * text.size() + 9, '\x5A');
-        std::vector<char> plain = before;
-        UseForms(Forms::PLAIN);
-        const size_t expected = route.convert(source, text.size(), plain.data(), 0);
-        for (const Forms forms : FastForms()) {
-            std::vector<char> fast = before;
-            UseForms(forms);
-            const size_t got = route.convert(source, text.size(), fast.data(), 0);
-            ASSERT_TRUE(got == expected && fast == plain)
-                << route.name << ", form " << static_cast<int>(forms) << ", text:\n"
-                << testing::PrintToString(text.substr(0, 300));
+        const auto byte = [](unsigned value) { return std::string(1, static_cast<char>(value)); };
+        const auto tail = [&] { return byte(0x80 + Random(0x40)); };
+        const unsigned unit = Random(9) == 0 ? 0x410 + Random(0x20) : 0x4E00 + Random(0x51A6);
+        const unsigned code = CodeTable[unit];
+        switch (kind) {
+            case 0:
+                return std::string(1 + Random(40), static_cast<char>(0x20 + Random(0x5F)));
+            case 1:
+                return byte(code >> 8) + byte(code & 0xFF);
+            case 2:
+                return byte(0xE0 + Random(16)) + tail() + tail();
+            case 3:
+                return Random(4) == 0 ? "\xC0\x80" : byte(0xC0 + Random(32)) + tail();
+            case 4:
+                return byte(0xF0 + Random(16)) + tail() + tail() + (Random(2) == 0 ? tail() : "");
+            case 5:
+                return byte(0xE0 | unit >> 12) + byte(0x80 | (unit >> 6 & 0x3F)) + byte(0x80 | (unit & 0x3F));
+            case 6:
+                return byte(unit & 0xFF) + byte(unit >> 8);
+            default:
+                return byte(Random(256));
         }
+    }
+
+    // Mostly one kind, with others strewn in, as text is.
+    std::string Text(size_t length)
+    {
+        const unsigned usual = Random(8), rarity = 1 + Random(60), wide = Random(2);
+        std::string text;
+        while (text.size() < length) {
+            text += Piece(Random(rarity) == 0 ? Random(8) : usual);
+            if (wide != 0 && text.size() % 4 == 2) text += std::string(2, Random(99) == 0 ? '\1' : '\0');
+        }
+        text.resize(length);
+        return text;
     }
 
     // Those of this processor.
@@ -87,19 +77,35 @@ protected:
         return {Forms::AVX2};
     }
 
+    LoadedModel m_model;
     ::Random m_random;
     GuardedBuffer m_guarded{AREA};
 };
+
+TEST_F(FastPaths, AgreeOnTextOfEveryShortLengthAndAroundWindows)
+{
+    std::vector<size_t> lengths;
+    for (size_t length = 0; length < 300; ++length) lengths.insert(lengths.end(), 12, length);
+    for (int i = 0; i < 1500; ++i) lengths.push_back(900 + Random(1500));
+    for (int i = 0; i < 60; ++i) lengths.push_back(Random(20000));
+    for (const Route& route : ROUTES)
+        for (const size_t length : lengths) {
+            std::string text = Random(3) > 0 ? Widened(Text(length), route) : Text(length);
+            if (route.isTerminated) std::replace(text.begin(), text.end(), '\0', ' ');
+            // Now and then a unit that is 0 or above U+FFFF.
+            if (route.unit == 4 && length > 0 && !text.empty() && Random(2) == 0)
+                text[Random(static_cast<unsigned>(text.size()))] = Random(2) == 0 ? '\0' : '\1';
+            for (const unsigned capacity : {0U, Random(static_cast<unsigned>(3 * length + 4))})
+                CompareForms(route, ForRoute(route, text), capacity, Random(256));
+        }
+}
 
 TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
 {
     std::string texts[2];  // without faults, in GBK and in UTF-8, longer than a window
     while (texts[1].size() < 5000) {
-        const wchar_t unit = static_cast<wchar_t>(0x4E00 + Random(0x51A6));
-        texts[0]
-            .append(1, static_cast<char>(CodeTable[unit] >> 8))
-            .append(1, static_cast<char>(CodeTable[unit]));
-        texts[1] += unicode_to_utf8(std::wstring(1, unit));
+        texts[0] += Piece(1);
+        texts[1] += Piece(5);
     }
     for (const Route& route : ROUTES)
         for (const size_t offset : {0U, 1U, 40U, 700U})
@@ -107,13 +113,16 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
                 std::string plain = text + std::string(20000, '\0');
                 const std::string before = plain;
                 UseForms(Forms::PLAIN);
-                const size_t expected = route.convert(plain.data(), 4000, plain.data() + offset, 15000);
+                const auto convert = [&](std::string& memory) {
+                    return route.convert(memory.data(), 4000 / route.unit, memory.data() + offset, 15000,
+                                         route.code);
+                };
+                const size_t expected = convert(plain);
                 for (const Forms forms : FastForms()) {
                     std::string fast = before;
                     UseForms(forms);
-                    EXPECT_EQ(route.convert(fast.data(), 4000, fast.data() + offset, 15000), expected)
-                        << route.name;
-                    EXPECT_TRUE(fast == plain) << route.name << " to an offset of " << offset;
+                    EXPECT_EQ(convert(fast), expected);
+                    EXPECT_TRUE(fast == plain) << &route - ROUTES << " to an offset of " << offset;
                 }
             }
     std::string ascii = std::string("AB").append(20, '\0');
@@ -122,28 +131,25 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
     EXPECT_EQ(ascii, std::string("A").append(21, '\0'));
 }
 
-// Where the C library has the locale, both forms of the locale routes must give what its own functions give.
+// Where the C library has the locale, all forms of the locale routes must give what its own functions give.
 TEST_F(FastPaths, AnswerAsTheCLibraryForEveryCharacter)
 {
     if (setlocale(LC_ALL, "zh_CN.gbk") == nullptr || std::string(nl_langinfo(CODESET)) != "GBK")
         GTEST_SKIP() << "no locale zh_CN.gbk";
     const std::string prefixes[] = {"", "abc", std::string(41, 'x'), "\xB0\xA1\xD6\xD0",
                                     std::string(1100, '\xB0')};
-    const auto check = [&](const Route& route, const std::string& text) {
-        for (const std::string& prefix : prefixes) ASSERT_NO_FATAL_FAILURE(Compare(route, prefix + text));
-    };
-    for (unsigned pair = 0x100; pair < 0x10000; ++pair) {
-        const char bytes[] = {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF), 0};
-        ASSERT_NO_FATAL_FAILURE(check(ROUTES[3], bytes));
-    }
-    for (unsigned unit = 1; unit < 0x10000; ++unit) {
-        unsigned char utf8[7] = {};
-        unicode_to_utf8_one(unit, utf8, 6);
-        const std::string text = reinterpret_cast<char*>(utf8);
-        ASSERT_NO_FATAL_FAILURE(Compare(ROUTES[5], text));
-        ASSERT_NO_FATAL_FAILURE(
-            Compare(ROUTES[5], "\xEF\xBB\xBF-\xE4\xB8\xAD" + text + std::string(40, '-')));
-    }
+    for (unsigned pair = 0x100; pair < 0x10000; ++pair)
+        for (const std::string& prefix : prefixes) {
+            const char bytes[] = {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF), 0};
+            CompareForms(ROUTES[GBK_TO_UTF8], ForRoute(ROUTES[GBK_TO_UTF8], prefix + bytes), 0, 0);
+        }
+    for (unsigned unit = 1; unit < 0x10000; ++unit)
+        for (const std::string prefix : {"", "\xEF\xBB\xBF-\xE4\xB8\xAD"}) {
+            unsigned char utf8[7] = {};
+            unicode_to_utf8_one(unit, utf8, 6);
+            const std::string text = prefix + reinterpret_cast<char*>(utf8) + std::string(40, '-');
+            CompareForms(ROUTES[UTF8_TO_GBK], ForRoute(ROUTES[UTF8_TO_GBK], text), 0, 0);
+        }
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -225,6 +231,9 @@ protected:
         const Scores plain = Walk(trie, nodeCount, source, text.size());
         const Scores fast = FastWalk(trie, nodeCount, source, text.size());
         ASSERT_TRUE(SameWalk(fast, plain)) << testing::PrintToString(text.substr(0, 300));
+        if (text.size() > 200) return;
+        ASSERT_EQ(Decide(plain), DetectionOracle({trie, trie + nodeCount}, text))
+            << testing::PrintToString(text);
     }
 
     static constexpr unsigned char ALPHABET[] = {'a', 'b', 0xB0, 0xB1, 0xD6, 0xE4, 0x80, 0xFF};
@@ -250,5 +259,17 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
     }
     DropShortcuts();
     EXPECT_GT(withShortcuts, 200U) << "the shortcuts were hardly tried";
+}
+
+TEST_F(FastWalking, AddsUpTheSameOnTheShippedModel)
+{
+    const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());
+    for (unsigned i = 0; i < 2000; ++i) {
+        if (i == 1000) {
+            EXPECT_NE(MakeShortcuts(g_pstTrieTable, nodeCount), nullptr);
+        }
+        const std::string text = Text(Random(i % 50 == 0 ? 20000 : 200));
+        ASSERT_NO_FATAL_FAILURE(CompareWalks(g_pstTrieTable, nodeCount, text));
+    }
 }
 }  // namespace

@@ -1,69 +1,9 @@
-// Loading: result codes by length, what a failure leaves behind, and the committed model's own guarantees.
+// The committed model's own guarantees.
 #include "Support.h"
 
 namespace
 {
 constexpr size_t TABLES = 4 * MAPPING_ENTRIES;
-const TrieNode LEAF = {1, -1, 0, TRIE_VALUE_NONE};
-
-class ModelLoading : public testing::Test
-{
-protected:
-    ~ModelLoading() override { CodeTrans_Destroy(); }
-    static int Load(const std::string& bytes)
-    {
-        WriteBytes("m", bytes);
-        return CodeTrans_Initialize("m");
-    }
-    static bool NothingLoaded()
-    {
-        return g_mapGBKToUnicode == nullptr && g_mapBig5ToUnicode == nullptr && g_pstTrieTable == nullptr;
-    }
-    TempFolder m_folder;
-};
-
-TEST_F(ModelLoading, ResultFollowsFromTheLength)
-{
-    const std::string whole = ModelBytes({LEAF, LEAF}, 2);
-    const struct {
-        size_t size;
-        int result;
-    } cases[] = {{0, -1},          {TABLES / 2 - 1, -1},  {TABLES / 2, -2},
-                 {TABLES - 1, -2}, {TABLES, -3},          {TABLES + 3, -3},
-                 {TABLES + 4, -4}, {TABLES + 4 + 31, -4}, {TABLES + 4 + 32, 0}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Load(whole.substr(0, c.size)), c.result) << c.size;
-        EXPECT_EQ(NothingLoaded(), c.result != 0) << c.size;
-        CodeTrans_Destroy();
-        EXPECT_TRUE(NothingLoaded());
-    }
-    EXPECT_EQ(Load(whole + "more"), 0);
-    CodeTrans_Destroy();
-    EXPECT_EQ(Load(ModelBytes({}, 0)), 0);
-    EXPECT_NE(g_pstTrieTable, nullptr);
-    CodeTrans_Destroy();
-    EXPECT_EQ(Load(ModelBytes({}, -1)), -127);
-    EXPECT_TRUE(NothingLoaded());
-    EXPECT_EQ(CodeTrans_Initialize(m_folder.Path().c_str()), -1) << "a directory opens but cannot be read";
-}
-
-TEST_F(ModelLoading, OnlyAMissingFileKeepsAnEarlierModel)
-{
-    ASSERT_EQ(Load(ModelBytes({LEAF}, 1)), 0);
-    const TrieNode* const trie = g_pstTrieTable;
-    EXPECT_EQ(CodeTrans_Initialize("missing"), -1);
-    EXPECT_EQ(g_pstTrieTable, trie);
-
-    const std::vector<void*> earlier = {g_mapGBKToUnicode, g_mapBig5ToUnicode, g_pstTrieTable};
-    EXPECT_EQ(Load("short"), -1);
-    EXPECT_TRUE(NothingLoaded());
-    // Tables that a second load replaces stay allocated; the test frees them.
-    delete[] static_cast<unsigned short*>(earlier[0]);
-    delete[] static_cast<unsigned short*>(earlier[1]);
-    delete[] static_cast<TrieNode*>(earlier[2]);
-    CodeTrans_Destroy();
-    CodeTrans_Destroy();
-}
 
 TEST(CommittedModel, KeepsWhatTheWalkNeeds)
 {

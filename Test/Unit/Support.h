@@ -21,10 +21,10 @@
 // The sanitizers bring an allocator of their own, which needs more memory and keeps other books.
 constexpr bool IsSanitized()
 {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     return true;
 #elif defined(__has_feature)
-    return __has_feature(address_sanitizer);
+    return __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
     return false;
 #endif
@@ -42,14 +42,6 @@ class Random : public std::mt19937
 public:
     Random() : Random(ChooseSeed()) {}
     unsigned Below(unsigned bound) { return static_cast<unsigned>((*this)() % bound); }
-    std::string Text(size_t size, const std::string& alphabet)
-    {
-        std::string text(size, '\0');
-        for (char& c : text)
-            c = alphabet.empty() ? static_cast<char>(Below(256))
-                                 : alphabet[Below(static_cast<unsigned>(alphabet.size()))];
-        return text;
-    }
 
 private:
     explicit Random(unsigned seed) : std::mt19937(seed) { printf("seed: CODETRANS_TEST_SEED=%u\n", seed); }

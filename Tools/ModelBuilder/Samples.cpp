@@ -38,11 +38,13 @@ void InsertRun(std::wstring& text, CRandom& random)
     const bool same = random.Chance(40);
     const size_t at = random.Below(static_cast<uint32_t>(text.size() + 1));
     std::wstring run;
-    for (size_t i = 0; i < length; ++i)
-        run += i > 0 && same
-                   ? run.back()
-                   : static_cast<wchar_t>(
-                         range[0] + static_cast<wchar_t>(random.Below(static_cast<uint32_t>(range[1]))));
+    wchar_t drawn = 0;
+    for (size_t i = 0; i < length; ++i) {
+        if (i == 0 || !same)
+            drawn = static_cast<wchar_t>(range[0] +
+                                         static_cast<wchar_t>(random.Below(static_cast<uint32_t>(range[1]))));
+        run += drawn;
+    }
     text.insert(at, run);
 }
 
