@@ -34,14 +34,12 @@ const struct Route {
     {TQ_ToGBK, ENCODE_UNICODE, &Text::utf16, &Text::gbk, 2},
 };
 
-std::string FromGbk(const char* to, std::string gbk)
+std::string FromGbk(iconv_t converter, std::string gbk)
 {
-    const iconv_t converter = iconv_open(to, "GBK");
     std::string out(8, '\0');
     char *in = gbk.data(), *end = out.data();
     size_t left = gbk.size(), room = out.size();
     const bool isCharacter = iconv(converter, &in, &left, &end, &room) == 0;
-    iconv_close(converter);
     return isCharacter ? out.substr(0, out.size() - room) : "";
 }
 
@@ -49,12 +47,15 @@ std::string FromGbk(const char* to, std::string gbk)
 std::vector<Text> Characters()
 {
     std::vector<Text> characters;
+    const iconv_t utf8 = iconv_open("UTF-8", "GBK"), utf16 = iconv_open("UTF-16LE", "GBK"),
+                  wide = iconv_open("UTF-32LE", "GBK");
     for (unsigned code = 0x20; code < 0xFF00; code = code == 0x7E ? 0x8140 : code + 1) {
         std::string gbk(1, static_cast<char>(code & 0xFF));
         if (code >= 0x80) gbk.insert(0, 1, static_cast<char>(code >> 8));
-        const Text text = {gbk, FromGbk("UTF-8", gbk), FromGbk("UTF-16LE", gbk), FromGbk("UTF-32LE", gbk)};
+        const Text text = {gbk, FromGbk(utf8, gbk), FromGbk(utf16, gbk), FromGbk(wide, gbk)};
         if (!text.utf8.empty()) characters.push_back(text);
     }
+    for (const iconv_t converter : {utf8, utf16, wide}) iconv_close(converter);
     return characters;
 }
 
