@@ -93,8 +93,10 @@ bool Any(const std::vector<std::string>& arguments, const std::string& what)
 }  // namespace
 
 // The linker puts the first in the place of Workers::Run, which becomes the second.
-extern "C" void __wrap__ZNK7Workers3RunEv(const Workers* workers);
-extern "C" void __real__ZNK7Workers3RunEv(const Workers* workers);
+extern "C" {
+void __wrap__ZNK7Workers3RunEv(const Workers* workers);  // NOLINT(bugprone-reserved-identifier)
+void __real__ZNK7Workers3RunEv(const Workers* workers);  // NOLINT(bugprone-reserved-identifier)
+}
 
 void __wrap__ZNK7Workers3RunEv(const Workers* workers)
 {
@@ -116,6 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     MakeFiles(input.Rest());
     Redirect();
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     const auto before = Files();
