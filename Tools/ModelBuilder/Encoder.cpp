@@ -18,7 +18,8 @@ std::vector<uint16_t> Inverse(const std::vector<uint16_t>& mapping)
                 const auto pair = static_cast<uint16_t>(lead << 8 | trail);
                 const uint16_t code =
                     mapping[PairIndex(static_cast<unsigned char>(lead), static_cast<unsigned char>(trail))];
-                if (code != UNDEFINED_CODE && pairs[code] == 0) pairs[code] = pair;
+                const bool isHanziAsSign = lead >= 0xA1 && lead <= 0xA3 && code >= 0x4E00 && code < 0xA000;
+                if (code != UNDEFINED_CODE && pairs[code] == 0 && !isHanziAsSign) pairs[code] = pair;
             }
     };
     take(0xA1, 0xFE);
@@ -81,4 +82,26 @@ std::string CEncoder::Encode(Candidate candidate, const std::wstring& text) cons
         }
     }
     return bytes;
+}
+
+std::wstring CEncoder::Decode(Candidate candidate, const std::string& bytes) const
+{
+    std::wstring text;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        const auto first = static_cast<unsigned char>(bytes[i]);
+        if (candidate != CANDIDATE_UNICODE && first < 0x80) {
+            text += static_cast<wchar_t>(first);
+            continue;
+        }
+        if (++i == bytes.size()) return L"";
+        const auto second = static_cast<unsigned char>(bytes[i]);
+        if (candidate == CANDIDATE_UNICODE) {
+            text += static_cast<wchar_t>(second << 8 | first);
+            continue;
+        }
+        const uint16_t code = (candidate == CANDIDATE_GBK ? m_gbk : m_big5)[PairIndex(first, second)];
+        if (second < 0x40 || code == UNDEFINED_CODE) return L"";
+        text += static_cast<wchar_t>(code);
+    }
+    return text;
 }

@@ -1,7 +1,8 @@
 // The mapping tables as text, and from them the encoding of training text in each of the four encodings.
 //
 // A pair that no table defines decodes to U+FFFD. Of several pairs for one character the encoder takes the
-// lowest with a lead byte of A1 and above, as other programs do, and only then the lowest of all.
+// lowest with a lead byte of A1 and above, as other programs do, and only then the lowest of all; never one
+// among Big5's signs for a hanzi, since those two have a place among the hanzi too.
 #ifndef MODEL_BUILDER_ENCODER_H
 #define MODEL_BUILDER_ENCODER_H
 
@@ -34,6 +35,9 @@ public:
 
     // Encodes `text`; characters that the encoding lacks are left out.
     std::string Encode(Candidate candidate, const std::wstring& text) const;
+
+    // What `bytes` are in GBK, Big5 or UTF-16LE; empty where they are no whole characters of it.
+    std::wstring Decode(Candidate candidate, const std::string& bytes) const;
 
 private:
     std::vector<uint16_t> m_gbk, m_big5;            // pair to character
