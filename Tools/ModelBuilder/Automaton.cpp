@@ -31,7 +31,7 @@ void AddState(States& states, Region region, const std::string& path)
 States BasicStates()
 {
     States states;
-    for (const char region : std::string("012345678CDEFGMNOPSTUXYZabcdefghstuv"))
+    for (const char region : std::string("012345678CDEFGMNOPQRSTUXYZabcdefghstuv"))
         AddState(states, static_cast<Region>(region), "");
     for (int byte = 0; byte < 256; ++byte)
         for (const Region region : {REGION_START, REGION_MAIN})
@@ -129,6 +129,8 @@ StateName FallBack(const StateName& state)
             return path.empty() ? StateName{REGION_MAIN, ""} : WithinForeign(path);
         case REGION_FOREIGN_TRAIL:
             return {REGION_FOREIGN, ""};
+        case REGION_SIGN_THIRD:
+        case REGION_SIGN_LAST:
         case REGION_LOW_HALF:
         case REGION_HIGH_HALF:
             return {REGION_MAIN, ""};
@@ -149,9 +151,19 @@ StateName ExistingFallBack(const States& states, const StateName& state)
 {
     const auto known = states.find(state);
     if (known != states.end() && known->second.onward != BY_RULE) return {known->second.onward, ""};
+    if (state.region == REGION_START && state.path.size() > 1) {
+        const StateName parent{REGION_START, state.path.substr(0, state.path.size() - 1)};
+        return Step(states, ExistingFallBack(states, parent), state.path.back());
+    }
     StateName target = FallBack(state);
     while (!states.contains(target)) target = FallBack(target);
     return target;
+}
+
+StateName Step(const States& states, StateName state, char byte)
+{
+    while (!states.contains({state.region, state.path + byte})) state = ExistingFallBack(states, state);
+    return {state.region, state.path + byte};
 }
 
 void InheritValues(States& states, const States& before)

@@ -2,7 +2,8 @@
 //
 // A state is a region and the bytes read since the region's root. Regions stand for what the bytes may be so
 // far:
-// - 0: the start of the buffer, where a byte-order mark may stand; each state falls back to its twin in M
+// - 0: the start of the buffer, where a byte-order mark may stand, and short texts have states of their own
+//   (ShortTexts.h); each state falls back to its twin, the one that its bytes lead to otherwise
 // - M: in step with two-byte text; a third byte completes a UTF-8 character or begins a known sequence
 // - G: the root that awaits the third byte of a UTF-8 character that has no state of its own
 // - C: a UTF-8 character ended, or its last byte was the lead byte of a pair
@@ -21,6 +22,7 @@
 //   (AsciiStart.h)
 // - Y, Z: the same behind a pair that is ASCII beyond doubt, wherever it stands
 // - S, T: the low and the high byte of a UTF-16LE unit that ends a character beyond U+FFFF
+// - Q, R: the third and the last byte of a sign beyond U+FFFF in UTF-8
 // - O: behind a zero unit: the text's end, or data with gaps
 // - N: text that is none of ours (Foreign.h); P: its second byte of two; 1-4: it may be ours again
 // - a-d: behind a piece of text that hints at one of the four encodings; e-h: the same on the next line
@@ -53,6 +55,8 @@ enum Region : char {
     REGION_FOREIGN = 'N',
     REGION_ZEROS = 'O',
     REGION_FOREIGN_TRAIL = 'P',
+    REGION_SIGN_THIRD = 'Q',
+    REGION_SIGN_LAST = 'R',
     REGION_LOW_HALF = 'S',
     REGION_HIGH_HALF = 'T',
     REGION_SECOND = 'U',
@@ -115,6 +119,9 @@ States BasicStates();
 
 // The state that a failure leads to: the rules are followed until they name one that exists.
 StateName ExistingFallBack(const States& states, const StateName& state);
+
+// The state that the walk is in after `state` and `byte`.
+StateName Step(const States& states, StateName state, char byte);
 
 // Gives each state that was not in `before` the value of the state that the walk would be in without it. To
 // be done before any of the new ones is sent onward.

@@ -13,9 +13,12 @@ const char* const CLASSES[] = {"hans-prose",   "hans-tech", "hans-words", "hant-
 size_t DrawLength(CRandom& random)
 {
     const uint32_t kind = random.Below(100);
-    if (kind < 44) return 1 + random.Below(4);
-    if (kind < 66) return 5 + random.Below(8);
-    if (kind < 84) return 13 + random.Below(20);
+    if (kind < 6) return 1;
+    if (kind < 30) return 2;
+    if (kind < 44) return 3;
+    if (kind < 54) return 4;
+    if (kind < 72) return 5 + random.Below(8);
+    if (kind < 86) return 13 + random.Below(20);
     if (kind < 96) return 33 + random.Below(64);
     return 100 + random.Below(400);
 }
@@ -147,10 +150,11 @@ std::wstring CSampleSource::Sparse(bool traditional, size_t length, CRandom& ran
 
 void CSampleSource::AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const
 {
-    if (random.Chance(3)) InsertRun(text, random);
+    const bool isShort = text.size() <= 4;  // where one oddity would be all there is
+    if (!isShort && random.Chance(3)) InsertRun(text, random);
     if (text.size() > 16 && random.Chance(4)) InsertEscapes(text, random);
     if (random.Chance(25)) EndLinesAsWindows(text);
-    if (random.Chance(12))
+    if (!isShort && random.Chance(12))
         for (wchar_t& c : text) {  // now and then a character that no statistics hold
             if (c < 0x4E00 || c > 0x9FFF || !random.Chance(12)) continue;
             const uint32_t kind = random.Below(10);

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <unordered_map>
 
+#include "Likelihood.h"
 #include "Shape.h"
 
 namespace
@@ -16,6 +17,9 @@ using Weights = std::array<double, CANDIDATES>;
 constexpr double UNITS_A_NAT = 3.0;  // digits stand for thirds of a nat; finer or coarser changes little
 constexpr double LEARNING_RATE = 0.25;
 constexpr double GROUP_RATE = 0.05;
+constexpr double COUNTED_RATE = 0.05;   // of what starts from the statistics
+constexpr double LEAST_COUNTED = 1e-7;  // share that a pair has in every encoding
+constexpr double MOST_AGAINST = -8.0;   // nats
 // A pair of a smaller share of its encoding's pairs does not count for it.
 constexpr double LEAST_SHARE = 2e-6;
 // An ASCII state that ASCII visits so many times as often as UTF-16LE may say no to UTF-16LE.
@@ -31,16 +35,17 @@ double Exp(double x)
     return y;
 }
 
-// The classes of Chinese text and their shares in what the detector will meet.
-constexpr std::pair<const char*, double> CHINESE_CLASSES[] = {{"hans-prose", 0.5}, {"hans-tech", 0.2},
-                                                              {"hans-words", 0.3}, {"hant-prose", 0.5},
-                                                              {"hant-tech", 0.2},  {"hant-words", 0.3}};
-
-// Two pairs in a row that may have a state of their own: nothing of UTF-8 or after ASCII, which other regions
-// follow.
-bool IsSequence(const std::string& bytes)
+// The natural logarithm of x > 0, by basic operations as well: halve or double towards 1, then the series.
+double Log(double x)
 {
-    return bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !StartsWithUtf8Character(bytes);
+    constexpr double LN2 = 0.69314718055994531;
+    int doubled = 0;
+    for (; x > 1.5; x /= 2) ++doubled;
+    for (; x < 0.75; x *= 2) --doubled;
+    const double t = (x - 1) / (x + 1);
+    double sum = 0, power = t;
+    for (int i = 1; i < 30; i += 2, power *= t * t) sum += power / i;
+    return 2 * sum + doubled * LN2;
 }
 
 // Punctuation and full-width forms of GBK and Big5.
@@ -86,26 +91,27 @@ struct Parameter {
     }
 };
 
-// One state that carries a value. Its weight is the sum of up to three parameters: its own, its group's, and
-// for a sequence of two pairs those of the second pair.
+// Two bytes that may stand in UTF-8 as well.
+bool IsPartOfUtf8(const std::string& pair)
+{
+    return IsUtf8Lead(ByteAt(pair, 0)) && IsUtf8Tail(ByteAt(pair, 1));
+}
+
+// One state that carries a value. Its weight is its own plus its group's, if it has one.
 struct Feature {
     const StateName* name;
-    std::array<int, 3> terms = {-1, -1, -1};
+    int own = -1, group = -1;
     bool ascii = false, silent = false, pair = false;
+    bool counted = false;  // a pair of the two-byte encodings alone: the statistics say it all
     std::array<uint32_t, CANDIDATES> seen{};  // visits in training
 };
 
 class CTrainer
 {
 public:
-    CTrainer(const CSampleSource& source, const CEncoder& encoder) : m_source(source), m_encoder(encoder) {}
-
-    // Takes up a set of states; what was learned about states of the same name before is kept.
-    void Adopt(const States& states)
+    CTrainer(const States& states, const CSampleSource& source, const CEncoder& encoder)
+        : m_source(source), m_encoder(encoder), m_likelihood(source, encoder)
     {
-        std::map<StateName, Feature> before;
-        for (const Feature& feature : m_features) before.emplace(*feature.name, feature);
-        m_features.clear();
         const PackedTrie packed = PackStates(LinkStates(states));
         m_nodes = packed.nodes;
         m_feature.assign(m_nodes.size(), -1);
@@ -114,35 +120,24 @@ public:
             const auto node = static_cast<size_t>(packed.nodeOf[number++]);
             if (!CarriesValue(name)) continue;
             m_feature[node] = static_cast<int>(m_features.size());
-            const auto known = before.find(name);
-            m_features.push_back(known == before.end() ? NewFeature(name) : known->second);
-            m_features.back().name = &name;
+            m_features.push_back(NewFeature(name));
         }
     }
 
-    void Train(uint64_t samples, uint64_t seed, bool last)
+    void Train(const TrainingPlan& plan)
     {
-        CRandom random(seed);
+        CRandom random(plan.seed);
         uint64_t wrong = 0;
-        for (uint64_t n = 1; n <= samples; ++n) {
-            const double rate = !last || n * 10 < samples * 6 ? 1.0 : n * 10 < samples * 9 ? 0.3 : 0.1;
+        for (uint64_t n = 1; n <= plan.samples; ++n) {
+            const double rate = n * 10 < plan.samples * 7 ? 1.0 : n * 10 < plan.samples * 9 ? 0.3 : 0.1;
             wrong += Learn(m_source.Draw(random), rate);
+            if (n == plan.samples / 3 || n == plan.samples) SilenceDoubtfulAscii();
             if (n % 500'000 == 0) {
                 std::cerr << n / 1000 << "k samples, " << static_cast<double>(wrong) / 5000.0
                           << " % of the last wrong\n";
                 wrong = 0;
             }
         }
-        SilenceDoubtfulAscii();
-    }
-
-    // How unsure the present weights are that `bytes` are in `answer`: 1 minus the share that they give it.
-    double Doubt(const std::string& bytes, Candidate answer)
-    {
-        Walk(bytes);
-        Weights sum{};
-        for (const size_t f : m_visited) Add(sum, f);
-        return -Shares(sum, answer)[answer];
     }
 
     void Round(States& states)
@@ -158,29 +153,38 @@ public:
     }
 
 private:
-    int ParameterOf(const std::string& key)
-    {
-        const auto [found, isNew] = m_parameterOf.emplace(key, static_cast<int>(m_parameters.size()));
-        if (isNew) m_parameters.emplace_back();
-        return found->second;
-    }
-
     Feature NewFeature(const StateName& name)
     {
         Feature feature{&name};
         feature.ascii = IsAscii(name);
         feature.pair = name.region == REGION_MAIN && name.path.size() == 2;
-        const std::string prefix = feature.ascii ? "ascii " : "";
-        feature.terms[0] = ParameterOf(std::string("own ") + static_cast<char>(name.region) + name.path);
-        if (name.region == REGION_MAIN && name.path.size() == 4) {
-            const StateName second{REGION_MAIN, name.path.substr(2)};
-            feature.terms[1] =
-                ParameterOf(std::string("own ") + static_cast<char>(REGION_MAIN) + second.path);
-            feature.terms[2] = ParameterOf("group " + GroupOf(second));
-        } else {
-            feature.terms[1] = ParameterOf("group " + prefix + GroupOf(name));
+        feature.own = static_cast<int>(m_parameters.size());
+        m_parameters.emplace_back();
+        if (feature.pair && ByteAt(name.path, 0) >= 0x80) {
+            m_parameters.back().weight = PriorOf(name.path);
+            feature.counted = !IsPartOfUtf8(name.path);
         }
+        if (!feature.counted) feature.group = GroupParameter((feature.ascii ? "ascii " : "") + GroupOf(name));
         return feature;
+    }
+
+    int GroupParameter(const std::string& group)
+    {
+        const auto [found, isNew] = m_groups.emplace(group, static_cast<int>(m_parameters.size()));
+        if (isNew) m_parameters.emplace_back();
+        return found->second;
+    }
+
+    // What a pair says by itself. Training alone hardly meets a rare one where it matters.
+    Weights PriorOf(const std::string& pair) const
+    {
+        CandidateShares shares = m_likelihood.Of(pair);
+        double mean = 0;
+        for (const Candidate c : PAIR_CANDIDATES) mean += (shares[c] += LEAST_COUNTED) / 3;
+        Weights prior{};
+        for (const Candidate c : PAIR_CANDIDATES) prior[c] = std::max(Log(shares[c] / mean), MOST_AGAINST);
+        if (!IsPartOfUtf8(pair)) prior[CANDIDATE_UTF8] = MOST_AGAINST;
+        return prior;
     }
 
     // Whether an ASCII state speaks against UTF-16LE without being a stranger to it: a negative digit would
@@ -194,10 +198,23 @@ private:
         return seen[CANDIDATE_UNICODE] > 3 && others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
     }
 
-    // Whether a unit of UTF-16LE is a hanzi that dictionaries have.
-    bool IsWellKnown(const std::string& unit) const
+    static wchar_t UnitOf(const std::string& pair)
     {
-        const auto character = static_cast<wchar_t>(ByteAt(unit, 1) << 8 | ByteAt(unit, 0));
+        return static_cast<wchar_t>(ByteAt(pair, 1) << 8 | ByteAt(pair, 0));
+    }
+
+    // Whether a unit of UTF-16LE is a character that Chinese text may have.
+    bool IsKnown(const std::string& pair) const
+    {
+        const wchar_t character = UnitOf(pair);
+        return character < 0x180 || m_encoder.Has(CANDIDATE_GBK, character) ||
+               m_encoder.Has(CANDIDATE_BIG5, character);
+    }
+
+    // Whether a unit of UTF-16LE is a hanzi that dictionaries have.
+    bool IsWellKnown(const std::string& pair) const
+    {
+        const wchar_t character = UnitOf(pair);
         const unsigned gbk = m_encoder.Pair(CANDIDATE_GBK, character),
                        big5 = m_encoder.Pair(CANDIDATE_BIG5, character);
         return (gbk >= 0xB0A1 && gbk < 0xF800 && (gbk & 0xFF) >= 0xA1) || (big5 >= 0xA440 && big5 < 0xC680);
@@ -244,7 +261,7 @@ private:
         Weights sum{};
         bool asciiOnly = true;
         for (const size_t f : m_visited) {
-            Add(sum, f);
+            Add(sum, m_features[f]);
             asciiOnly = asciiOnly && m_features[f].ascii;
             ++m_features[f].seen[sample.answer];
         }
@@ -265,9 +282,9 @@ private:
         return share;
     }
 
-    void Add(Weights& sum, size_t f) const
+    void Add(Weights& sum, const Feature& feature) const
     {
-        for (const int term : m_features[f].terms)
+        for (const int term : {feature.own, feature.group})
             for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c)
                 sum[c] += m_parameters[static_cast<size_t>(term)].weight[c];
     }
@@ -275,23 +292,19 @@ private:
     Weights Total(const Feature& feature) const
     {
         Weights w{};
-        for (const int term : feature.terms)
-            for (size_t c = 0; term >= 0 && c < CANDIDATES; ++c)
-                w[c] += m_parameters[static_cast<size_t>(term)].weight[c];
+        Add(w, feature);
         return w;
     }
 
     void Step(const Feature& feature, const Weights& gradient, double rate)
     {
-        for (size_t t = 0; t < feature.terms.size(); ++t) {
-            if (feature.terms[t] < 0) continue;
-            Parameter& parameter = m_parameters[static_cast<size_t>(feature.terms[t])];
-            const bool own = t == 0 || (t == 1 && feature.terms[2] >= 0);
-            for (size_t c = 0; c < CANDIDATES; ++c) {
-                if (feature.ascii && c != CANDIDATE_UNICODE) continue;
-                if (feature.pair && c == CANDIDATE_UTF8) continue;  // half a character, or none
-                parameter.Step(c, gradient[c], (own ? LEARNING_RATE : GROUP_RATE) * rate);
-            }
+        for (size_t c = 0; c < CANDIDATES; ++c) {
+            if (feature.ascii && c != CANDIDATE_UNICODE) continue;
+            if (feature.pair && c == CANDIDATE_UTF8) continue;  // half a character, or none
+            m_parameters[static_cast<size_t>(feature.own)].Step(
+                c, gradient[c], (feature.counted ? COUNTED_RATE : LEARNING_RATE) * rate);
+            if (feature.group >= 0)
+                m_parameters[static_cast<size_t>(feature.group)].Step(c, gradient[c], GROUP_RATE * rate);
         }
     }
 
@@ -333,7 +346,8 @@ private:
     {
         const uint32_t seen = feature.seen[CANDIDATE_UNICODE];
         if (!feature.pair) return seen > 0 || EndsAsHanzi(*feature.name);
-        return EndsAsHanzi(*feature.name) || (seen > 0 && EndsAsSign(*feature.name)) ||
+        return EndsAsHanzi(*feature.name) ||
+               (seen > 0 && EndsAsSign(*feature.name) && IsKnown(feature.name->path)) ||
                seen > LEAST_SHARE * m_all[CANDIDATE_UNICODE];
     }
 
@@ -365,60 +379,22 @@ private:
 
     const CSampleSource& m_source;
     const CEncoder& m_encoder;
+    CLikelihood m_likelihood;
     std::vector<TrieNode> m_nodes;
     std::vector<int> m_feature;  // by node; -1 for none
     std::vector<Feature> m_features;
     std::vector<Parameter> m_parameters;
     Weights m_all{};  // visits of pairs in training
-    std::unordered_map<std::string, int> m_parameterOf;
+    std::unordered_map<std::string, int> m_groups;
     std::vector<size_t> m_visited;
 };
-
-struct Sequence {
-    double gain;
-    std::string bytes;
-};
-
-// Sequences of two pairs by the errors that they could save: how often they occur times the doubt without
-// them.
-std::vector<Sequence> SequencesByGain(CTrainer& trainer, const CSampleSource& source, const CEncoder& encoder)
-{
-    std::map<std::string, double> gains;
-    for (const auto& [name, weight] : CHINESE_CLASSES) {
-        const bool traditional = std::string(name).starts_with("hant");
-        const Statistics& statistics = source.Counted(name);
-        double all = 0;
-        for (const auto& [first, entry] : statistics.characters) all += entry.total;
-        for (const auto& [first, entry] : statistics.characters)
-            for (const auto& [second, count] : entry.next)
-                for (const Candidate candidate : {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UNICODE}) {
-                    if (candidate == CANDIDATE_BIG5 && !traditional) continue;
-                    const std::string bytes = encoder.Encode(candidate, {first, second});
-                    if (!IsSequence(bytes)) continue;
-                    const double share = candidate != CANDIDATE_GBK ? 0.5 : traditional ? 0.25 : 0.75;
-                    gains[bytes] += weight * share * count / all * trainer.Doubt(bytes, candidate);
-                }
-    }
-    std::vector<Sequence> sequences;
-    sequences.reserve(gains.size());
-    for (const auto& [bytes, gain] : gains) sequences.push_back({gain, bytes});
-    std::stable_sort(sequences.begin(), sequences.end(),
-                     [](const Sequence& a, const Sequence& b) { return a.gain > b.gain; });
-    return sequences;
-}
 
 }  // namespace
 
 void TrainValues(States& states, const CSampleSource& source, const CEncoder& encoder,
                  const TrainingPlan& plan)
 {
-    CTrainer trainer(source, encoder);
-    trainer.Adopt(states);
-    trainer.Train(plan.samples / 3, plan.seed, false);
-    std::vector<Sequence> sequences = SequencesByGain(trainer, source, encoder);
-    sequences.resize(std::min(sequences.size(), plan.sequences));
-    for (const Sequence& sequence : sequences) AddState(states, REGION_MAIN, sequence.bytes);
-    trainer.Adopt(states);
-    trainer.Train(plan.samples - plan.samples / 3, plan.seed + 1, true);
+    CTrainer trainer(states, source, encoder);
+    trainer.Train(plan);
     trainer.Round(states);
 }

@@ -1,6 +1,7 @@
 // Training of the states' values: multinomial logistic regression over the states that a sample visits.
 //
 // A state's weight for an encoding is its own plus its group's, so that rare states inherit from their like.
+// A pair that only the two-byte encodings have starts from its share in each of them and learns slowly.
 // States that ASCII alone can enter tell UTF-16LE from the rest and nothing else. All arithmetic is IEEE
 // double with basic operations and square roots only, in a fixed order: the same input gives the same digits
 // on every machine.
@@ -15,11 +16,9 @@
 struct TrainingPlan {
     uint64_t samples = 8'000'000;
     uint64_t seed = 1;
-    size_t sequences = 3000;  // of two pairs that get states of their own
 };
 
-// Sets the value of every state that carries one, and adds states for sequences of two pairs where single
-// pairs leave doubt. Progress goes to stderr.
+// Sets the value of every state that carries one. Progress goes to stderr.
 void TrainValues(States& states, const CSampleSource& source, const CEncoder& encoder,
                  const TrainingPlan& plan);
 

@@ -10,6 +10,7 @@
 #include "ModelFile.h"
 #include "Patterns.h"
 #include "Shape.h"
+#include "ShortTexts.h"
 #include "TextFile.h"
 #include "Trainer.h"
 
@@ -20,6 +21,9 @@ constexpr char USAGE[] =
     "       ModelBuilder train DATA [SAMPLES]    train DATA/Patterns.txt from DATA/Statistics\n"
     "       ModelBuilder build DATA OUTPUT [--without-decisive]\n"
     "                                            pack DATA/Mappings and DATA/Patterns.txt into a model\n";
+
+// What two million bytes hold, mapping tables and gaps in the node array included.
+constexpr size_t MOST_STATES = 118'200;
 
 // Characters of the Simplified and Traditional classes that occur often enough for UTF-8 states of their own.
 std::vector<wchar_t> CommonCharacters(const std::string& statistics, double least)
@@ -38,20 +42,21 @@ std::vector<wchar_t> CommonCharacters(const std::string& statistics, double leas
     return common;
 }
 
-// What is known beyond training: see the headers of the three.
+// What is known beyond training: see the headers of the four.
 void Finish(States& states, const CSampleSource& source, const CEncoder& encoder)
 {
     AddAsciiStart(states);
     AddDecisiveStates(states, source, encoder);
     AddForeignStates(states, source, encoder);
+    CorrectShortTexts(states, source, encoder, MOST_STATES);
 }
 
 void Train(const std::string& data, const std::string& samples)
 {
     const CEncoder encoder(data + "/Mappings");
     const CSampleSource source(data + "/Statistics", encoder);
-    States states = ShapeOfDetector(encoder, CommonCharacters(data + "/Statistics", 6e-6),
-                                    CommonCharacters(data + "/Statistics", 3e-5));
+    States states = ShapeOfDetector(encoder, CommonCharacters(data + "/Statistics", 1e-5),
+                                    CommonCharacters(data + "/Statistics", 5e-5));
     std::cerr << states.size() << " states\n";
     TrainingPlan plan;
     if (!samples.empty()) plan.samples = std::stoull(samples);
