@@ -9,8 +9,9 @@
 
 namespace
 {
-constexpr size_t COMMON = 320;        // characters of each encoding that lead back
-constexpr double FOREIGN_ODDS = 300;  // that a sequence has against its share in Chinese text
+constexpr size_t COMMON = 320;  // characters of each encoding that lead back
+// Against its share in Chinese text. A pair must be next to impossible there: names are made of rare ones.
+constexpr double SEQUENCE_ODDS = 300, PAIR_ODDS = 20'000;
 constexpr double LEAST_SHARE = 2e-5;  // of a sequence among the pairs of its language
 // By kind: what is hard to tell from Chinese text, or has few bytes beyond ASCII, gets more sequences.
 constexpr double KIND_WEIGHTS[] = {1, 2, 1, 1, 3, 0.5};
@@ -53,10 +54,15 @@ void AddZeros(States& states)
             byte == 0 ? State{TRIE_VALUE_NONE, REGION_ZEROS} : State{NOT_UNICODE};
 }
 
-// Signs beyond U+FFFF, as messages have them: two units of UTF-16LE, and the one that chooses a sign's
-// colour.
+// Signs beyond U+FFFF, as messages have them: four bytes of UTF-8, two units of UTF-16LE, and the one that
+// chooses a sign's colour.
 void AddHighSigns(States& states)
 {
+    states[{REGION_MAIN, "\xF0\x9F"}] = {TRIE_VALUE_NONE, REGION_SIGN_THIRD};
+    for (unsigned byte = 0x80; byte < 0xC0; ++byte) {
+        states[{REGION_SIGN_THIRD, Text(byte)}].onward = REGION_SIGN_LAST;
+        states[{REGION_SIGN_LAST, Text(byte)}].value = PackTrieValue(0, {0, 0, 0, 10});
+    }
     for (const char first : {'\x3C', '\x3D', '\x3E'}) {
         AddState(states, REGION_MAIN, first + std::string("\xD8"));
         states[{REGION_MAIN, first + std::string("\xD8")}].onward = REGION_LOW_HALF;
@@ -164,10 +170,11 @@ private:
     std::vector<bool> m_isPair;
 };
 
-std::string BytesOf(uint32_t sequence)
+// Of a sequence, or of a pair.
+std::string BytesOf(uint32_t number)
 {
-    return Text(sequence >> 24) + Text(sequence >> 16 & 0xFF) + Text(sequence >> 8 & 0xFF) +
-           Text(sequence & 0xFF);
+    const std::string pair = Text(number >> 8 & 0xFF) + Text(number & 0xFF);
+    return number < 0x10000 ? pair : Text(number >> 24) + Text(number >> 16 & 0xFF) + pair;
 }
 
 // Two pairs that no other region follows, not both ASCII.
@@ -177,7 +184,14 @@ bool IsSequence(const std::string& bytes)
            !LeadAfterAscii(bytes.substr(0, 2)) && bytes[0] != '\n' && bytes[0] != '\r';
 }
 
-// Sequences by their share in the foreign kind that has them most, weighed.
+// A pair that may be foreign by itself: nothing of UTF-8, and no hanzi of UTF-16LE.
+bool IsPlainPair(const std::string& bytes)
+{
+    const unsigned lead = ByteAt(bytes, 0), second = ByteAt(bytes, 1);
+    return lead >= 0x80 && !(IsUtf8Lead(lead) && IsUtf8Tail(second)) && (second < 0x4E || second > 0x9F);
+}
+
+// Sequences, and single pairs, by their share in the foreign kind that has them most, weighed.
 std::unordered_map<uint32_t, double> ForeignSequences(const CPairReader& reader, const CSampleSource& source)
 {
     std::unordered_map<uint32_t, double> shares;
@@ -186,8 +200,9 @@ std::unordered_map<uint32_t, double> ForeignSequences(const CPairReader& reader,
         std::unordered_map<uint32_t, uint32_t> counts;
         double all = 0;
         for (size_t n = 0; n < FOREIGN_SAMPLES; ++n)
-            reader.Read(source.DrawForeign(kind, random), [&](uint32_t, uint32_t sequence) {
+            reader.Read(source.DrawForeign(kind, random), [&](uint32_t pair, uint32_t sequence) {
                 ++all;
+                if (IsPlainPair(BytesOf(pair))) ++counts[pair];
                 if (sequence != 0 && IsSequence(BytesOf(sequence))) ++counts[sequence];
             });
         for (const auto& [sequence, count] : counts)
@@ -195,6 +210,12 @@ std::unordered_map<uint32_t, double> ForeignSequences(const CPairReader& reader,
                 shares[sequence] = std::max(shares[sequence], KIND_WEIGHTS[kind] * count / all);
     }
     return shares;
+}
+
+void SendAway(States& states, const std::string& bytes)
+{
+    AddState(states, REGION_MAIN, bytes);
+    states[{REGION_MAIN, bytes}] = {NOT_UNICODE, REGION_FOREIGN};
 }
 
 void AddSequences(States& states, const CSampleSource& source)
@@ -212,19 +233,20 @@ void AddSequences(States& states, const CSampleSource& source)
         });
 
     std::vector<std::pair<double, std::string>> order;
-    for (const auto& [sequence, share] : foreign) {
-        const double byChance = (pairs[sequence >> 16] + 1) * (pairs[sequence & 0xFFFF] + 1) / all;
-        const double own = std::max(seen.contains(sequence) ? seen.at(sequence) : 0, byChance) / all;
-        const std::string bytes = BytesOf(sequence);
-        if (share > FOREIGN_ODDS * own && !states.contains({REGION_MAIN, bytes}))
+    for (const auto& [number, share] : foreign) {
+        const std::string bytes = BytesOf(number);
+        if (bytes.size() == 2) {
+            if (share > PAIR_ODDS * (pairs[number] + 1) / all) SendAway(states, bytes);
+            continue;
+        }
+        const double byChance = (pairs[number >> 16] + 1) * (pairs[number & 0xFFFF] + 1) / all;
+        const double own = std::max(seen.contains(number) ? seen.at(number) : 0, byChance) / all;
+        if (share > SEQUENCE_ODDS * own && !states.contains({REGION_MAIN, bytes}))
             order.emplace_back(-share, bytes);
     }
     std::sort(order.begin(), order.end());
     if (order.size() > SEQUENCES) order.resize(SEQUENCES);
-    for (const auto& [share, bytes] : order) {
-        AddState(states, REGION_MAIN, bytes);
-        states[{REGION_MAIN, bytes}] = {NOT_UNICODE, REGION_FOREIGN};
-    }
+    for (const auto& [share, bytes] : order) SendAway(states, bytes);
 }
 }  // namespace
 
