@@ -66,13 +66,28 @@ private:
         return static_cast<unsigned char>(node - static_cast<unsigned>(m_pTrie[ParentOf(node)].nBase));
     }
 
-    // The states that most nodes fail to, and which nodes act as them.
-    void FindHubs()
+    // Whether the node stands for the first few bytes of a text that go on from the root itself.
+    bool IsAtStart(unsigned node) const
+    {
+        for (int steps = 0; steps < 8 && node != ROOT && IsChild(node); ++steps) node = ParentOf(node);
+        return node == ROOT;
+    }
+
+    void CountLinks(bool withStart)
     {
         std::fill_n(s_notes, m_nNodes, 0U);
         for (unsigned i = 0; i < m_nNodes; ++i)
-            if (IsChild(i)) ++s_notes[FailureLink(m_pTrie, m_nNodes, static_cast<int>(i))];
+            if (IsChild(i) && (withStart || !IsAtStart(i)))
+                ++s_notes[FailureLink(m_pTrie, m_nNodes, static_cast<int>(i))];
+    }
+
+    // The states that most nodes fail to, and which nodes act as them.
+    void FindHubs()
+    {
+        CountLinks(true);
         m_made.rest = static_cast<int>(std::max_element(s_notes, s_notes + m_nNodes) - s_notes);
+        // A rest state of its own means that the walk does not come back to the root.
+        if (m_made.rest != ROOT) CountLinks(false);
         unsigned least = 16;
         while (std::count_if(s_notes, s_notes + m_nNodes, [&](unsigned n) { return n >= least; }) > MOST_HUBS)
             least += least / 8;
