@@ -5,9 +5,12 @@
 
 namespace
 {
-// Of what a pair may say, so that two are hardly more than what is taken back.
+// What a pair may say; what is taken back by the two bytes of the fourth pair; and by the second byte of the
+// third and of the fourth pair if no unit has it for its high byte. Four pairs that all may be units can keep
+// a little.
 constexpr int MOST_FOR_UNICODE = 8;
-constexpr int TAKEN_BACK[] = {7, 6};  // by the two bytes of the fourth pair
+constexpr int TAKEN_BACK[] = {7, 6};
+constexpr int TAKEN_BY_STRANGER = 3;
 constexpr int SINGLE_PAIR = 2;  // held back from the first pair, which may be all, and added to the second
 
 // Pairs that UTF-16LE does not lose by: it needs positive states.
@@ -49,10 +52,19 @@ bool IsText(unsigned byte)
     return (byte >= 0x20 && byte < 0x7F) || byte == '\t' || byte == '\n' || byte == '\r' || byte == 0x1B;
 }
 
-bool IsText(const std::string& path)
+// Of a unit of UTF-16LE in use: of hanzi, signs, frames, kana.
+bool MayBeHigh(unsigned byte)
 {
-    return std::all_of(path.begin(), path.end(),
-                       [](char c) { return IsText(static_cast<unsigned char>(c)); });
+    return byte >= 0x4E || byte == 0x20 || byte == 0x25 || byte == 0x30;
+}
+
+// A carriage return and an escape are text with what goes with them. Before a letter they are a frequent
+// hanzi.
+bool IsTextPair(const std::string& pair)
+{
+    if (pair[0] == '\r') return pair[1] == '\n';
+    if (pair[0] == '\x1B') return pair[1] == '[';
+    return IsText(ByteAt(pair, 0)) && IsText(ByteAt(pair, 1));
 }
 
 int Taken(int units)
@@ -70,7 +82,7 @@ void AddOwnPairs(States& states)
 {
     const States before = states;
     for (const auto& [name, state] : before) {
-        if (name.region != REGION_MAIN || name.path.size() != 2 || !IsText(name.path) ||
+        if (name.region != REGION_MAIN || name.path.size() != 2 || !IsTextPair(name.path) ||
             !IsForgiven(state.value))
             continue;
         AddState(states, REGION_START, name.path);
@@ -97,7 +109,9 @@ void AddCount(States& states)
             State& high = states[{Within(pairs), Text(byte)}];
             if (IsText(byte)) {
                 low = {last ? Taken(TAKEN_BACK[0]) : TRIE_VALUE_NONE, Within(pairs)};
-                high = {last ? Taken(TAKEN_BACK[1]) : TRIE_VALUE_NONE, After(std::min(pairs + 1, 4))};
+                const int more = again || MayBeHigh(byte) ? 0 : TAKEN_BY_STRANGER;
+                const int units = more + (last ? TAKEN_BACK[1] : 0);
+                high = {units > 0 ? Taken(units) : TRIE_VALUE_NONE, After(std::min(pairs + 1, 4))};
             } else {
                 if (again) low.value = GivenBack(taken);
                 if (again || last) high.value = GivenBack(last ? TAKEN_BACK[0] : taken);
@@ -106,11 +120,27 @@ void AddCount(States& states)
         }
 }
 
+// Hanzi among what is counted.
+void AddHanziInCount(States& states)
+{
+    for (const int pairs : {2, 3, 4})
+        for (unsigned low : {0x0D, 0x1B})
+            for (unsigned high = 0x4E; high < 0x7F; ++high) {
+                const std::string pair = Text(low) + Text(high);
+                if (IsTextPair(pair)) continue;
+                const int value = pairs == 2   ? states.at({REGION_MAIN, pair}).value
+                                  : pairs == 3 ? GivenBack(TAKEN_BACK[0])
+                                               : GivenBack(TAKEN_BACK[0] + TAKEN_BACK[1]);
+                AddState(states, After(pairs), pair);
+                states[{After(pairs), pair}] = {value, REGION_MAIN};
+            }
+}
+
 // Behind a pair that cannot be UTF-16LE.
 void AddAsciiOnly(States& states)
 {
     for (auto& [name, state] : states)
-        if (name.region == REGION_MAIN && name.path.size() == 2 && IsText(name.path) &&
+        if (name.region == REGION_MAIN && name.path.size() == 2 && IsTextPair(name.path) &&
             !IsForgiven(state.value))
             state.onward = REGION_ASCII_ONLY;
     for (unsigned byte = 0; byte < 0x80; ++byte) {
@@ -125,4 +155,5 @@ void AddAsciiStart(States& states)
     AddAsciiOnly(states);
     AddOwnPairs(states);
     AddCount(states);
+    AddHanziInCount(states);
 }

@@ -10,8 +10,9 @@
 namespace
 {
 constexpr size_t COMMON = 320;  // characters of each encoding that lead back
-// Against its share in Chinese text. A pair must be next to impossible there: names are made of rare ones.
-constexpr double SEQUENCE_ODDS = 300, PAIR_ODDS = 20'000;
+// Against its share in Chinese text. A pair must be next to impossible there: names are made of rare ones,
+// and what may be a hanzi of UTF-16LE is met by more ways than the statistics know.
+constexpr double SEQUENCE_ODDS = 300, PAIR_ODDS = 20'000, UNIT_ODDS = 100'000;
 constexpr double LEAST_SHARE = 2e-5;  // of a sequence among the pairs of its language
 // By kind: what is hard to tell from Chinese text, or has few bytes beyond ASCII, gets more sequences.
 constexpr double KIND_WEIGHTS[] = {1, 2, 1, 1, 3, 0.5};
@@ -184,11 +185,11 @@ bool IsSequence(const std::string& bytes)
            !LeadAfterAscii(bytes.substr(0, 2)) && bytes[0] != '\n' && bytes[0] != '\r';
 }
 
-// A pair that may be foreign by itself: nothing of UTF-8, and no hanzi of UTF-16LE.
+// A pair that may be foreign by itself: nothing of UTF-8.
 bool IsPlainPair(const std::string& bytes)
 {
-    const unsigned lead = ByteAt(bytes, 0), second = ByteAt(bytes, 1);
-    return lead >= 0x80 && !(IsUtf8Lead(lead) && IsUtf8Tail(second)) && (second < 0x4E || second > 0x9F);
+    const unsigned lead = ByteAt(bytes, 0);
+    return lead >= 0x80 && !(IsUtf8Lead(lead) && IsUtf8Tail(ByteAt(bytes, 1)));
 }
 
 // Sequences, and single pairs, by their share in the foreign kind that has them most, weighed.
@@ -236,7 +237,9 @@ void AddSequences(States& states, const CSampleSource& source)
     for (const auto& [number, share] : foreign) {
         const std::string bytes = BytesOf(number);
         if (bytes.size() == 2) {
-            if (share > PAIR_ODDS * (pairs[number] + 1) / all) SendAway(states, bytes);
+            const bool isUnit = ByteAt(bytes, 1) >= 0x4E && ByteAt(bytes, 1) < 0xA0;
+            const double odds = isUnit ? UNIT_ODDS : PAIR_ODDS;
+            if (share > odds * (pairs[number] + 1) / all) SendAway(states, bytes);
             continue;
         }
         const double byChance = (pairs[number >> 16] + 1) * (pairs[number & 0xFFFF] + 1) / all;

@@ -31,6 +31,12 @@ bool IsHanzi(wchar_t c)
     return c >= 0x3400 && c < 0xA000;
 }
 
+bool IsAscii(const std::string& bytes)
+{
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 struct ShortText {
     std::string bytes;
     CandidateShares shares{};
@@ -109,6 +115,8 @@ int ValueFor(const ShortText& text, const Digits& before, const Digits& now)
     for (size_t c = 0; c < CANDIDATES; ++c)
         if (const int less = lacking(c); less > 0)
             digit[c] = std::max(digit[c] - less, c == CANDIDATE_UNICODE ? leastForUnicode : -9);
+    // ASCII says nothing between the three.
+    if (IsAscii(text.bytes)) digit[CANDIDATE_BIG5] = digit[CANDIDATE_UTF8] = digit[CANDIDATE_GBK];
     return PackTrieValue(
         0, {digit[CANDIDATE_GBK], digit[CANDIDATE_BIG5], digit[CANDIDATE_UNICODE], digit[CANDIDATE_UTF8]});
 }
