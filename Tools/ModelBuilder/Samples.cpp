@@ -169,9 +169,6 @@ std::string CSampleSource::DrawForeign(size_t kind, CRandom& random) const
     static const char* const KINDS[] = {"shift-jis", "euc-jp", "euc-kr", "windows-1251", "latin-1", "binary"};
     const size_t length = 64 + random.Below(200);
     std::string bytes;
-    while (kind >= sizeof KINDS / sizeof KINDS[0] && bytes.size() < length)  // compressed
-        bytes += static_cast<char>(random.Below(256));
-    if (!bytes.empty()) return bytes;
     for (const wchar_t c : Class(KINDS[kind]).Text(length, random)) {
         const unsigned pair = c >= 0x4000 ? static_cast<unsigned>(c) - 0x4000 : 0;
         if (c >= 0x4000) bytes += static_cast<char>(0x80 + pair / 192);

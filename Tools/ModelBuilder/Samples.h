@@ -25,19 +25,14 @@ public:
     // Chinese text in one of the four encodings, or ASCII alone (answer GBK).
     Sample Draw(CRandom& random) const;
 
-    // Bytes of a kind (0 to FOREIGN_KINDS - 1) that is none of ours: other languages, programs, compressed
-    // data.
+    // Bytes of a kind (0 to 5) that is none of ours: other languages and programs.
     std::string DrawForeign(size_t kind, CRandom& random) const;
-    static constexpr size_t FOREIGN_KINDS = 7;
-
-    // `bytes` of pure ASCII of some kind.
-    std::string Ascii(size_t length, CRandom& random) const;
 
     const Statistics& Counted(const std::string& name) const { return m_counted.at(name); }
 
-    const CSampler& Class(const std::string& name) const { return m_classes.at(name); }
-
 private:
+    const CSampler& Class(const std::string& name) const { return m_classes.at(name); }
+    std::string Ascii(size_t length, CRandom& random) const;
     std::wstring Chinese(bool traditional, size_t length, CRandom& random) const;
     std::wstring Sparse(bool traditional, size_t length, CRandom& random) const;
     void AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const;
