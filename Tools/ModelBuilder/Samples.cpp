@@ -190,10 +190,8 @@ Sample CSampleSource::Draw(CRandom& random) const
         return sample;
     }
     sample.answer = static_cast<Candidate>(random.Below(CANDIDATES));
-    const bool traditional =
-        sample.answer == CANDIDATE_BIG5 || random.Chance(sample.answer == CANDIDATE_GBK ? 22 : 50);
-    // All of Big5 is Traditional, of which GBK text holds little: what both may be is Big5 more often.
-    if (sample.answer == CANDIDATE_BIG5) sample.weight = 1.25;
+    const bool traditional = sample.answer == CANDIDATE_BIG5 || random.Chance(TraditionalPart(sample.answer));
+    if (sample.answer == CANDIDATE_BIG5) sample.weight = BIG5_WEIGHT;
     const size_t length = DrawLength(random);
     std::wstring text = length > 8 && random.Chance(18) ? Sparse(traditional, length, random)
                                                         : Chinese(traditional, length, random);

@@ -5,11 +5,22 @@
 #ifndef MODEL_BUILDER_SAMPLES_H
 #define MODEL_BUILDER_SAMPLES_H
 
+#include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "Encoder.h"
 #include "Sampler.h"
+
+// How much of an encoding's text is Traditional, in percent.
+constexpr uint32_t TraditionalPart(Candidate candidate)
+{
+    return candidate == CANDIDATE_BIG5 ? 100 : candidate == CANDIDATE_GBK ? 22 : 50;
+}
+
+// All of Big5 is Traditional, of which GBK text holds little: what both may be is Big5 more often.
+constexpr double BIG5_WEIGHT = 1.25;
 
 struct Sample {
     std::string bytes;
