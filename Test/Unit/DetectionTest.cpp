@@ -196,6 +196,31 @@ TEST(Detection, LeavesUndecidedWhatIsNotChinese)
     EXPECT_GE(right, 4995);
 }
 
+// Two characters are the most frequent reading of their bytes, a sign beyond U+FFFF is text in UTF-8, and
+// what French puts around words in Latin-1 is none of ours.
+TEST(Detection, KnowsShortTextsAndSigns)
+{
+    const LoadedModel model;
+    const struct {
+        const char* what;
+        std::string text;
+        int code;
+    } cases[] = {
+        {"partner, and a line end", "\xBB\xEF\xB0\xE9\r\n", ENCODE_GBK},
+        {"place", "\xB3\xA1\xB5\xD8", ENCODE_GBK},
+        {"mistake, Traditional", "\xE5\x65\xD5\x60", ENCODE_GBK},
+        {"suspicion", "\xB6\xFB\xBA\xC3", ENCODE_BIG5},
+        {"luxury, and a blank", "\xBB\xA8\xB5\xD8 ", ENCODE_BIG5},
+        {"one after another", "\xB7\x7E\xB7\x7E", ENCODE_UNICODE},
+        {"a sign", "\xF0\x9F\x98\x80", ENCODE_UTF8},
+        {"a word and a sign", "Hi \xF0\x9F\x91\x8D\n", ENCODE_UTF8},
+        {"a flag", "\xF0\x9F\x87\xA8\xF0\x9F\x87\xB3", ENCODE_UTF8},
+        {"quotation marks", "\xAB\xA0Non\xA0\xBB\n", ENCODE_UNKNOWN},
+        {"and a stop behind them", "\xAB\xA0Venez\xA0!\xA0\xBB dit-elle.\n", ENCODE_UNKNOWN},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Detect(c.text), c.code) << c.what;
+}
+
 // Two lines in one encoding end the walk, however much follows in another; one line at the head decides
 // nothing.
 TEST(Detection, TwoLinesDecideAndOneDoesNot)

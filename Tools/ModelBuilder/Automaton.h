@@ -70,7 +70,7 @@ enum Region : char {
 // One of four regions.
 constexpr Region RegionOf(Region first, int candidate)
 {
-    return static_cast<Region>(first + static_cast<int>(candidate));
+    return static_cast<Region>(first + candidate);
 }
 
 constexpr bool IsRegionOf(Region region, Region first)

@@ -6,17 +6,13 @@
 namespace
 {
 constexpr double UNSEEN = 2e-8;  // share of a character that a class does not have
-// Part of GBK text that is Traditional, and of UTF-16LE text.
-constexpr double TRADITIONAL_GBK = 0.22, TRADITIONAL_UNICODE = 0.5;
-// All of Big5 is Traditional, of which GBK text holds little: what both may be is Big5 more often.
-constexpr double BIG5_WEIGHT = 1.25;
 // Lists of words have more line ends than texts.
 constexpr double LINE_ENDS_IN_WORDS = 0.2;
 
 double WeightOf(Candidate candidate, bool traditional)
 {
     if (candidate == CANDIDATE_BIG5) return traditional ? BIG5_WEIGHT : 0;
-    const double part = candidate == CANDIDATE_GBK ? TRADITIONAL_GBK : TRADITIONAL_UNICODE;
+    const double part = TraditionalPart(candidate) / 100.0;
     return traditional ? part : 1 - part;
 }
 

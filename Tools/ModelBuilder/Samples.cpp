@@ -169,9 +169,6 @@ std::string CSampleSource::DrawForeign(size_t kind, CRandom& random) const
     static const char* const KINDS[] = {"shift-jis", "euc-jp", "euc-kr", "windows-1251", "latin-1", "binary"};
     const size_t length = 64 + random.Below(200);
     std::string bytes;
-    while (kind >= sizeof KINDS / sizeof KINDS[0] && bytes.size() < length)  // compressed
-        bytes += static_cast<char>(random.Below(256));
-    if (!bytes.empty()) return bytes;
     for (const wchar_t c : Class(KINDS[kind]).Text(length, random)) {
         const unsigned pair = c >= 0x4000 ? static_cast<unsigned>(c) - 0x4000 : 0;
         if (c >= 0x4000) bytes += static_cast<char>(0x80 + pair / 192);
@@ -193,10 +190,8 @@ Sample CSampleSource::Draw(CRandom& random) const
         return sample;
     }
     sample.answer = static_cast<Candidate>(random.Below(CANDIDATES));
-    const bool traditional =
-        sample.answer == CANDIDATE_BIG5 || random.Chance(sample.answer == CANDIDATE_GBK ? 22 : 50);
-    // All of Big5 is Traditional, of which GBK text holds little: what both may be is Big5 more often.
-    if (sample.answer == CANDIDATE_BIG5) sample.weight = 1.25;
+    const bool traditional = sample.answer == CANDIDATE_BIG5 || random.Chance(TraditionalPart(sample.answer));
+    if (sample.answer == CANDIDATE_BIG5) sample.weight = BIG5_WEIGHT;
     const size_t length = DrawLength(random);
     std::wstring text = length > 8 && random.Chance(18) ? Sparse(traditional, length, random)
                                                         : Chinese(traditional, length, random);

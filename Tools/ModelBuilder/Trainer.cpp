@@ -56,17 +56,16 @@ bool IsSign(const StateName& state, size_t c)
     return c == CANDIDATE_BIG5 && lead >= 0xA1 && lead <= 0xA3;
 }
 
-// Whether the last two bytes may be a hanzi of UTF-16LE, however rare: none must cost a text its ten to one.
-bool EndsAsHanzi(const StateName& state)
+// Whether a pair may be a hanzi of UTF-16LE, however rare: none must cost a text its ten to one.
+bool MayBeHanzi(const std::string& pair)
 {
-    const unsigned high = ByteAt(state.path, state.path.size() - 1);
-    return state.region == REGION_MAIN && state.path.size() % 2 == 0 && high >= 0x4E && high < 0xA0;
+    return ByteAt(pair, 1) >= 0x4E && ByteAt(pair, 1) < 0xA0;
 }
 
 // Or a letter, a sign or a full-width form.
-bool EndsAsSign(const StateName& state)
+bool MayBeSign(const std::string& pair)
 {
-    const unsigned high = ByteAt(state.path, state.path.size() - 1);
+    const unsigned high = ByteAt(pair, 1);
     return high <= 0x04 || (high >= 0x20 && high <= 0x33) || high >= 0xFE;
 }
 
@@ -194,7 +193,7 @@ private:
         const auto& seen = feature.seen;
         const uint64_t others = uint64_t{seen[CANDIDATE_GBK]} + seen[CANDIDATE_BIG5] + seen[CANDIDATE_UTF8];
         if (!feature.ascii || weight * UNITS_A_NAT >= 0.5) return false;
-        if (EndsAsHanzi(*feature.name) && IsWellKnown(feature.name->path)) return true;
+        if (feature.pair && MayBeHanzi(feature.name->path) && IsWellKnown(feature.name->path)) return true;
         return seen[CANDIDATE_UNICODE] > 3 && others < DOUBTLESS_ODDS * seen[CANDIDATE_UNICODE];
     }
 
@@ -345,9 +344,9 @@ private:
     bool IsAtHomeInUnicode(const Feature& feature) const
     {
         const uint32_t seen = feature.seen[CANDIDATE_UNICODE];
-        if (!feature.pair) return seen > 0 || EndsAsHanzi(*feature.name);
-        return EndsAsHanzi(*feature.name) ||
-               (seen > 0 && EndsAsSign(*feature.name) && IsKnown(feature.name->path)) ||
+        if (!feature.pair) return seen > 0;
+        const std::string& pair = feature.name->path;
+        return MayBeHanzi(pair) || (seen > 0 && MayBeSign(pair) && IsKnown(pair)) ||
                seen > LEAST_SHARE * m_all[CANDIDATE_UNICODE];
     }
 

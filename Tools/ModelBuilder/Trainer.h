@@ -1,7 +1,8 @@
 // Training of the states' values: multinomial logistic regression over the states that a sample visits.
 //
 // A state's weight for an encoding is its own plus its group's, so that rare states inherit from their like.
-// A pair that only the two-byte encodings have starts from its share in each of them and learns slowly.
+// A pair beyond ASCII starts from its share in each encoding. One that UTF-8 cannot hold has no group and
+// learns slowly, since the statistics say nearly all that there is to say of it.
 // States that ASCII alone can enter tell UTF-16LE from the rest and nothing else. All arithmetic is IEEE
 // double with basic operations and square roots only, in a fixed order: the same input gives the same digits
 // on every machine.

@@ -1,7 +1,8 @@
 // The model builder: texts -> statistics -> patterns -> model, one command a step.
 #include <cstring>
+#include <exception>
 #include <iostream>
-#include <stdexcept>
+#include <map>
 
 #include "AsciiStart.h"
 #include "Counting.h"
@@ -26,12 +27,12 @@ constexpr char USAGE[] =
 constexpr size_t MOST_STATES = 118'200;
 
 // Characters of the Simplified and Traditional classes that occur often enough for UTF-8 states of their own.
-std::vector<wchar_t> CommonCharacters(const std::string& statistics, double least)
+std::vector<wchar_t> CommonCharacters(const CSampleSource& source, double least)
 {
     std::map<wchar_t, double> share;
     for (const char* name :
          {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words"}) {
-        const Statistics counted = Statistics::Read(statistics + '/' + name + ".txt");
+        const Statistics& counted = source.Counted(name);
         double all = 0;
         for (const auto& [character, entry] : counted.characters) all += entry.total;
         for (const auto& [character, entry] : counted.characters) share[character] += entry.total / all;
@@ -55,8 +56,7 @@ void Train(const std::string& data, const std::string& samples)
 {
     const CEncoder encoder(data + "/Mappings");
     const CSampleSource source(data + "/Statistics", encoder);
-    States states = ShapeOfDetector(encoder, CommonCharacters(data + "/Statistics", 1e-5),
-                                    CommonCharacters(data + "/Statistics", 5e-5));
+    States states = ShapeOfDetector(encoder, CommonCharacters(source, 1e-5), CommonCharacters(source, 5e-5));
     std::cerr << states.size() << " states\n";
     TrainingPlan plan;
     if (!samples.empty()) plan.samples = std::stoull(samples);
