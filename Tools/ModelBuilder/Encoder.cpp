@@ -12,18 +12,19 @@ namespace
 std::vector<uint16_t> Inverse(const std::vector<uint16_t>& mapping)
 {
     std::vector<uint16_t> pairs(65536, 0);
-    const auto take = [&](unsigned firstLead, unsigned lastLead) {
+    const auto take = [&](unsigned firstLead, unsigned lastLead, bool signsOnly) {
         for (unsigned lead = firstLead; lead <= lastLead; ++lead)
             for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
                 const auto pair = static_cast<uint16_t>(lead << 8 | trail);
                 const uint16_t code =
                     mapping[PairIndex(static_cast<unsigned char>(lead), static_cast<unsigned char>(trail))];
-                const bool isHanziAsSign = lead >= 0xA1 && lead <= 0xA3 && code >= 0x4E00 && code < 0xA000;
-                if (code != UNDEFINED_CODE && pairs[code] == 0 && !isHanziAsSign) pairs[code] = pair;
+                const bool isHanzi = code >= 0x4E00 && code < 0xA000;
+                if (code != UNDEFINED_CODE && pairs[code] == 0 && !(signsOnly && isHanzi)) pairs[code] = pair;
             }
     };
-    take(0xA1, 0xFE);
-    take(0x81, 0xA0);
+    take(0xA1, 0xA3, true);
+    take(0xA4, 0xFE, false);
+    take(0x81, 0xA3, false);
     return pairs;
 }
 }  // namespace

@@ -1,8 +1,8 @@
 // The mapping tables as text, and from them the encoding of training text in each of the four encodings.
 //
 // A pair that no table defines decodes to U+FFFD. Of several pairs for one character the encoder takes the
-// lowest with a lead byte of A1 and above, as other programs do, and only then the lowest of all; never one
-// among Big5's signs for a hanzi, since those two have a place among the hanzi too.
+// lowest with a lead byte of A1 and above, as other programs do, and only then the lowest of all; one among
+// the signs (A1-A3) only for hanzi that have no other.
 #ifndef MODEL_BUILDER_ENCODER_H
 #define MODEL_BUILDER_ENCODER_H
 

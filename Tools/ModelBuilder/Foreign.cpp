@@ -63,6 +63,12 @@ void AddHighSigns(States& states)
     for (unsigned byte = 0x80; byte < 0xC0; ++byte) {
         states[{REGION_SIGN_THIRD, Text(byte)}].onward = REGION_SIGN_LAST;
         states[{REGION_SIGN_LAST, Text(byte)}].value = PackTrieValue(0, {0, 0, 0, 10});
+        // Behind another character of UTF-8, whose last byte would lead a pair.
+        const std::string pair = Text(byte) + "\xF0";
+        if (!states.contains({REGION_MAIN, pair})) continue;
+        AddState(states, REGION_AFTER, pair + "\x9F");
+        states[{REGION_AFTER, pair}].value = states.at({REGION_MAIN, pair}).value;
+        states[{REGION_AFTER, pair + "\x9F"}].onward = REGION_SIGN_THIRD;
     }
     for (const char first : {'\x3C', '\x3D', '\x3E'}) {
         AddState(states, REGION_MAIN, first + std::string("\xD8"));
@@ -185,11 +191,13 @@ bool IsSequence(const std::string& bytes)
            !LeadAfterAscii(bytes.substr(0, 2)) && bytes[0] != '\n' && bytes[0] != '\r';
 }
 
-// A pair that may be foreign by itself: nothing of UTF-8.
+// A pair that may be foreign by itself: nothing of UTF-8, and no hanzi that every font has.
 bool IsPlainPair(const std::string& bytes)
 {
-    const unsigned lead = ByteAt(bytes, 0);
-    return lead >= 0x80 && !(IsUtf8Lead(lead) && IsUtf8Tail(ByteAt(bytes, 1)));
+    const unsigned lead = ByteAt(bytes, 0), second = ByteAt(bytes, 1);
+    const bool isGb2312 = lead >= 0xB0 && lead <= 0xF7 && second >= 0xA1;
+    const bool isFirstLevel = lead >= 0xA4 && lead <= 0xC6 && (second < 0x7F || second > 0xA0);
+    return lead >= 0x80 && !isGb2312 && !isFirstLevel && !(IsUtf8Lead(lead) && IsUtf8Tail(second));
 }
 
 // Sequences, and single pairs, by their share in the foreign kind that has them most, weighed.

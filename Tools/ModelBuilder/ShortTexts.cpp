@@ -19,7 +19,7 @@ constexpr double LEAST_SHARE = 1e-7;
 // Of a pair that may have corrections below it in mid-text.
 constexpr double MOST_FREQUENT = 1e-4;
 // Levels the error rates of GBK and Big5.
-constexpr double BIG5_HANDICAP = 1.25;
+constexpr double BIG5_ADVANTAGE = 1.25;
 // A digit stands for a third of a nat: odds of so much to one.
 constexpr double ODDS_A_UNIT = 1.3956124250860895;
 constexpr int MOST_UNITS = 8;
@@ -69,7 +69,7 @@ std::vector<ShortText> WeighedTexts(const CSampleSource& source, const CEncoder&
     std::vector<ShortText> texts;
     for (const std::string& bytes : SeenTexts(source, encoder)) {
         ShortText text{bytes, likelihood.Of(bytes)};
-        text.shares[CANDIDATE_BIG5] *= BIG5_HANDICAP;
+        text.shares[CANDIDATE_BIG5] *= BIG5_ADVANTAGE;
         const auto best = std::max_element(text.shares.begin(), text.shares.end());
         text.best = static_cast<Candidate>(best - text.shares.begin());
         if (*best < LEAST_SHARE) continue;

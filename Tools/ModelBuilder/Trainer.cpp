@@ -20,6 +20,8 @@ constexpr double GROUP_RATE = 0.05;
 constexpr double COUNTED_RATE = 0.05;   // of what starts from the statistics
 constexpr double LEAST_COUNTED = 1e-7;  // share that a pair has in every encoding
 constexpr double MOST_AGAINST = -8.0;   // nats
+// Part of the texts that begin in mid-character, so that all their pairs are out of step.
+constexpr double OUT_OF_STEP = 0.006;
 // A pair of a smaller share of its encoding's pairs does not count for it.
 constexpr double LEAST_SHARE = 2e-6;
 // An ASCII state that ASCII visits so many times as often as UTF-16LE may say no to UTF-16LE.
@@ -111,6 +113,7 @@ public:
     CTrainer(const States& states, const CSampleSource& source, const CEncoder& encoder)
         : m_source(source), m_encoder(encoder), m_likelihood(source, encoder)
     {
+        CountBytes();
         const PackedTrie packed = PackStates(LinkStates(states));
         m_nodes = packed.nodes;
         m_feature.assign(m_nodes.size(), -1);
@@ -174,15 +177,35 @@ private:
         return found->second;
     }
 
+    // How often each byte is the first and the second of a pair.
+    void CountBytes()
+    {
+        for (unsigned first = 0; first < 0x100; ++first)
+            for (unsigned second = 0; second < 0x100; ++second) {
+                const CandidateShares shares =
+                    m_likelihood.Of({static_cast<char>(first), static_cast<char>(second)});
+                for (const Candidate c : PAIR_CANDIDATES) {
+                    m_asFirst[first][c] += shares[c];
+                    m_asSecond[second][c] += shares[c];
+                }
+            }
+    }
+
     // What a pair says by itself. Training alone hardly meets a rare one where it matters.
     Weights PriorOf(const std::string& pair) const
     {
+        const unsigned first = ByteAt(pair, 0), second = ByteAt(pair, 1);
         CandidateShares shares = m_likelihood.Of(pair);
         double mean = 0;
-        for (const Candidate c : PAIR_CANDIDATES) mean += (shares[c] += LEAST_COUNTED) / 3;
+        for (const Candidate c : PAIR_CANDIDATES) {
+            shares[c] += LEAST_COUNTED + OUT_OF_STEP * m_asSecond[first][c] * m_asFirst[second][c];
+            mean += shares[c] / 3;
+        }
+        const bool isTail = IsUtf8Tail(first) && (IsUtf8Tail(second) || (second >= 0xE3 && second <= 0xE9));
+        shares[CANDIDATE_UTF8] = LEAST_COUNTED + (isTail ? OUT_OF_STEP / (64 * 64) : 0);
         Weights prior{};
-        for (const Candidate c : PAIR_CANDIDATES) prior[c] = std::max(Log(shares[c] / mean), MOST_AGAINST);
-        if (!IsPartOfUtf8(pair)) prior[CANDIDATE_UTF8] = MOST_AGAINST;
+        for (size_t c = 0; c < CANDIDATES; ++c) prior[c] = std::max(Log(shares[c] / mean), MOST_AGAINST);
+        if (IsPartOfUtf8(pair)) prior[CANDIDATE_UTF8] = 0;
         return prior;
     }
 
@@ -379,6 +402,7 @@ private:
     const CSampleSource& m_source;
     const CEncoder& m_encoder;
     CLikelihood m_likelihood;
+    std::array<CandidateShares, 0x100> m_asFirst{}, m_asSecond{};  // by byte
     std::vector<TrieNode> m_nodes;
     std::vector<int> m_feature;  // by node; -1 for none
     std::vector<Feature> m_features;
