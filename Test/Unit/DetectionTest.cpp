@@ -214,11 +214,14 @@ TEST(Detection, KnowsShortTextsAndSigns)
         {"one after another", "\xB7\x7E\xB7\x7E", ENCODE_UNICODE},
         {"a sign", "\xF0\x9F\x98\x80", ENCODE_UTF8},
         {"a word and a sign", "Hi \xF0\x9F\x91\x8D\n", ENCODE_UTF8},
+        {"a hanzi and a sign", "\xE5\xA5\xBD\xF0\x9F\x91\x8D", ENCODE_UTF8},
         {"a flag", "\xF0\x9F\x87\xA8\xF0\x9F\x87\xB3", ENCODE_UTF8},
         {"quotation marks", "\xAB\xA0Non\xA0\xBB\n", ENCODE_UNKNOWN},
         {"and a stop behind them", "\xAB\xA0Venez\xA0!\xA0\xBB dit-elle.\n", ENCODE_UNKNOWN},
     };
     for (const auto& c : cases) EXPECT_EQ(Detect(c.text), c.code) << c.what;
+    const std::string novel = ReadBytes(CODETRANS_SOURCE_DIRECTORY "/Test/Samples/fiction-hans.gbk");
+    EXPECT_EQ(Detect(novel.substr(1, 80)), ENCODE_GBK) << "begins in mid-character";
 }
 
 // Two lines in one encoding end the walk, however much follows in another; one line at the head decides
