@@ -124,7 +124,7 @@ void AddCount(States& states)
 void AddHanziInCount(States& states)
 {
     for (const int pairs : {2, 3, 4})
-        for (unsigned low : {0x0D, 0x1B})
+        for (const unsigned low : {0x0DU, 0x1BU})
             for (unsigned high = 0x4E; high < 0x7F; ++high) {
                 const std::string pair = Text(low) + Text(high);
                 if (IsTextPair(pair)) continue;

@@ -168,6 +168,7 @@ private:
         std::stable_sort(errors.begin(), errors.end(),
                          [](const auto& a, const auto& b) { return a.first < b.first; });
         std::vector<const ShortText*> texts;
+        texts.reserve(errors.size());
         for (const auto& [cost, text] : errors) texts.push_back(text);
         return texts;
     }

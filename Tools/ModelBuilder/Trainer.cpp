@@ -42,8 +42,8 @@ double Log(double x)
 {
     constexpr double LN2 = 0.69314718055994531;
     int doubled = 0;
-    for (; x > 1.5; x /= 2) ++doubled;
-    for (; x < 0.75; x *= 2) --doubled;
+    while (x > 1.5) x /= 2, ++doubled;
+    while (x < 0.75) x *= 2, --doubled;
     const double t = (x - 1) / (x + 1);
     double sum = 0, power = t;
     for (int i = 1; i < 30; i += 2, power *= t * t) sum += power / i;
