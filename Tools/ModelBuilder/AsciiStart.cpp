@@ -5,12 +5,12 @@
 
 namespace
 {
-// What a pair may say; what is taken back by the two bytes of the fourth pair; and by the second byte of the
-// third and of the fourth pair if no unit has it for its high byte. Four pairs that all may be units can keep
-// a little.
-constexpr int MOST_FOR_UNICODE = 8;
-constexpr int TAKEN_BACK[] = {7, 6};
-constexpr int TAKEN_BY_STRANGER = 3;
+// What the first and second pair may say, and what is taken back by the two bytes of the fourth: all of it.
+// The third may say a little that stays. Its second byte and the fourth pair's take more back if no unit has
+// them for its high byte.
+constexpr int MOST_FOR_UNICODE = 8, MOST_OF_THIRD = 4;
+constexpr int TAKEN_BACK[] = {8, 8};
+constexpr int TAKEN_BY_STRANGER = 1;
 constexpr int SINGLE_PAIR = 2;  // held back from the first pair, which may be all, and added to the second
 
 // Pairs that UTF-16LE does not lose by: it needs positive states.
@@ -120,6 +120,21 @@ void AddCount(States& states)
         }
 }
 
+// Third pairs that speak for UTF-16LE.
+void AddThirdPairs(States& states)
+{
+    const States before = states;
+    for (const auto& [name, state] : before) {
+        if (name.region != REGION_MAIN || name.path.size() != 2 || !IsTextPair(name.path) ||
+            state.value == TRIE_VALUE_NONE)
+            continue;
+        const TrieAdjustments add = UnpackTrieValue(state.value);
+        if (add.unicode <= add.gbk) continue;
+        AddState(states, After(2), name.path);
+        states[{After(2), name.path}] = {GivenBack(std::min(add.unicode - add.gbk, MOST_OF_THIRD)), After(3)};
+    }
+}
+
 // Hanzi among what is counted.
 void AddHanziInCount(States& states)
 {
@@ -155,5 +170,6 @@ void AddAsciiStart(States& states)
     AddAsciiOnly(states);
     AddOwnPairs(states);
     AddCount(states);
+    AddThirdPairs(states);
     AddHanziInCount(states);
 }
