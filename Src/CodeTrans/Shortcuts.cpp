@@ -66,7 +66,7 @@ private:
         return static_cast<unsigned char>(node - static_cast<unsigned>(m_pTrie[ParentOf(node)].nBase));
     }
 
-    // Whether the node stands for the first few bytes of a text that go on from the root itself.
+    // Whether the node stands for the first bytes of a text, eight at most, that go on from the root itself.
     bool IsAtStart(unsigned node) const
     {
         for (int steps = 0; steps < 8 && node != ROOT && IsChild(node); ++steps) node = ParentOf(node);

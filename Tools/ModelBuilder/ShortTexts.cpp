@@ -136,7 +136,7 @@ public:
         int corrected = 0;
         for (const ShortText* text : ErrorsByCost())
             if (m_states.size() < mostStates) corrected += CorrectOne(*text);
-        ErrorsByCost();
+        ErrorsByCost();  // says what is left
         std::cerr << corrected << " short texts put right\n";
     }
 
