@@ -1,8 +1,10 @@
-// The model builder: texts -> statistics -> patterns -> model, one command a step.
-#include <cstring>
+// The commands of the model builder, one function each.
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <map>
+#include <stdexcept>
+#include <vector>
 
 #include "AsciiStart.h"
 #include "Counting.h"
@@ -13,89 +15,121 @@
 #include "Shape.h"
 #include "ShortTexts.h"
 #include "TextFile.h"
-#include "Trainer.h"
+#include "Training.h"
 
 namespace
 {
 constexpr char USAGE[] =
-    "usage: ModelBuilder count TEXTS DATA        count TEXTS/CLASS/*.txt into DATA/Statistics\n"
-    "       ModelBuilder train DATA [SAMPLES]    train DATA/Patterns.txt from DATA/Statistics\n"
+    "usage: ModelBuilder count TEXTS DATA     count TEXTS/CLASS/*.txt into DATA/Statistics\n"
+    "       ModelBuilder train DATA [--set NAME=VALUE]... [--short]\n"
+    "                                         train DATA/Patterns.txt from DATA/Statistics;\n"
+    "                                         --short: with a tenth of the samples, for trials\n"
     "       ModelBuilder build DATA OUTPUT [--without-decisive]\n"
-    "                                            pack DATA/Mappings and DATA/Patterns.txt into a model\n";
+    "                                         pack DATA/Mappings and DATA/Patterns.txt into a model\n"
+    "       ModelBuilder recipe               print the numbers that training depends on\n"
+    "       ModelBuilder regions              print the table of the automaton's regions\n";
 
-// What two million bytes hold, mapping tables and gaps in the node array included.
-constexpr size_t MOST_STATES = 118'200;
+constexpr uint64_t SHORT_TRAINING = 10;
 
-// Characters of the Simplified and Traditional classes that occur often enough for UTF-8 states of their own.
-std::vector<wchar_t> CommonCharacters(const CSampleSource& source, double least)
+using Arguments = std::vector<std::string>;
+
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+void Count(const Arguments& arguments)
 {
-    std::map<wchar_t, double> share;
-    for (const char* name :
-         {"hans-prose", "hans-tech", "hans-words", "hant-prose", "hant-tech", "hant-words"}) {
-        const Statistics& counted = source.Counted(name);
-        double all = 0;
-        for (const auto& [character, entry] : counted.characters) all += entry.total;
-        for (const auto& [character, entry] : counted.characters) share[character] += entry.total / all;
+    const std::string data = arguments.at(1);
+    CountTexts(arguments.at(0), ReadClasses(data + "/Classes.txt"), data + "/Statistics", std::cerr);
+}
+
+Recipe RecipeFrom(const Arguments& options)
+{
+    Recipe recipe;
+    for (size_t i = 0; i < options.size(); ++i) {
+        if (options[i] == "--short") {
+            recipe.samples /= SHORT_TRAINING;
+        } else if (options[i] == "--set" && i + 1 < options.size()) {
+            recipe.Set(options[++i]);
+        } else {
+            throw UsageError("train does not know '" + options[i] + "'");
+        }
     }
-    std::vector<wchar_t> common;
-    for (const auto& [character, sum] : share)
-        if (sum > least) common.push_back(character);
-    return common;
+    return recipe;
 }
 
-// What is known beyond training: see the headers of the four.
-void Finish(States& states, const CSampleSource& source, const CEncoder& encoder)
+void Train(const Arguments& arguments)
 {
-    AddAsciiStart(states);
-    AddDecisiveStates(states, source, encoder);
-    AddForeignStates(states, source, encoder);
-    CorrectShortTexts(states, source, encoder, MOST_STATES);
-}
-
-void Train(const std::string& data, const std::string& samples)
-{
-    const CEncoder encoder(data + "/Mappings");
-    const CSampleSource source(data + "/Statistics", encoder);
-    States states = ShapeOfDetector(encoder, CommonCharacters(source, 1e-5), CommonCharacters(source, 5e-5));
+    const std::string data = arguments.at(0);
+    const Ingredients from(data, RecipeFrom({arguments.begin() + 1, arguments.end()}));
+    from.recipe.Print(std::cerr);
+    const CSampleSource source(from);
+    States states = ShapeOfDetector(from);
     std::cerr << states.size() << " states\n";
-    TrainingPlan plan;
-    if (!samples.empty()) plan.samples = std::stoull(samples);
-    TrainValues(states, source, encoder, plan);
-    Finish(states, source, encoder);
+    TrainValues(states, from, source);
+    AddAsciiStart(states, from.recipe);
+    AddDecisiveStates(states, from);
+    AddForeignStates(states, from, source);
+    CorrectShortTexts(states, from);
     WritePatterns(states, data + "/Patterns.txt");
 }
 
-void Build(const std::string& data, const std::string& output, bool decisive)
+void Build(const Arguments& arguments)
 {
+    const std::string data = arguments.at(0), output = arguments.at(1);
     States states = ReadPatterns(data + "/Patterns.txt");
-    if (!decisive) DropDecisiveStates(states);
+    if (arguments.size() == 3) {
+        if (arguments[2] != "--without-decisive")
+            throw UsageError("build does not know '" + arguments[2] + "'");
+        DropDecisiveStates(states);
+    }
     const std::string content = ModelContent(CEncoder(data + "/Mappings"), states);
     WriteFile(output, content);
     std::cerr << states.size() << " states, " << content.size() << " bytes\n";
 }
 
-int Run(int argc, char** argv)
+void PrintRecipe(const Arguments&)
 {
-    const std::string command = argc > 1 ? argv[1] : "";
-    if (command == "count" && argc == 4) {
-        CountTexts(argv[2], std::string(argv[3]) + "/Statistics");
-    } else if (command == "train" && (argc == 3 || argc == 4)) {
-        Train(argv[2], argc == 4 ? argv[3] : "");
-    } else if (command == "build" &&
-               (argc == 4 || (argc == 5 && strcmp(argv[4], "--without-decisive") == 0))) {
-        Build(argv[2], argv[3], argc == 4);
-    } else {
-        std::cerr << USAGE;
-        return 2;
-    }
-    return 0;
+    Recipe().Print(std::cout);
+}
+
+void PrintRegionTable(const Arguments&)
+{
+    PrintRegions(std::cout);
+}
+
+struct Command {
+    void (*run)(const Arguments&);
+    size_t least, most;  // arguments
+};
+
+const std::map<std::string, Command> COMMANDS = {
+    {"count", {.run = Count, .least = 2, .most = 2}},
+    {"train", {.run = Train, .least = 1, .most = 1000}},
+    {"build", {.run = Build, .least = 2, .most = 3}},
+    {"recipe", {.run = PrintRecipe, .least = 0, .most = 0}},
+    {"regions", {.run = PrintRegionTable, .least = 0, .most = 0}}};
+
+void Run(const Arguments& all)
+{
+    const auto command = all.empty() ? COMMANDS.end() : COMMANDS.find(all[0]);
+    if (command == COMMANDS.end())
+        throw UsageError(all.empty() ? "no command" : "no command '" + all[0] + "'");
+    const Arguments arguments(all.begin() + 1, all.end());
+    if (arguments.size() < command->second.least || arguments.size() > command->second.most)
+        throw UsageError("wrong number of arguments for '" + all[0] + "'");
+    command->second.run(arguments);
 }
 }  // namespace
 
 int main(int argc, char** argv)
 {
     try {
-        return Run(argc, argv);
+        Run({argv + 1, argv + argc});
+        return 0;
+    } catch (const UsageError& error) {
+        std::cerr << "ModelBuilder: " << error.what() << '\n' << USAGE;
+        return 2;
     } catch (const std::exception& error) {
         std::cerr << "ModelBuilder: " << error.what() << '\n';
         return 1;

@@ -1,0 +1,120 @@
+// Pairs, units, ASCII, UTF-8 and marks, one function each.
+#include "Shape.h"
+
+#include "Detection.h"
+#include "TextFile.h"
+
+namespace
+{
+// Characters of Chinese text whose shares in its classes add up to more than `least`.
+std::vector<wchar_t> CharactersAbove(double least, const Ingredients& from)
+{
+    std::map<wchar_t, double> share;
+    for (const CountedClass& counted : from.classes)
+        if (IsChinese(counted.kind.role))
+            for (const auto& [character, entry] : counted.counts.characters)
+                share[character] += entry.total / counted.size;
+    std::vector<wchar_t> above;
+    for (const auto& [character, sum] : share)
+        if (sum > least) above.push_back(character);
+    return above;
+}
+
+// Pairs of GBK and Big5, and the halves of GB18030's four-byte characters, which are two such pairs.
+void AddPairs(States& states)
+{
+    for (unsigned lead = 0x81; lead <= 0xFE; ++lead)
+        for (unsigned trail = 0x30; trail <= 0xFE; ++trail)
+            if (trail <= 0x39 || (trail >= 0x40 && trail != 0x7F))
+                AddState(states, REGION_MAIN, TwoBytes(lead, trail));
+}
+
+// A unit whose second byte is a lead byte of Big5 or of common GBK would take the lead of a pair that follows
+// ASCII.
+bool TakesLeadAfterAscii(unsigned low, unsigned high)
+{
+    return low < 0x80 && high >= 0xA0 && high != 0xFF;
+}
+
+void AddUnicode(States& states, const CEncoder& encoder)
+{
+    for (unsigned code = 0; code < 0x10000; ++code) {
+        const auto character = static_cast<wchar_t>(code);
+        const bool known = (code < 0x180 && !IsUnusedControl(code) && (code < 0x80 || code >= 0xA0)) ||
+                           encoder.Has(CANDIDATE_GBK, character) || encoder.Has(CANDIDATE_BIG5, character);
+        if (known && !TakesLeadAfterAscii(code & 0xFF, code >> 8))
+            AddState(states, REGION_MAIN, TwoBytes(code & 0xFF, code >> 8));
+    }
+    AddState(states, REGION_MAIN, "\xFF\xFE");
+}
+
+// Two ASCII characters that are no unit of UTF-16LE in use: they tell the two apart, and ASCII goes by twos
+// as well.
+void AddAscii(States& states)
+{
+    for (unsigned first = 0; first < 0x7F; ++first)
+        for (unsigned second = 0; second < 0x7F; ++second)
+            if ((IsAsciiText(first) || first == 0x1B) && IsAsciiText(second))
+                AddState(states, REGION_MAIN, TwoBytes(first, second));
+}
+
+// The states that keep UTF-16LE apart from ASCII with two-byte text behind it.
+void AddUnits(States& states, const std::vector<wchar_t>& known)
+{
+    for (unsigned lead = 0x81; lead < 0xA0; ++lead)
+        for (unsigned trail = 0x40; trail < 0x100; ++trail)
+            AddState(states, REGION_UNIT, TwoBytes(lead, trail));
+    for (const wchar_t character : known) {
+        const unsigned code = static_cast<uint16_t>(character);
+        if ((code & 0xFF) >= 0x40) AddState(states, REGION_NEXT_UNIT, TwoBytes(code & 0xFF, code >> 8));
+    }
+    // The high byte of a rare unit, or the lead byte of a pair. 82 and 83 lead Japanese syllables in
+    // Shift_JIS.
+    for (unsigned high = 0x81; high < 0xA0; ++high)
+        if (high != 0x82 && high != 0x83) AddState(states, REGION_RARE_UNIT, OneByte(high));
+}
+
+// Of the characters in two bytes Chinese text knows Latin, Greek and Cyrillic letters and a few signs.
+bool IsCommonUtf8Lead(unsigned byte)
+{
+    return byte == 0xC2 || byte == 0xC3 || (byte >= 0xCE && byte <= 0xD1) || (byte >= 0xE1 && byte <= 0xEF);
+}
+
+void AddUtf8(States& states, const std::vector<wchar_t>& common)
+{
+    for (const wchar_t character : common) {
+        std::string bytes;
+        AppendUtf8(bytes, character);
+        if (bytes.size() != 3) continue;
+        AddState(states, REGION_MAIN, bytes);
+        AddState(states, REGION_SECOND, bytes);
+    }
+    for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
+        AddState(states, REGION_THIRD, OneByte(tail));
+        for (unsigned next = 0x0A; next < 0xF0; ++next)
+            if (next < 0x7F || IsCommonUtf8Lead(next)) AddState(states, REGION_AFTER, TwoBytes(tail, next));
+        for (unsigned lead = 0xC2; lead < 0xF0; ++lead)
+            if (IsCommonUtf8Lead(lead)) AddState(states, REGION_SECOND, TwoBytes(lead, tail));
+    }
+}
+
+void AddMarks(States& states)
+{
+    AddState(states, REGION_START, "\xFF\xFE");
+    AddState(states, REGION_START, "\xEF\xBB\xBF");
+    states[{REGION_START, "\xFF\xFE"}].value = Decisive(CANDIDATE_UNICODE);
+    states[{REGION_START, "\xEF\xBB\xBF"}].value = Decisive(CANDIDATE_UTF8);
+}
+}  // namespace
+
+States ShapeOfDetector(const Ingredients& from)
+{
+    States states = BasicStates();
+    AddPairs(states);
+    AddUnicode(states, from.encoder);
+    AddAscii(states);
+    AddUnits(states, CharactersAbove(from.recipe.leastKnown, from));
+    AddUtf8(states, CharactersAbove(from.recipe.leastCommon, from));
+    AddMarks(states);
+    return states;
+}

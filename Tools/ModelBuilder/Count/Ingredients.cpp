@@ -1,0 +1,13 @@
+// Reads the committed figures of a data folder.
+#include "Ingredients.h"
+
+Ingredients::Ingredients(const std::string& data, const Recipe& theRecipe)
+    : recipe(theRecipe), encoder(data + "/Mappings")
+{
+    for (const TextClass& kind : ReadClasses(data + "/Classes.txt")) {
+        CountedClass counted{.kind = kind,
+                             .counts = Statistics::Read(data + "/Statistics/" + kind.name + ".txt")};
+        for (const auto& [character, entry] : counted.counts.characters) counted.size += entry.total;
+        classes.push_back(std::move(counted));
+    }
+}

@@ -1,0 +1,168 @@
+// The counted start: one state a pair for the first two, one a byte from the third on.
+#include "AsciiStart.h"
+
+#include <algorithm>
+
+#include "Detection.h"
+
+namespace
+{
+// Pairs that UTF-16LE does not lose by: it needs positive states.
+bool IsForgiven(int value)
+{
+    return value == TRIE_VALUE_NONE || DigitsOf(value)[CANDIDATE_UNICODE] > 0;
+}
+
+// What a pair says for UTF-16LE beyond the rest, and `more`, but `most` at most.
+int Limited(int value, int more, int most)
+{
+    if (value == TRIE_VALUE_NONE) return value;
+    const Digits add = DigitsOf(value);
+    const int others = std::max({add[CANDIDATE_GBK], add[CANDIDATE_BIG5], add[CANDIDATE_UTF8]});
+    const int lead = add[CANDIDATE_UNICODE] - others;
+    if (lead <= 0) return PackDigits(add);
+    const int wanted = std::min(lead + more, most);
+    if (wanted == 0) return TRIE_VALUE_NONE;
+    const int digit = std::clamp(others + wanted, 1, MostDigit(CANDIDATE_UNICODE));
+    return PackAllBut(CANDIDATE_UNICODE, digit, digit - wanted);
+}
+
+Region After(int pairs)
+{
+    return RegionOf(REGION_ASCII, pairs - 1);
+}
+
+Region Within(int pairs)
+{
+    return RegionOf(REGION_ASCII_TRAIL, pairs - 1);
+}
+
+bool IsText(unsigned byte)
+{
+    return IsAsciiText(byte) || byte == 0x1B;
+}
+
+// Of a unit of UTF-16LE in use: of hanzi, signs, frames, kana.
+bool MayBeHigh(unsigned byte)
+{
+    return byte >= 0x4E || byte == 0x20 || byte == 0x25 || byte == 0x30;
+}
+
+// A carriage return and an escape are text with what goes with them. Before a letter they are a frequent
+// hanzi.
+bool IsTextPair(const std::string& pair)
+{
+    if (pair[0] == '\r') return pair[1] == '\n';
+    if (pair[0] == '\x1B') return pair[1] == '[';
+    return IsText(ByteAt(pair, 0)) && IsText(ByteAt(pair, 1));
+}
+
+int Taken(int units)
+{
+    return PackAllBut(CANDIDATE_UNICODE, 1, 1 + units);
+}
+
+int GivenBack(int units)
+{
+    return PackAllBut(CANDIDATE_UNICODE, 1 + (units + 1) / 2, 1 - units / 2);
+}
+
+// Two pairs each in a state of its own, as in M.
+void AddOwnPairs(States& states, const Recipe& recipe)
+{
+    const States before = states;
+    for (const auto& [name, state] : before) {
+        if (name.region != REGION_MAIN || name.path.size() != 2 || !IsTextPair(name.path) ||
+            !IsForgiven(state.value))
+            continue;
+        AddState(states, REGION_START, name.path);
+        AddState(states, After(1), name.path);
+        states[{REGION_START, name.path}] = {Limited(state.value, -recipe.heldBack, recipe.mostOfPair),
+                                             After(1)};
+        states[{After(1), name.path}] = {Limited(state.value, recipe.heldBack, recipe.mostOfPair), After(2)};
+    }
+    for (unsigned byte = 0x80; byte < 0x100; ++byte) {
+        AddState(states, After(1), OneByte(byte));
+        states[{After(1), OneByte(byte)}].value = GivenBack(recipe.heldBack);
+    }
+}
+
+// From the third pair on by single bytes: which pair it is, not what it is made of.
+void AddCount(States& states, const Recipe& recipe)
+{
+    for (const int pairs : {2, 3, 4})
+        for (unsigned byte = 0; byte < 0x100; ++byte) {
+            const int taken = pairs == 4 ? 2 * recipe.mostOfPair : 0;  // so far, before this pair
+            const bool last = pairs == 3, again = pairs == 4;
+            AddState(states, After(pairs), OneByte(byte));
+            AddState(states, Within(pairs), OneByte(byte));
+            State& low = states[{After(pairs), OneByte(byte)}];
+            State& high = states[{Within(pairs), OneByte(byte)}];
+            if (IsText(byte)) {
+                low = {last ? Taken(recipe.mostOfPair) : TRIE_VALUE_NONE, Within(pairs)};
+                const int more = again || MayBeHigh(byte) ? 0 : recipe.takenByStranger;
+                const int units = more + (last ? recipe.mostOfPair : 0);
+                high = {units > 0 ? Taken(units) : TRIE_VALUE_NONE, After(std::min(pairs + 1, 4))};
+            } else {
+                if (again) low.value = GivenBack(taken);
+                if (again || last) high.value = GivenBack(last ? recipe.mostOfPair : taken);
+                if (byte < 0x80) high.onward = REGION_MAIN;  // a unit of UTF-16LE
+            }
+        }
+}
+
+// Third pairs that speak for UTF-16LE.
+void AddThirdPairs(States& states, const Recipe& recipe)
+{
+    const States before = states;
+    for (const auto& [name, state] : before) {
+        if (name.region != REGION_MAIN || name.path.size() != 2 || !IsTextPair(name.path) ||
+            state.value == TRIE_VALUE_NONE)
+            continue;
+        const Digits add = DigitsOf(state.value);
+        const int lead = add[CANDIDATE_UNICODE] - add[CANDIDATE_GBK];
+        if (lead <= 0) continue;
+        AddState(states, After(2), name.path);
+        states[{After(2), name.path}] = {GivenBack(std::min(lead, recipe.mostOfThirdPair)), After(3)};
+    }
+}
+
+// Hanzi among what is counted.
+void AddHanziInCount(States& states, const Recipe& recipe)
+{
+    for (const int pairs : {2, 3, 4})
+        for (const unsigned low : {0x0DU, 0x1BU})
+            for (unsigned high = 0x4E; high < 0x7F; ++high) {
+                const std::string pair = TwoBytes(low, high);
+                if (IsTextPair(pair)) continue;
+                const int value = pairs == 2   ? states.at({REGION_MAIN, pair}).value
+                                  : pairs == 3 ? GivenBack(recipe.mostOfPair)
+                                               : GivenBack(2 * recipe.mostOfPair);
+                AddState(states, After(pairs), pair);
+                states[{After(pairs), pair}] = {value, REGION_MAIN};
+            }
+}
+
+// Behind a pair that cannot be UTF-16LE.
+void AddAsciiOnly(States& states)
+{
+    for (auto& [name, state] : states)
+        if (name.region == REGION_MAIN && name.path.size() == 2 && IsTextPair(name.path) &&
+            !IsForgiven(state.value))
+            state.onward = REGION_ASCII_ONLY;
+    for (unsigned byte = 0; byte < 0x80; ++byte) {
+        if (IsText(byte)) states[{REGION_ASCII_ONLY, OneByte(byte)}].onward = REGION_ASCII_ONLY_TRAIL;
+        states[{REGION_ASCII_ONLY_TRAIL, OneByte(byte)}].onward =
+            IsText(byte) ? REGION_ASCII_ONLY : REGION_MAIN;
+    }
+}
+}  // namespace
+
+void AddAsciiStart(States& states, const Recipe& recipe)
+{
+    AddAsciiOnly(states);
+    AddOwnPairs(states, recipe);
+    AddCount(states, recipe);
+    AddThirdPairs(states, recipe);
+    AddHanziInCount(states, recipe);
+}

@@ -1,0 +1,119 @@
+// What betrays foreign text, and the ways back, one function each.
+#include "Foreign.h"
+
+#include "ForeignSequences.h"
+#include "Shares.h"
+
+namespace
+{
+// Controls, and a byte that no text of ours has.
+bool IsStranger(unsigned byte)
+{
+    return IsUnusedControl(byte) || byte == 0xFF;
+}
+
+// Behind a lead byte or a control character: controls, and signs that do not end a field. A line or a field
+// may end in half a character.
+void AddBroken(States& states)
+{
+    const std::string signs = "#$%&()*+-.=?";
+    for (unsigned byte = 1; byte < 0x100; ++byte)
+        if (IsStranger(byte) || (byte < 0x80 && signs.find(static_cast<char>(byte)) != std::string::npos))
+            states[{REGION_BROKEN, OneByte(byte)}] = {COUNTS_AGAINST_UNICODE, REGION_FOREIGN};
+}
+
+// Zeros at the end fill a buffer; with something behind them they are data, and what it is remains to be
+// seen.
+void AddZeros(States& states)
+{
+    const std::string zeros(2, '\0');
+    for (const Region region : {REGION_MAIN, REGION_FOREIGN}) AddState(states, region, zeros);
+    states[{REGION_MAIN, zeros}].onward = REGION_ZEROS;
+    states[{REGION_FOREIGN, zeros}] = {.value = COUNTS_AGAINST_UNICODE, .onward = REGION_FOREIGN};
+    for (unsigned byte = 0; byte < 0x100; ++byte)
+        states[{REGION_ZEROS, OneByte(byte)}] =
+            byte == 0 ? State{TRIE_VALUE_NONE, REGION_ZEROS} : State{COUNTS_AGAINST_UNICODE};
+}
+
+// Signs beyond U+FFFF, as messages have them: four bytes of UTF-8, two units of UTF-16LE, and the one that
+// chooses a sign's colour.
+void AddHighSigns(States& states)
+{
+    states[{REGION_MAIN, "\xF0\x9F"}] = {TRIE_VALUE_NONE, REGION_SIGN_THIRD};
+    for (unsigned byte = 0x80; byte < 0xC0; ++byte) {
+        states[{REGION_SIGN_THIRD, OneByte(byte)}].onward = REGION_SIGN_LAST;
+        states[{REGION_SIGN_LAST, OneByte(byte)}].value = PackAllBut(CANDIDATE_UTF8, 10, 0);
+        // Behind another character of UTF-8, whose last byte would lead a pair.
+        const std::string pair = OneByte(byte) + "\xF0";
+        if (!states.contains({REGION_MAIN, pair})) continue;
+        AddState(states, REGION_AFTER, pair + "\x9F");
+        states[{REGION_AFTER, pair}].value = states.at({REGION_MAIN, pair}).value;
+        states[{REGION_AFTER, pair + "\x9F"}].onward = REGION_SIGN_THIRD;
+    }
+    for (const char first : {'\x3C', '\x3D', '\x3E'}) {
+        AddState(states, REGION_MAIN, first + std::string("\xD8"));
+        states[{REGION_MAIN, first + std::string("\xD8")}].onward = REGION_LOW_HALF;
+    }
+    for (unsigned byte = 0; byte < 0x100; ++byte)
+        states[{REGION_LOW_HALF, OneByte(byte)}].onward = REGION_HIGH_HALF;
+    for (unsigned byte = 0xDC; byte < 0xE0; ++byte)
+        states[{REGION_HIGH_HALF, OneByte(byte)}].value = PackAllBut(CANDIDATE_UNICODE, 10, 0);
+    AddState(states, REGION_MAIN, "\x0F\xFE");
+}
+
+void AddWayBack(States& states, const Ingredients& from)
+{
+    for (unsigned byte = 0; byte < 0x100; ++byte)
+        for (const Region region : {REGION_FOREIGN, REGION_FOREIGN_TRAIL})
+            AddState(states, region, OneByte(byte));
+    for (unsigned lead = 0xE3; lead < 0xEA; ++lead)
+        for (unsigned tail = 0x80; tail < 0xC0; ++tail)
+            AddState(states, REGION_FOREIGN, OneByte(lead) + OneByte(tail));
+
+    const Shares hans = SharesOf(from, false), hant = SharesOf(from, true);
+    std::map<std::string, std::pair<double, Candidate>> ways;  // by bytes, the likeliest encoding
+    for (const Candidate candidate : ALL_CANDIDATES) {
+        CharacterShares shares = hant.anywhere;
+        if (candidate != CANDIDATE_BIG5)
+            for (const auto& [character, share] : hans.anywhere) shares[character] += share;
+        for (const wchar_t character :
+             Top(shares, from.recipe.waysBack, [&](wchar_t c) { return c >= 0x2000; })) {
+            const std::string bytes = from.encoder.Encode(candidate, {character});
+            if (bytes.size() < 2) continue;
+            auto& way = ways[bytes];
+            if (shares[character] > way.first) way = {shares[character], candidate};
+        }
+    }
+    for (const auto& [bytes, way] : ways) {
+        const Region back = RegionOf(REGION_RETURN, way.second);
+        AddState(states, REGION_FOREIGN, bytes);
+        states[{REGION_FOREIGN, bytes}].onward = back;
+        AddState(states, back, bytes);
+        states[{back, bytes}].onward = REGION_MAIN;
+    }
+}
+
+// ASCII may stand between the two, as in tables.
+void AddAsciiBetween(States& states)
+{
+    for (int candidate = 0; candidate < CANDIDATES; ++candidate) {
+        const Region back = RegionOf(REGION_RETURN, candidate);
+        for (unsigned byte = 0; byte < 0x80; ++byte) {
+            const std::string ascii = OneByte(byte) + (candidate == CANDIDATE_UNICODE ? OneByte(0) : "");
+            if (IsStranger(byte) || byte == 0x1B || states.contains({back, ascii})) continue;
+            AddState(states, back, ascii);
+            states[{back, ascii}].onward = back;
+        }
+    }
+}
+}  // namespace
+
+void AddForeignStates(States& states, const Ingredients& from, const CSampleSource& source)
+{
+    AddForeignSequences(states, from, source);
+    AddBroken(states);
+    AddZeros(states);
+    AddHighSigns(states);
+    AddWayBack(states, from);
+    AddAsciiBetween(states);
+}

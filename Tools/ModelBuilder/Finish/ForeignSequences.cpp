@@ -1,0 +1,163 @@
+// Counted in drawn text of every foreign class, and against drawn text of ours.
+#include "ForeignSequences.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "Automaton.h"
+#include "Characters.h"
+#include "SampleStream.h"
+
+namespace
+{
+constexpr uint64_t FOREIGN_SEED = 100, OWN_SEED = 7;  // any numbers do
+
+// Reads a text through the automaton and reports each pair, and each two in a row, as one number.
+class CPairReader
+{
+public:
+    explicit CPairReader(const States& states) : m_automaton(states)
+    {
+        for (unsigned node = 0; node < m_automaton.NodeCount(); ++node) {
+            const StateName* name = m_automaton.NameOf(static_cast<int>(node));
+            m_isPair.push_back(name != nullptr && name->region == REGION_MAIN &&
+                               (name->path.size() == 2 || name->path.size() == 4));
+        }
+    }
+
+    // `function(pair, sequence)`: the latter has the pair before on top, and is 0 where that is none.
+    template <typename Function>
+    void Read(const std::string& bytes, Function function) const
+    {
+        size_t last = 0;  // where the last pair ended
+        m_automaton.ForEachStep(bytes, [&](int node, size_t i) {
+            if (!m_isPair[static_cast<size_t>(node)] || i == 0) return;
+            const bool inSequence = last > 0 && i == last + 2;
+            function(PairAt(bytes, i - 1),
+                     inSequence ? PairAt(bytes, i - 3) << 16 | PairAt(bytes, i - 1) : 0);
+            last = i;
+        });
+    }
+
+private:
+    static uint32_t PairAt(const std::string& bytes, size_t at)
+    {
+        return ByteAt(bytes, at) << 8 | ByteAt(bytes, at + 1);
+    }
+
+    CAutomaton m_automaton;
+    std::vector<bool> m_isPair;
+};
+
+// Of a sequence, or of a pair.
+std::string BytesOf(uint32_t number)
+{
+    const std::string pair = TwoBytes(number >> 8 & 0xFF, number & 0xFF);
+    return number < 0x10000 ? pair : TwoBytes(number >> 24, number >> 16 & 0xFF) + pair;
+}
+
+// Two pairs that no other region follows, not both ASCII.
+bool IsSequence(const std::string& bytes)
+{
+    return (ByteAt(bytes, 0) >= 0x80 || ByteAt(bytes, 2) >= 0x80) && !StartsWithUtf8Character(bytes) &&
+           !LeadAfterAscii(bytes.substr(0, 2)) && bytes[0] != '\n' && bytes[0] != '\r';
+}
+
+// A pair that may be foreign by itself: nothing of UTF-8, and no hanzi that every font has.
+bool MayBeForeign(const std::string& pair)
+{
+    const unsigned lead = ByteAt(pair, 0), second = ByteAt(pair, 1);
+    const bool isBig5Sign = lead == 0xC6 && second > 0xA0;  // of the ETEN extensions
+    return lead >= 0x80 && !IsGb2312Hanzi(lead, second) && !IsBig5FirstLevel(lead, second) && !isBig5Sign &&
+           !IsPartOfUtf8(pair);
+}
+
+using Occurrences = std::unordered_map<uint32_t, double>;
+
+// Sequences, and single pairs, by their share in the foreign class that has them most, weighed.
+Occurrences ForeignShares(const CPairReader& reader, const Ingredients& from, const CSampleSource& source)
+{
+    Occurrences shares;
+    uint64_t seed = FOREIGN_SEED;
+    for (size_t kind = 0; kind < from.classes.size(); ++kind) {
+        if (!IsForeign(from.classes[kind].kind.role)) continue;
+        CRandom random(seed++);
+        std::unordered_map<uint32_t, uint32_t> counts;
+        double all = 0;
+        for (size_t n = 0; n < from.recipe.foreignSamples; ++n)
+            reader.Read(source.DrawForeign(kind, random), [&](uint32_t pair, uint32_t sequence) {
+                ++all;
+                if (MayBeForeign(BytesOf(pair))) ++counts[pair];
+                if (sequence != 0 && IsSequence(BytesOf(sequence))) ++counts[sequence];
+            });
+        for (const auto& [sequence, count] : counts)
+            if (count > from.recipe.leastForeign * all)
+                shares[sequence] = std::max(shares[sequence], from.classes[kind].kind.weight * count / all);
+    }
+    return shares;
+}
+
+// How often text of ours has them.
+struct OwnCounts {
+    double all = 0;
+    std::vector<double> pairs = std::vector<double>(0x10000);
+    Occurrences sequences;  // of those that foreign text has
+
+    double OfPair(uint32_t pair) const { return (pairs[pair] + 1) / all; }
+
+    // As often as was seen, or as chance would have it.
+    double OfSequence(uint32_t sequence) const
+    {
+        const auto found = sequences.find(sequence);
+        const double seen = found == sequences.end() ? 0 : found->second;
+        return std::max(seen, (pairs[sequence >> 16] + 1) * (pairs[sequence & 0xFFFF] + 1) / all) / all;
+    }
+};
+
+OwnCounts CountOwn(const CPairReader& reader, const Occurrences& foreign, const Ingredients& from,
+                   const CSampleSource& source)
+{
+    OwnCounts own;
+    CSampleStream stream(source, OWN_SEED, from.recipe.ownSamples);
+    for (size_t n = 0; n < from.recipe.ownSamples; ++n)
+        reader.Read(stream.Next().bytes, [&](uint32_t pair, uint32_t sequence) {
+            ++own.all, ++own.pairs[pair];
+            if (foreign.contains(sequence)) ++own.sequences[sequence];
+        });
+    return own;
+}
+
+bool IsForeignPair(const std::string& pair, double share, double own, const Recipe& recipe)
+{
+    const bool isUnit = ByteAt(pair, 1) >= 0x4E && ByteAt(pair, 1) < 0xA0;  // a hanzi of UTF-16LE
+    return share > (isUnit ? recipe.unitOdds : recipe.pairOdds) * own;
+}
+
+void SendAway(States& states, const std::string& bytes)
+{
+    AddState(states, REGION_MAIN, bytes);
+    states[{.region = REGION_MAIN, .path = bytes}] = {.value = COUNTS_AGAINST_UNICODE,
+                                                      .onward = REGION_FOREIGN};
+}
+}  // namespace
+
+void AddForeignSequences(States& states, const Ingredients& from, const CSampleSource& source)
+{
+    const CPairReader reader(states);
+    const Occurrences foreign = ForeignShares(reader, from, source);
+    const OwnCounts own = CountOwn(reader, foreign, from, source);
+
+    std::vector<std::pair<double, std::string>> order;  // the most frequent sequences first
+    for (const auto& [number, share] : foreign) {
+        const std::string bytes = BytesOf(number);
+        if (bytes.size() == 2) {
+            if (IsForeignPair(bytes, share, own.OfPair(number), from.recipe)) SendAway(states, bytes);
+        } else if (share > from.recipe.sequenceOdds * own.OfSequence(number) &&
+                   !states.contains({.region = REGION_MAIN, .path = bytes})) {
+            order.emplace_back(-share, bytes);
+        }
+    }
+    std::sort(order.begin(), order.end());
+    if (order.size() > from.recipe.sequences) order.resize(from.recipe.sequences);
+    for (const auto& [share, bytes] : order) SendAway(states, bytes);
+}

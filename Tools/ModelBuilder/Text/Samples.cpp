@@ -1,0 +1,147 @@
+// Kinds and lengths of samples, drawn by the recipe's percentages. The order of the draws is part of the
+// result.
+#include "Samples.h"
+
+#include <algorithm>
+
+#include "Bytes.h"
+#include "ForeignTokens.h"
+#include "Oddities.h"
+
+namespace
+{
+// Mostly short, as short text is where errors are; now and then a whole page.
+size_t DrawLength(CRandom& random)
+{
+    const uint32_t kind = random.Below(100);
+    if (kind < 6) return 1;
+    if (kind < 30) return 2;
+    if (kind < 44) return 3;
+    if (kind < 54) return 4;
+    if (kind < 72) return 5 + random.Below(8);
+    if (kind < 86) return 13 + random.Below(20);
+    if (kind < 96) return 33 + random.Below(64);
+    return 100 + random.Below(400);
+}
+
+// Pieces of three to seven bytes are hard to tell from hanzi; longer ones are to be right for good.
+size_t DrawAsciiLength(CRandom& random)
+{
+    const uint32_t kind = random.Below(10);
+    if (kind < 3) return 1 + random.Below(7);
+    return kind < 8 ? 8 + random.Below(24) : 32 + random.Below(300);
+}
+}  // namespace
+
+CSampleSource::CSampleSource(const Ingredients& ingredients)
+    : m_from(ingredients), m_recipe(ingredients.recipe)
+{
+    for (const CountedClass& counted : m_from.classes) {
+        if (counted.kind.role == Role::ASCII) m_ascii = m_samplers.size();
+        m_samplers.emplace_back(counted.counts);
+    }
+    for (unsigned code = 0x4E00; code < 0xA000; ++code) {
+        const auto hanzi = static_cast<wchar_t>(code);
+        m_hanzi[LevelOf(m_from.encoder, hanzi)].push_back(hanzi);
+    }
+}
+
+std::string CSampleSource::Ascii(size_t length, CRandom& random) const
+{
+    if (random.Chance(m_recipe.machineText)) return MachineText(length, random);
+    std::string bytes;
+    for (const wchar_t c : m_samplers[m_ascii].Text(length + 8, random)) {
+        if (c >= 0x80) continue;
+        if (c == L'\n' && length % 3 == 0) bytes += '\r';
+        bytes += static_cast<char>(c);
+    }
+    bytes.resize(std::min(length, bytes.size()));
+    return bytes;
+}
+
+std::wstring CSampleSource::Chinese(bool traditional, size_t length, CRandom& random) const
+{
+    const uint32_t drawn = random.Below(100);
+    uint32_t upTo = 0;
+    for (size_t i = 0; i < m_samplers.size(); ++i) {
+        const TextClass& kind = m_from.classes[i].kind;
+        if (!IsChinese(kind.role) || kind.isTraditional != traditional) continue;
+        upTo += kind.drawn;
+        if (drawn >= upTo) continue;
+        const bool joined = drawn >= 100 - m_recipe.joinedWords ||
+                            (kind.role == Role::PROSE && length < m_recipe.joinedProse);
+        return m_samplers[i].Text(length, random, joined);
+    }
+    return L"";
+}
+
+// ASCII with one to three words of Chinese in it.
+std::wstring CSampleSource::Sparse(bool traditional, size_t length, CRandom& random) const
+{
+    const std::string ascii = Ascii(length, random);
+    std::wstring text(ascii.begin(), ascii.end());
+    uint32_t words = 1;
+    if (random.Chance(m_recipe.moreWords)) words += random.Below(3);
+    for (; words > 0; --words) {
+        const std::wstring word = Chinese(traditional, 1 + random.Below(3), random);
+        text.insert(random.Below(text.size() + 1), word);
+    }
+    return text;
+}
+
+// Now and then a character that no counts hold: half of them common, one in ten outside both standards.
+void CSampleSource::DrawRareHanzi(std::wstring& text, Candidate candidate, CRandom& random) const
+{
+    for (wchar_t& c : text) {
+        if (c < 0x4E00 || c > 0x9FFF || !random.Chance(m_recipe.rareHanzi)) continue;
+        const uint32_t kind = random.Below(10);
+        const auto& level = m_hanzi[kind < 5 ? LEVEL_COMMON : kind < 9 ? LEVEL_RARE : LEVEL_OUTSIDE];
+        const wchar_t rare = level[random.Below(level.size())];
+        if (m_from.encoder.Has(candidate, rare)) c = rare;
+    }
+}
+
+void CSampleSource::AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const
+{
+    const bool isShort = text.size() <= 4;  // where one oddity would be all there is
+    if (!isShort && random.Chance(m_recipe.runs)) InsertRun(text, random);
+    if (text.size() > 16 && random.Chance(m_recipe.escapes)) InsertEscapes(text, random);
+    if (random.Chance(m_recipe.windowsLineEnds)) EndLinesAsWindows(text);
+    if (!isShort && random.Chance(m_recipe.rareHanziSamples)) DrawRareHanzi(text, candidate, random);
+}
+
+std::string CSampleSource::DrawForeign(size_t kind, CRandom& random) const
+{
+    const size_t length = 64 + random.Below(200);
+    std::string bytes;
+    for (const wchar_t token : m_samplers[kind].Text(length, random)) bytes += BytesOfToken(token);
+    return bytes;
+}
+
+Sample CSampleSource::DrawAscii(CRandom& random) const
+{
+    Sample sample{.bytes = Ascii(DrawAsciiLength(random), random)};
+    if (sample.bytes.size() >= m_recipe.wholeAscii) sample.weight = m_recipe.wholeAsciiWeight;
+    return sample;
+}
+
+Sample CSampleSource::Draw(CRandom& random) const
+{
+    if (random.Chance(m_recipe.asciiSamples)) return DrawAscii(random);
+    Sample sample;
+    sample.answer = static_cast<Candidate>(random.Below(CANDIDATES));
+    const bool traditional =
+        sample.answer == CANDIDATE_BIG5 || random.Chance(m_recipe.TraditionalPart(sample.answer));
+    if (sample.answer == CANDIDATE_BIG5) sample.weight = m_recipe.big5Weight;
+    const size_t length = DrawLength(random);
+    std::wstring text = length > 8 && random.Chance(m_recipe.sparseSamples)
+                            ? Sparse(traditional, length, random)
+                            : Chinese(traditional, length, random);
+    AddOddities(text, sample.answer, random);
+    sample.bytes = m_from.encoder.Encode(sample.answer, text);
+    if (sample.answer == CANDIDATE_GBK && random.Chance(m_recipe.fourByteSamples))
+        sample.bytes += "\x82\x30\xC3\x36";  // one character in the four bytes of GB18030
+    Damage(sample.bytes, random);
+    if (IsAscii(sample.bytes) && sample.answer != CANDIDATE_UNICODE) sample.answer = CANDIDATE_GBK;
+    return sample;
+}

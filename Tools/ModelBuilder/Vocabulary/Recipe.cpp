@@ -1,0 +1,44 @@
+// Reading and printing of the recipe by name.
+#include "Recipe.h"
+
+#include <cmath>
+#include <iomanip>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+
+namespace
+{
+template <typename Number>
+void Assign(Number& number, const std::string& name, const std::string& value)
+{
+    std::istringstream in(value);
+    if (value.starts_with("-") != (value[0] == '-' && Number(-1) < Number(0)) || !(in >> number) ||
+        in.peek() != std::istringstream::traits_type::eof())
+        throw std::runtime_error("'" + value + "' is no value for " + name);
+}
+}  // namespace
+
+void Recipe::Set(const std::string& assignment)
+{
+    const size_t sign = assignment.find('=');
+    const std::string wanted = assignment.substr(0, sign);
+    const std::string text = sign == std::string::npos ? "" : assignment.substr(sign + 1);
+#define RECIPE_NUMBER(type, name, value, unit, reason) \
+    if (wanted == #name) return Assign(name, wanted, text);
+#include "RecipeNumbers.inc"
+#undef RECIPE_NUMBER
+    throw std::runtime_error("the recipe has no number '" + wanted + "'; `ModelBuilder recipe` lists them");
+}
+
+void Recipe::Print(std::ostream& out) const
+{
+#define RECIPE_NUMBER(type, name, value, unit, reason) out << #name << '=' << name << ' ' << (unit) << '\n';
+#include "RecipeNumbers.inc"
+#undef RECIPE_NUMBER
+}
+
+double Recipe::OddsOfUnit() const
+{
+    return std::exp(1 / unitsANat);
+}
