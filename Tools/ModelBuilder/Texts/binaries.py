@@ -1,5 +1,5 @@
-"""Files that are no text, by kind: programs, pictures with flat colours, sound, tables of compiled catalogues, databases,
-fonts, archives. Raw bytes in .bin files; each takes a piece of many files rather than one file whole."""
+"""Files that are no text, by kind: programs, pictures with flat colours, sound, tables of compiled catalogues,
+databases, fonts, archives. Raw bytes in .bin files; each takes a piece of many files rather than one file whole."""
 import collections
 import os
 import random
@@ -64,13 +64,11 @@ def pictures(paths):
 def sound(paths):
     """Sound as samples of 16 and of 8 bits, without the silence at the ends of a file."""
     wide, narrow = b"", b""
-    paths = list(paths)
     for path in paths:
         share = LIMIT // 2 // len(paths) + 1
-        plain = ["sox", path, "-t", "raw", "-c", "1"]
-        trim = ["silence", "1", "0.1", "1%"]
-        wide += packages.run(plain + ["-b", "16", "-e", "signed", "-", *trim], stderr=subprocess.DEVNULL)[:share]
-        narrow += packages.run(plain + ["-r", "11025", "-b", "8", "-e", "unsigned", "-", *trim], stderr=subprocess.DEVNULL)[:share]
+        plain, trim = ["sox", "-V1", path, "-t", "raw", "-c", "1"], ["-", "silence", "1", "0.1", "1%"]
+        wide += packages.run(plain + ["-b", "16", "-e", "signed"] + trim)[:share]
+        narrow += packages.run(plain + ["-r", "11025", "-b", "8", "-e", "unsigned"] + trim)[:share]
     return {"pcm-16": wide, "pcm-8": narrow}
 
 
@@ -112,8 +110,7 @@ def write(folder, kinds):
     return rows
 
 
-PACKAGES = ("alsa-utils sound-icons tuxpaint-data calligra-data mate-control-center-common libmagic-mgc tzdata "
-            "fonts-dejavu-core xfonts-base").split()
+PACKAGES = "alsa-utils sound-icons tuxpaint-data calligra-data libmagic-mgc tzdata fonts-dejavu-core xfonts-base".split()
 
 
 def collect(folder, text_packages):
@@ -134,7 +131,8 @@ def collect(folder, text_packages):
                       "zones": pieces(found("usr/share/zoneinfo/**/*"), 2000, 44, LIMIT // 6)},
         "fonts": {"truetype": pieces(found("**/*.ttf"), 60_000, 20_000, LIMIT // 2),
                   "bitmap": bitmap_fonts[:LIMIT // 2]},
-        "archives": {"gzip": pieces(found("**/*.[1-8].gz"), 3000, 0, LIMIT // 2), "deb": pieces(debs, 3000, 1000, LIMIT // 4),
+        "archives": {"gzip": pieces(found("**/*.[1-8].gz"), 3000, 0, LIMIT // 2),
+                     "deb": pieces(debs, 3000, 1000, LIMIT // 4),
                      "png": pieces(found("**/*.png"), 2000, 0, LIMIT // 4)},
     }
     return write(folder, kinds)

@@ -4,8 +4,8 @@ import re
 # Class, a character that each of its lines must hold, languages as the catalogues name them.
 SCRIPTS = [
     ("world-latin", "[\u00c0-\u024f\u1e00-\u1eff]",
-     "af an ast az br bs ca co crh cs csb cy da de eo es et eu fi fo fr fur ga gd gl gn haw hr hsb hu id is it kab kmr ku "
-     "lb lt lv mg mi mt nb nds nl nn oc pl pt pt_BR ro rw sc se sk sl sq sr@latin sv sw tk tl tr uz vec wa wo yo"),
+     "af an ast az br bs ca co crh cs csb cy da de eo es et eu fi fo fr fur ga gd gl gn haw hr hsb hu id is it kab kmr "
+     "ku lb lt lv mg mi mt nb nds nl nn oc pl pt pt_BR ro rw sc se sk sl sq sr@latin sv sw tk tl tr uz vec wa wo yo"),
     ("world-vietnamese", "[\u00c0-\u024f\u1e00-\u1eff]", "vi"),
     ("world-cyrillic", "[\u0400-\u052f]",
      "ru uk be bg sr mk kk ky mn tg tt uz@cyrillic cv os ba ab"),

@@ -62,10 +62,11 @@ def catalogue(path):
     return [text for key, text in sorted((str(k), v) for k, v in messages.items()) if key and isinstance(text, str)]
 
 
-def catalogue_lines(folder, locale, packages):
+def catalogue_lines(folder, locale, packages, left_out=()):
+    """The translations into `locale` of all programs in the packages but those left out."""
     for package in sorted(packages):
         for path in files(f"{folder}/deb", f"{package}/usr/share/locale*/{locale}/LC_MESSAGES/*.mo"):
-            for text in catalogue(path):
+            for text in catalogue(path) if os.path.basename(path)[:-3] not in left_out else []:
                 yield from text.split("\n")
 
 
@@ -119,7 +120,7 @@ def head(lines, limit):
 
 
 def distinct(lines, wanted, limit):
-    """Lines for which wanted(line) is true, each once, in an order drawn with a fixed seed, up to `limit` characters."""
+    """Lines for which wanted(line) is true, each once, in an order of its own, up to `limit` characters."""
     chosen = list(dict.fromkeys(line for line in map(str.strip, lines) if line and wanted(line)))
     random.Random(len(chosen)).shuffle(chosen)
     return head(chosen, limit)

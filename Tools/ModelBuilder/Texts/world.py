@@ -1,15 +1,19 @@
 """Text of the world's languages for counting: classes world-SCRIPT, a file a language, from message catalogues, manual
-pages and dictionaries; world-signs, English with signs beyond ASCII; and the same languages in their legacy encodings."""
+pages and dictionaries; world-signs, English with signs beyond ASCII; the same languages in their legacy encodings."""
 from Texts import packages
 from Texts.languages import HAN_OR_KANA, LANGUAGES, LEGACY, SIGN, encoded, is_in
 
-CATALOGUES = ("iso-codes gettext git vlc-l10n calligra-data binutils-common gcc-12-locales dpkg-dev dpkg apt apt-utils "
-              "aptitude-common coreutils debconf-i18n xkb-data cinnamon-l10n tuxpaint-data libc-l10n util-linux-locales "
-              "bash tar grep sed findutils diffutils wget e2fsprogs bison flex psmisc nano mutt cups-common krita-l10n "
-              "libkf5i18n-data mate-control-center-common abiword-common").split()
+CATALOGUES = ("iso-codes gettext git vlc-l10n calligra-data binutils-common gcc-12-locales dpkg-dev dpkg apt apt- "
+              "utils aptitude-common coreutils debconf-i18n xkb-data cinnamon-l10n tuxpaint-data libc-l10n util- "
+              "linux-locales bash tar grep sed findutils diffutils wget e2fsprogs bison flex psmisc nano mutt cups- "
+              "common krita-l10n libkf5i18n-data abiword-common metacity-common zenity-common libwnck-3-common "
+              "libgnomekbd-common gvfs-common yelp orca sound-juicer gnome-power-manager iagno tali five-or-more "
+              "four-in-a-row lightsoff xfce4-settings lxpanel-data balsa dia-common gnumeric-common").split()
+# Their messages are largely those of programs that are kept for judging.
+LEFT_OUT = ("nemo", "nemo-extensions", "cinnamon-control-center", "cinnamon-settings-daemon")
 DICTIONARIES = [f"hunspell-{name}" for name in (
-    "af an ar be bg bn bo br bs ca cs da de-de dz el es eu fr-classical gd gl gu he hi hr hu id is it kk kmr ko lo lt lv ml "
-    "mn ne nl no oc pl pt-br pt-pt ro ru si sk sl sr sv sw te th tr uk uz vi").split()]
+    "af an ar be bg bn bo br bs ca cs da de-de dz el es eu fr-classical gd gl gu he hi hr hu id is it kk kmr ko "
+    "lo lt lv ml mn ne nl no oc pl pt-br pt-pt ro ru si sk sl sr sv sw te th tr uk uz vi").split()]
 DICTIONARIES += "myspell-eo myspell-et myspell-fa myspell-fo myspell-ga myspell-hy myspell-sq".split()
 DICTIONARIES += [f"aspell-{name}" for name in "am cy hsb hy kn mr or pa ta uz fa te ml is gu".split()] + ["aspell"]
 MANUALS = [f"manpages-{name}" for name in (
@@ -23,7 +27,8 @@ LEGACY_BYTES = 300_000  # of an encoding
 
 def pool_of(folder, kind, sign, language):
     """The language's lines: messages, manual pages, words; more than are wanted, in an order drawn once."""
-    sources = (packages.catalogue_lines(folder, language, CATALOGUES), packages.manual_lines(folder, language, MANUALS),
+    sources = (packages.catalogue_lines(folder, language, CATALOGUES, LEFT_OUT),
+               packages.manual_lines(folder, language, MANUALS),
                packages.word_lines(folder, WORDS.get(language, language)))
     return [packages.distinct(source, lambda line: is_in(sign, kind, line) and len(line) < 1000, LEGACY_BYTES)
             for source in sources]
