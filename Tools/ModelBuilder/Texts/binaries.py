@@ -110,7 +110,8 @@ def write(folder, kinds):
     return rows
 
 
-PACKAGES = "alsa-utils sound-icons tuxpaint-data calligra-data libmagic-mgc tzdata fonts-dejavu-core xfonts-base".split()
+PACKAGES = ("alsa-utils sound-icons tuxpaint-data calligra-data libmagic-mgc tzdata fonts-dejavu-core "
+            "xfonts-base").split()
 
 
 def collect(folder, text_packages):

@@ -3,10 +3,10 @@ pages and dictionaries; world-signs, English with signs beyond ASCII; the same l
 from Texts import packages
 from Texts.languages import HAN_OR_KANA, LANGUAGES, LEGACY, SIGN, encoded, is_in
 
-CATALOGUES = ("iso-codes gettext git vlc-l10n calligra-data binutils-common gcc-12-locales dpkg-dev dpkg apt apt- "
-              "utils aptitude-common coreutils debconf-i18n xkb-data cinnamon-l10n tuxpaint-data libc-l10n util- "
-              "linux-locales bash tar grep sed findutils diffutils wget e2fsprogs bison flex psmisc nano mutt cups- "
-              "common krita-l10n libkf5i18n-data abiword-common metacity-common zenity-common libwnck-3-common "
+CATALOGUES = ("iso-codes gettext git vlc-l10n calligra-data binutils-common gcc-12-locales dpkg-dev dpkg apt "
+              "apt-utils aptitude-common coreutils debconf-i18n xkb-data cinnamon-l10n tuxpaint-data libc-l10n "
+              "util-linux-locales bash tar grep sed findutils diffutils wget e2fsprogs bison flex psmisc nano mutt "
+              "cups-common krita-l10n libkf5i18n-data abiword-common metacity-common zenity-common libwnck-3-common "
               "libgnomekbd-common gvfs-common yelp orca sound-juicer gnome-power-manager iagno tali five-or-more "
               "four-in-a-row lightsoff xfce4-settings lxpanel-data balsa dia-common gnumeric-common").split()
 # Their messages are largely those of programs that are kept for judging.
