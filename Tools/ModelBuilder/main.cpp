@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "AsciiStart.h"
+#include "Compare.h"
 #include "Counting.h"
 #include "Decisive.h"
+#include "Explain.h"
 #include "Foreign.h"
 #include "ModelFile.h"
 #include "Patterns.h"
@@ -26,6 +28,12 @@ constexpr char USAGE[] =
     "                                         --short: with a tenth of the samples, for trials\n"
     "       ModelBuilder build DATA OUTPUT [--without-decisive]\n"
     "                                         pack DATA/Mappings and DATA/Patterns.txt into a model\n"
+    "       ModelBuilder explain DATA FILE [--readings LEFT,RIGHT] [--bytes N]\n"
+    "                                         show why a file is decided as it is: each byte's state and\n"
+    "                                         what it adds; --readings: two encodings side by side\n"
+    "       ModelBuilder compare OLD NEW FOLDER\n"
+    "                                         judge two models on FOLDER/LABEL/*, LABEL being gbk, big5,\n"
+    "                                         utf-8, utf-16le or undecided\n"
     "       ModelBuilder recipe               print the numbers that training depends on\n"
     "       ModelBuilder regions              print the table of the automaton's regions\n";
 
@@ -88,6 +96,34 @@ void Build(const Arguments& arguments)
     std::cerr << states.size() << " states, " << content.size() << " bytes\n";
 }
 
+void Explain(const Arguments& arguments)
+{
+    constexpr size_t ROWS = 100;
+    const std::string data = arguments.at(0), bytes = ReadFile(arguments.at(1));
+    const States states = ReadPatterns(data + "/Patterns.txt");
+    size_t rows = ROWS;
+    std::string readings;
+    for (size_t i = 2; i < arguments.size(); ++i) {
+        if (arguments[i] == "--readings" && i + 1 < arguments.size()) {
+            readings = arguments[++i];
+        } else if (arguments[i] == "--bytes" && i + 1 < arguments.size()) {
+            rows = std::stoul(arguments[++i]);
+        } else {
+            throw UsageError("explain does not know '" + arguments[i] + "'");
+        }
+    }
+    if (readings.empty()) return ExplainWalk(states, bytes, rows, std::cout);
+    const size_t comma = readings.find(',');
+    if (comma == std::string::npos) throw UsageError("--readings takes two encodings, LEFT,RIGHT");
+    ExplainReadings(states, CEncoder(data + "/Mappings"), bytes, CandidateOf(readings.substr(0, comma)),
+                    CandidateOf(readings.substr(comma + 1)), rows, std::cout);
+}
+
+void Compare(const Arguments& arguments)
+{
+    CompareModels(arguments.at(0), arguments.at(1), arguments.at(2), std::cout);
+}
+
 void PrintRecipe(const Arguments&)
 {
     Recipe().Print(std::cout);
@@ -107,6 +143,8 @@ const std::map<std::string, Command> COMMANDS = {
     {"count", {.run = Count, .least = 2, .most = 2}},
     {"train", {.run = Train, .least = 1, .most = 1000}},
     {"build", {.run = Build, .least = 2, .most = 3}},
+    {"explain", {.run = Explain, .least = 2, .most = 6}},
+    {"compare", {.run = Compare, .least = 3, .most = 3}},
     {"recipe", {.run = PrintRecipe, .least = 0, .most = 0}},
     {"regions", {.run = PrintRegionTable, .least = 0, .most = 0}}};
 

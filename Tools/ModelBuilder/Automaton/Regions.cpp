@@ -25,7 +25,9 @@ StateName Main(const std::string& path)
 
 StateName ToTwin(const StateName& state)
 {
-    return state.path.empty() ? Root(REGION_START) : Main(state.path);
+    if (state.path.empty()) return Root(REGION_START);
+    const bool beginsWord = state.path.size() == 1 && ByteAt(state.path, 0) >= 0x80;
+    return {.region = beginsWord ? REGION_WORD : REGION_MAIN, .path = state.path};
 }
 
 StateName ToMainRoot(const StateName&)
@@ -60,10 +62,11 @@ StateName WithoutFirstUnit(const StateName& state)
 {
     const std::string& path = state.path;
     if (path.empty()) return Root(REGION_START);
-    if (path.size() == 1) return Root(IsLead(ByteAt(path, 0)) ? REGION_BROKEN : REGION_MAIN);
+    if (path.size() == 1) return Root(IsLead(ByteAt(path, 0)) ? REGION_BROKEN : REGION_WORD);
     if (IsLineEndAlone(path)) return Main(path.substr(1));
     if (LeadAfterAscii(path)) return {.region = REGION_UNIT, .path = path.substr(1)};
     if (path.size() == 2 && OpensUtf8(path)) return Root(REGION_THIRD);
+    if (path.size() == 2 && IsAscii(path)) return Root(REGION_WORD);
     if (!StartsWithUtf8Character(path)) return Main(path.substr(2));
     if (path.size() <= 4) return {.region = REGION_AFTER, .path = path.substr(2)};
     if (ByteAt(path, 3) < 0x80) return Main(path.substr(4));
@@ -117,7 +120,8 @@ StateName OutOfAscii(const StateName& state)
     const bool halfway =
         IsRegionOf(state.region, REGION_ASCII_TRAIL) || state.region == REGION_ASCII_ONLY_TRAIL;
     const bool maybeUnit = halfway && state.path.size() == 1 && IsLeadAndHighByte(ByteAt(state.path, 0));
-    return {.region = maybeUnit ? REGION_UNIT : REGION_MAIN, .path = state.path};
+    if (maybeUnit) return {.region = REGION_UNIT, .path = state.path};
+    return {.region = state.path.size() < 2 ? REGION_WORD : REGION_MAIN, .path = state.path};
 }
 
 // Foreign text is taken by twos where the first byte may lead a pair, and by threes where it may be UTF-8.
@@ -154,10 +158,21 @@ const std::vector<RegionRow>& RegionTable()
         {REGION_START, 1, "start",
          "the start of the buffer, where a byte-order mark may stand and short texts have states of their "
          "own",
-         "to the same bytes in M", ToTwin, true},
+         "beyond ASCII to the same byte in W, otherwise to the same bytes in M", ToTwin, true},
         {REGION_MAIN, 1, "main",
          "in step with two-byte text; a third byte completes a UTF-8 character or begins a known sequence",
          "to what is left when the first unit is given up", WithoutFirstUnit, true},
+        {REGION_WORD, 1, "word",
+         "behind ASCII, where text is in step as surely as at the start; short texts have states of their "
+         "own",
+         "to the same bytes in M", ToMain, false},
+        {REGION_LONE_PAIR, 1, "lone pair",
+         "behind ASCII and one pair that may be a letter with an accent in UTF-8: more ASCII tells what it "
+         "is",
+         "to the same bytes in M", ToMain, false},
+        {REGION_HANGUL, 1, "Hangul",
+         "behind a UTF-16LE unit of ASCII, where Hangul may come whose low byte is ASCII",
+         "to the same bytes in M", ToMain, false},
         {REGION_THIRD, 1, "third",
          "the third byte of a UTF-8 character is to come that has no state of its own",
          "to the same byte in C", AwaitThird, false},

@@ -1,6 +1,9 @@
 // Pairs, units, ASCII, UTF-8 and marks, one function each.
 #include "Shape.h"
 
+#include <algorithm>
+#include <set>
+
 #include "Detection.h"
 #include "TextFile.h"
 
@@ -33,15 +36,34 @@ void AddPairs(States& states)
 // ASCII.
 bool TakesLeadAfterAscii(unsigned low, unsigned high)
 {
-    return low < 0x80 && high >= 0xA0 && high != 0xFF;
+    return low < 0x80 && high >= 0xA0 && high < 0xFE;
 }
 
-void AddUnicode(States& states, const CEncoder& encoder)
+// Characters that the counts of the world's text know.
+std::set<wchar_t> WorldCharacters(const Ingredients& from)
 {
+    std::set<wchar_t> known;
+    for (const CountedClass& counted : from.classes)
+        if (counted.kind.role == Role::WORLD)
+            for (const auto& [character, entry] : counted.counts.characters) known.insert(character);
+    return known;
+}
+
+// Small, vertical and half-width forms stand in Chinese text that came from other encodings.
+bool IsForm(unsigned code)
+{
+    return (code >= 0xFE30 && code < 0xFE6C) || (code >= 0xFF01 && code < 0xFFEF);
+}
+
+void AddUnicode(States& states, const Ingredients& from)
+{
+    const CEncoder& encoder = from.encoder;
+    const std::set<wchar_t> world = WorldCharacters(from);
     for (unsigned code = 0; code < 0x10000; ++code) {
         const auto character = static_cast<wchar_t>(code);
         const bool known = (code < 0x180 && !IsUnusedControl(code) && (code < 0x80 || code >= 0xA0)) ||
-                           encoder.Has(CANDIDATE_GBK, character) || encoder.Has(CANDIDATE_BIG5, character);
+                           encoder.Has(CANDIDATE_GBK, character) || encoder.Has(CANDIDATE_BIG5, character) ||
+                           IsForm(code) || world.contains(character);
         if (known && !TakesLeadAfterAscii(code & 0xFF, code >> 8))
             AddState(states, REGION_MAIN, TwoBytes(code & 0xFF, code >> 8));
     }
@@ -74,12 +96,6 @@ void AddUnits(States& states, const std::vector<wchar_t>& known)
         if (high != 0x82 && high != 0x83) AddState(states, REGION_RARE_UNIT, OneByte(high));
 }
 
-// Of the characters in two bytes Chinese text knows Latin, Greek and Cyrillic letters and a few signs.
-bool IsCommonUtf8Lead(unsigned byte)
-{
-    return byte == 0xC2 || byte == 0xC3 || (byte >= 0xCE && byte <= 0xD1) || (byte >= 0xE1 && byte <= 0xEF);
-}
-
 void AddUtf8(States& states, const std::vector<wchar_t>& common)
 {
     for (const wchar_t character : common) {
@@ -92,17 +108,57 @@ void AddUtf8(States& states, const std::vector<wchar_t>& common)
     for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
         AddState(states, REGION_THIRD, OneByte(tail));
         for (unsigned next = 0x0A; next < 0xF0; ++next)
-            if (next < 0x7F || IsCommonUtf8Lead(next)) AddState(states, REGION_AFTER, TwoBytes(tail, next));
-        for (unsigned lead = 0xC2; lead < 0xF0; ++lead)
-            if (IsCommonUtf8Lead(lead)) AddState(states, REGION_SECOND, TwoBytes(lead, tail));
+            if (next < 0x7F || IsUtf8Lead(next)) AddState(states, REGION_AFTER, TwoBytes(tail, next));
+        for (unsigned lead = 0xC2; lead < 0xF0; ++lead) AddState(states, REGION_SECOND, TwoBytes(lead, tail));
     }
 }
 
+// An accented letter among ASCII ones is one pair: behind ASCII it has a state of its own, and so has the
+// ASCII that follows it.
+void AddLonePairs(States& states)
+{
+    for (unsigned lead = 0xC2; lead <= 0xCC; ++lead)
+        for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
+            AddState(states, REGION_WORD, TwoBytes(lead, tail));
+            states[{.region = REGION_WORD, .path = TwoBytes(lead, tail)}].onward = REGION_LONE_PAIR;
+        }
+    for (unsigned next = 0x20; next < 0x7F; ++next) AddState(states, REGION_LONE_PAIR, OneByte(next));
+}
+
+// Frequent Hangul, whose bytes would be ASCII and the lead byte of a hanzi anywhere else.
+void AddHangul(States& states, const Ingredients& from)
+{
+    std::vector<std::pair<double, wchar_t>> order;
+    for (const CountedClass& counted : from.classes)
+        if (counted.kind.role == Role::WORLD)
+            for (const auto& [character, entry] : counted.counts.characters)
+                if (character >= 0xAC00 && character < 0xD7B0) order.emplace_back(-entry.total, character);
+    std::sort(order.begin(), order.end());
+    if (order.size() > from.recipe.hangul) order.resize(from.recipe.hangul);
+    for (const auto& [count, character] : order) {
+        const std::string bytes = from.encoder.Encode(CANDIDATE_UNICODE, {character});
+        AddState(states, REGION_HANGUL, bytes);
+        states[{.region = REGION_HANGUL, .path = bytes}].onward = REGION_HANGUL;
+    }
+    for (unsigned low = 0x20; low < 0x7F; ++low)
+        states[{.region = REGION_MAIN, .path = TwoBytes(low, 0)}].onward = REGION_HANGUL;
+    states[{.region = REGION_MAIN, .path = TwoBytes('\n', 0)}].onward = REGION_HANGUL;
+}
+
+// Two zero bytes behind FF FE are UTF-32; anything else is UTF-16LE.
 void AddMarks(States& states)
 {
     AddState(states, REGION_START, "\xFF\xFE");
     AddState(states, REGION_START, "\xEF\xBB\xBF");
-    states[{REGION_START, "\xFF\xFE"}].value = Decisive(CANDIDATE_UNICODE);
+    const std::string mark = "\xFF\xFE";
+    for (unsigned next = 0; next < 0x100; ++next) {
+        for (const std::string& path : {mark + OneByte(next), mark + OneByte(0) + OneByte(next)})
+            states[{.region = REGION_START, .path = path}].value = Decisive(CANDIDATE_UNICODE);
+    }
+    states[{.region = REGION_START, .path = mark + OneByte(0)}].value = TRIE_VALUE_NONE;
+    states[{.region = REGION_START, .path = mark}].value = PackAllBut(CANDIDATE_UNICODE, 9, 0);
+    states[{.region = REGION_START, .path = mark + OneByte(0) + OneByte(0)}] = {
+        .value = PackAllBut(CANDIDATE_UNICODE, -9, 0), .onward = REGION_FOREIGN};
     states[{REGION_START, "\xEF\xBB\xBF"}].value = Decisive(CANDIDATE_UTF8);
 }
 }  // namespace
@@ -111,10 +167,12 @@ States ShapeOfDetector(const Ingredients& from)
 {
     States states = BasicStates();
     AddPairs(states);
-    AddUnicode(states, from.encoder);
+    AddUnicode(states, from);
     AddAscii(states);
     AddUnits(states, CharactersAbove(from.recipe.leastKnown, from));
     AddUtf8(states, CharactersAbove(from.recipe.leastCommon, from));
+    AddLonePairs(states);
+    AddHangul(states, from);
     AddMarks(states);
     return states;
 }

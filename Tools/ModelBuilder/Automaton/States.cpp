@@ -24,8 +24,9 @@ StateName ExistingFallBack(const States& states, const StateName& state)
     const auto known = states.find(state);
     if (known != states.end() && known->second.onward != BY_RULE)
         return {.region = known->second.onward, .path = ""};
-    if (state.region == REGION_START && state.path.size() > 1) {
-        const StateName parent{.region = REGION_START, .path = state.path.substr(0, state.path.size() - 1)};
+    // Where short texts have states of their own, a state is followed by what its twin would be followed by.
+    if ((state.region == REGION_START || state.region == REGION_WORD) && state.path.size() > 1) {
+        const StateName parent{.region = state.region, .path = state.path.substr(0, state.path.size() - 1)};
         return Step(states, ExistingFallBack(states, parent), state.path.back());
     }
     StateName target = RowOf(state.region).fallBack(state);

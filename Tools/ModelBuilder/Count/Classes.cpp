@@ -14,7 +14,7 @@ constexpr struct {
     const char* name;
     Role role;
 } ROLES[] = {{"prose", Role::PROSE}, {"tech", Role::TECH},   {"words", Role::WORDS}, {"ascii", Role::ASCII},
-             {"bytes", Role::BYTES}, {"pairs", Role::PAIRS}, {"kana", Role::KANA}};
+             {"world", Role::WORLD}, {"bytes", Role::BYTES}, {"pairs", Role::PAIRS}, {"kana", Role::KANA}};
 
 bool ParseRole(const std::string& text, Role& role)
 {

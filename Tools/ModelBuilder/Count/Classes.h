@@ -13,6 +13,7 @@ enum class Role {
     TECH,   // Chinese lines with the ASCII among them
     WORDS,  // Chinese words, each with a tab and its frequency behind
     ASCII,  // lines of ASCII
+    WORLD,  // lines of other languages, with something beyond ASCII in each
     BYTES,  // foreign: bytes in an encoding of single bytes, or data
     PAIRS,  // foreign: bytes in an encoding of two bytes to a character
     KANA    // the same, and A0 to DF are characters of one byte

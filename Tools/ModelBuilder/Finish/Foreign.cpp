@@ -35,30 +35,55 @@ void AddZeros(States& states)
             byte == 0 ? State{TRIE_VALUE_NONE, REGION_ZEROS} : State{COUNTS_AGAINST_UNICODE};
 }
 
-// Signs beyond U+FFFF, as messages have them: four bytes of UTF-8, two units of UTF-16LE, and the one that
-// chooses a sign's colour.
-void AddHighSigns(States& states)
+// Characters beyond U+FFFF in UTF-8: four bytes, of which the first two are F0 9F for emoji, F0 A0 to F0 AC
+// for hanzi, F0 90 for old scripts.
+bool OpensHighCharacter(unsigned second)
 {
-    states[{REGION_MAIN, "\xF0\x9F"}] = {TRIE_VALUE_NONE, REGION_SIGN_THIRD};
+    return second == 0x90 || second == 0x9D || second == 0x9F || (second >= 0xA0 && second <= 0xAC);
+}
+
+void AddHighInUtf8(States& states)
+{
     for (unsigned byte = 0x80; byte < 0xC0; ++byte) {
-        states[{REGION_SIGN_THIRD, OneByte(byte)}].onward = REGION_SIGN_LAST;
-        states[{REGION_SIGN_LAST, OneByte(byte)}].value = PackAllBut(CANDIDATE_UTF8, 10, 0);
-        // Behind another character of UTF-8, whose last byte would lead a pair.
-        const std::string pair = OneByte(byte) + "\xF0";
-        if (!states.contains({REGION_MAIN, pair})) continue;
-        AddState(states, REGION_AFTER, pair + "\x9F");
-        states[{REGION_AFTER, pair}].value = states.at({REGION_MAIN, pair}).value;
-        states[{REGION_AFTER, pair + "\x9F"}].onward = REGION_SIGN_THIRD;
+        states[{.region = REGION_SIGN_THIRD, .path = OneByte(byte)}].onward = REGION_SIGN_LAST;
+        states[{.region = REGION_SIGN_LAST, .path = OneByte(byte)}].value = PackAllBut(CANDIDATE_UTF8, 10, 0);
     }
-    for (const char first : {'\x3C', '\x3D', '\x3E'}) {
-        AddState(states, REGION_MAIN, first + std::string("\xD8"));
-        states[{REGION_MAIN, first + std::string("\xD8")}].onward = REGION_LOW_HALF;
+    for (unsigned second = 0x90; second < 0xB0; ++second) {
+        if (!OpensHighCharacter(second)) continue;
+        states[{.region = REGION_MAIN, .path = TwoBytes(0xF0, second)}] = {.value = TRIE_VALUE_NONE,
+                                                                           .onward = REGION_SIGN_THIRD};
+        // Behind another character of UTF-8, whose last byte would lead a pair.
+        for (unsigned byte = 0x80; byte < 0xC0; ++byte) {
+            const std::string pair = TwoBytes(byte, 0xF0), opened = pair + OneByte(second);
+            if (!states.contains({.region = REGION_MAIN, .path = pair})) continue;
+            AddState(states, REGION_AFTER, opened);
+            states[{.region = REGION_AFTER, .path = pair}].value =
+                states.at({.region = REGION_MAIN, .path = pair}).value;
+            states[{.region = REGION_AFTER, .path = opened}].onward = REGION_SIGN_THIRD;
+        }
+    }
+}
+
+// The high byte of the first unit of emoji, of mathematical letters and of hanzi beyond U+FFFF, by its low
+// byte.
+bool IsHighSurrogateInUse(unsigned low)
+{
+    return (low >= 0x3C && low <= 0x3E) || low == 0x35 || (low >= 0x40 && low <= 0x73);
+}
+
+void AddHighInUnicode(States& states)
+{
+    for (unsigned low = 0; low < 0x100; ++low) {
+        if (!IsHighSurrogateInUse(low)) continue;
+        AddState(states, REGION_MAIN, TwoBytes(low, 0xD8));
+        states[{.region = REGION_MAIN, .path = TwoBytes(low, 0xD8)}].onward = REGION_LOW_HALF;
     }
     for (unsigned byte = 0; byte < 0x100; ++byte)
-        states[{REGION_LOW_HALF, OneByte(byte)}].onward = REGION_HIGH_HALF;
+        states[{.region = REGION_LOW_HALF, .path = OneByte(byte)}].onward = REGION_HIGH_HALF;
     for (unsigned byte = 0xDC; byte < 0xE0; ++byte)
-        states[{REGION_HIGH_HALF, OneByte(byte)}].value = PackAllBut(CANDIDATE_UNICODE, 10, 0);
-    AddState(states, REGION_MAIN, "\x0F\xFE");
+        states[{.region = REGION_HIGH_HALF, .path = OneByte(byte)}].value =
+            PackAllBut(CANDIDATE_UNICODE, 10, 0);
+    AddState(states, REGION_MAIN, "\x0F\xFE");  // chooses an emoji's form
 }
 
 void AddWayBack(States& states, const Ingredients& from)
@@ -113,7 +138,8 @@ void AddForeignStates(States& states, const Ingredients& from, const CSampleSour
     AddForeignSequences(states, from, source);
     AddBroken(states);
     AddZeros(states);
-    AddHighSigns(states);
+    AddHighInUtf8(states);
+    AddHighInUnicode(states);
     AddWayBack(states, from);
     AddAsciiBetween(states);
 }

@@ -151,7 +151,8 @@ private:
         return *std::max_element(shares.begin(), shares.end()) > m_recipe.mostOfBranch;
     }
 
-    // One of M where the walk would stand at the same bytes in M without it, or else one of the start.
+    // One of M where the walk would stand at the same bytes in M without it, or else one of the start or,
+    // beyond ASCII, of a word.
     StateName NameFor(const std::string& bytes) const
     {
         StateName twin{.region = REGION_START, .path = ""};
@@ -160,7 +161,10 @@ private:
         const bool isSequence = !IsFrequent(bytes.substr(0, 2)) && bytes.size() > 2 &&
                                 ByteAt(bytes, 0) >= 0x80 &&
                                 twin == StateName{.region = REGION_MAIN, .path = bytes.substr(2)};
-        return isSequence || twin == inMain ? inMain : StateName{.region = REGION_START, .path = bytes};
+        if (isSequence || twin == inMain) return inMain;
+        // A text with ASCII in it is all there is only where it starts the buffer.
+        const bool isWord = bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80;
+        return {.region = isWord ? REGION_WORD : REGION_START, .path = bytes};
     }
 
     // The states that a correction takes, and a little for one that is there.

@@ -9,4 +9,7 @@
 // Packs and returns the file's content.
 std::string ModelContent(const CEncoder& encoder, const States& states);
 
+// The nodes of a model file's content; throws std::runtime_error where it is none.
+std::vector<TrieNode> NodesOfModel(const std::string& content);
+
 #endif  // MODEL_BUILDER_MODEL_FILE_H

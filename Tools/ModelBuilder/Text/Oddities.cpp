@@ -1,31 +1,106 @@
 // Tables of what to insert; places and kinds are drawn.
 #include "Oddities.h"
 
+#include <iterator>
+#include <vector>
+
+#include "Bytes.h"
+
 void EndLinesAsWindows(std::wstring& text)
 {
     for (size_t at = text.find(L'\n'); at != std::wstring::npos; at = text.find(L'\n', at + 2))
         text.insert(at, 1, L'\r');
 }
 
+namespace
+{
+struct Range {
+    unsigned first, count;
+};
+
+wchar_t DrawFrom(const Range& range, CRandom& random)
+{
+    return static_cast<wchar_t>(range.first + random.Below(range.count));
+}
+
+// Kana, Zhuyin, full-width forms, frames and signs of both standards, Greek and Cyrillic.
+constexpr Range COMMON_SIGNS[] = {{0x3041, 83}, {0x30A1, 86}, {0x3105, 37}, {0xFF01, 94}, {0xFF10, 10},
+                                  {0x2550, 30}, {0x2500, 60}, {0x2460, 10}, {0x2160, 10}, {0x0391, 24},
+                                  {0x0430, 32}, {0x2190, 4},  {0x25A0, 30}, {0x2601, 10}, {0x3008, 12}};
+
+// What the two standards lack: vertical, small and half-width forms, Hangul, enclosed characters, units,
+// emoji, hanzi beyond U+FFFF.
+constexpr Range RARE_SIGNS[] = {{0xFE30, 32},   {0xFE50, 28},     {0xFF61, 63},    {0xAC00, 11172},
+                                {0x3131, 50},   {0x3200, 256},    {0x3300, 256},   {0xF900, 300},
+                                {0x1F300, 768}, {0x20000, 42720}, {0x2A700, 5700}, {0x2000, 112},
+                                {0x2100, 300},  {0x2700, 190},    {0x31A0, 27}};
+
+// Frames and blocks that both GBK and Big5 may hold, bullets, rules.
+constexpr Range ART[] = {{0x2500, 75}, {0x2550, 36}, {0x2550, 36}, {0x2581, 15}, {0x2593, 3}, {0x25A0, 2},
+                         {0x25B2, 2},  {0x25BC, 2},  {0x25C6, 2},  {0x25CB, 5},  {0x25E2, 4}, {0x2605, 2},
+                         {0x3000, 4},  {0x2500, 1},  {0x2550, 1},  {0x2588, 1},  {0xFF0D, 1}, {0x2192, 1},
+                         {0x203B, 1},  {0x2014, 1},  {0x2026, 1},  {0x25CF, 1},  {0xFE4F, 1}, {0x2502, 1}};
+}  // namespace
+
 void InsertRun(std::wstring& text, CRandom& random)
 {
-    static constexpr wchar_t RANGES[][2] = {{0x3041, 83}, {0x30A1, 86}, {0x3105, 37}, {0xFF01, 94},
-                                            {0xFF10, 10}, {0x2550, 30}, {0x2500, 60}, {0x2460, 10},
-                                            {0x2160, 10}, {0x0391, 24}, {0x0430, 32}, {0x2190, 4},
-                                            {0x25A0, 30}, {0x2601, 10}, {0x3008, 12}};
-    const auto& range = RANGES[random.Below(sizeof RANGES / sizeof RANGES[0])];
+    const auto& range = random.Chance(65) ? COMMON_SIGNS[random.Below(std::size(COMMON_SIGNS))]
+                                          : RARE_SIGNS[random.Below(std::size(RARE_SIGNS))];
     const size_t length = 1 + random.Below(6);
     const bool same = random.Chance(40);
-    const size_t at = random.Below(static_cast<uint32_t>(text.size() + 1));
+    const size_t at = random.Below(text.size() + 1);
     std::wstring run;
     wchar_t drawn = 0;
     for (size_t i = 0; i < length; ++i) {
-        if (i == 0 || !same)
-            drawn = static_cast<wchar_t>(range[0] +
-                                         static_cast<wchar_t>(random.Below(static_cast<uint32_t>(range[1]))));
+        if (i == 0 || !same) drawn = DrawFrom(range, random);
         run += drawn;
     }
     text.insert(at, run);
+}
+
+void InsertEmoji(std::wstring& text, CRandom& random)
+{
+    static constexpr Range EMOJI[] = {
+        {0x1F300, 768}, {0x1F600, 80}, {0x1F900, 256}, {0x1F1E6, 26}, {0x2600, 200}};
+    std::wstring run;
+    for (uint32_t count = 1 + random.Below(3); count > 0; --count) {
+        run += DrawFrom(EMOJI[random.Below(std::size(EMOJI))], random);
+        if (random.Chance(20)) run += static_cast<wchar_t>(0x1F3FB + random.Below(5));
+        if (random.Chance(30)) run += L'\xFE0F';
+        if (count > 1 && random.Chance(40)) run += L'\x200D';
+    }
+    text.insert(random.Below(text.size() + 1), run);
+}
+
+std::wstring Art(size_t length, CRandom& random)
+{
+    static const std::wstring ASCII = L"  |-+=*/\\_:.[]()<>#0123456789\n";
+    std::wstring text;
+    const bool hasAscii = random.Chance(60);
+    while (text.size() < length) {
+        const Range& range = ART[random.Below(std::size(ART))];
+        const bool isAscii = hasAscii && random.Chance(40);
+        const wchar_t sign = isAscii ? ASCII[random.Below(ASCII.size())] : DrawFrom(range, random);
+        const size_t run = random.Chance(50) ? 1 : 1 + random.Below(16);
+        for (size_t i = 0; i < run; ++i)
+            text += isAscii || random.Chance(80) ? sign : DrawFrom(range, random);
+    }
+    if (random.Chance(40)) InsertEscapes(text, random);
+    return text;
+}
+
+void InsertFourBytes(std::string& bytes, CRandom& random)
+{
+    std::vector<size_t> places;  // between two characters
+    for (size_t i = 0; i <= bytes.size(); i += i < bytes.size() && IsLead(ByteAt(bytes, i)) ? 2 : 1)
+        places.push_back(i);
+    std::string run;
+    for (uint32_t count = 1 + random.Below(3); count > 0; --count) {
+        const bool isBeyond = random.Chance(50);  // U+FFFF
+        run += TwoBytes(isBeyond ? 0x95 + random.Below(4) : 0x81 + random.Below(4), 0x30 + random.Below(10));
+        run += TwoBytes(0x81 + random.Below(126), 0x30 + random.Below(10));
+    }
+    bytes.insert(places[random.Below(places.size())], run);
 }
 
 void InsertEscapes(std::wstring& text, CRandom& random)

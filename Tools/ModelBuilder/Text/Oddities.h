@@ -14,6 +14,15 @@ void InsertRun(std::wstring& text, CRandom& random);
 // Terminals' colours, as bulletin boards use them.
 void InsertEscapes(std::wstring& text, CRandom& random);
 
+// One to three emoji, joined or with a skin's colour now and then.
+void InsertEmoji(std::wstring& text, CRandom& random);
+
+// Lines of frames, blocks, bullets and rules, as terminals show them.
+std::wstring Art(size_t length, CRandom& random);
+
+// One to three characters in the four bytes of GB18030, between two others of GBK text.
+void InsertFourBytes(std::string& bytes, CRandom& random);
+
 // Half a character lost at an end, or one stray byte; nothing in texts of less than twelve bytes.
 void Damage(std::string& bytes, CRandom& random);
 

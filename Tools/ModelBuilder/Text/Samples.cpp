@@ -31,6 +31,14 @@ size_t DrawAsciiLength(CRandom& random)
     if (kind < 3) return 1 + random.Below(7);
     return kind < 8 ? 8 + random.Below(24) : 32 + random.Below(300);
 }
+// Lines, titles and messages; now and then a word.
+size_t DrawLineLength(CRandom& random)
+{
+    const uint32_t kind = random.Below(100);
+    if (kind < 12) return 2 + random.Below(3);
+    if (kind < 40) return 5 + random.Below(8);
+    return kind < 80 ? 13 + random.Below(40) : 53 + random.Below(100);
+}
 }  // namespace
 
 CSampleSource::CSampleSource(const Ingredients& ingredients)
@@ -125,22 +133,49 @@ Sample CSampleSource::DrawAscii(CRandom& random) const
     return sample;
 }
 
+Sample CSampleSource::DrawWorld(CRandom& random) const
+{
+    const uint32_t drawn = random.Below(100);
+    uint32_t upTo = 0;
+    size_t kind = 0;
+    for (size_t i = 0; i < m_samplers.size() && drawn >= upTo; ++i) {
+        if (m_from.classes[i].kind.role != Role::WORLD) continue;
+        upTo += m_from.classes[i].kind.drawn;
+        kind = i;
+    }
+    Sample sample;
+    sample.answer = random.Chance(m_recipe.worldInUnicode) ? CANDIDATE_UNICODE : CANDIDATE_UTF8;
+    std::wstring text = m_samplers[kind].Text(DrawLineLength(random), random);
+    if (random.Chance(m_recipe.emoji)) InsertEmoji(text, random);
+    if (random.Chance(m_recipe.windowsLineEnds)) EndLinesAsWindows(text);
+    sample.bytes = m_from.encoder.Encode(sample.answer, text);
+    if (IsAscii(sample.bytes) && sample.answer == CANDIDATE_UTF8) sample.answer = CANDIDATE_GBK;
+    return sample;
+}
+
 Sample CSampleSource::Draw(CRandom& random) const
 {
     if (random.Chance(m_recipe.asciiSamples)) return DrawAscii(random);
+    return random.Chance(m_recipe.worldSamples) ? DrawWorld(random) : DrawChinese(random);
+}
+
+Sample CSampleSource::DrawChinese(CRandom& random) const
+{
     Sample sample;
     sample.answer = static_cast<Candidate>(random.Below(CANDIDATES));
     const bool traditional =
         sample.answer == CANDIDATE_BIG5 || random.Chance(m_recipe.TraditionalPart(sample.answer));
     if (sample.answer == CANDIDATE_BIG5) sample.weight = m_recipe.big5Weight;
     const size_t length = DrawLength(random);
-    std::wstring text = length > 8 && random.Chance(m_recipe.sparseSamples)
+    std::wstring text = length > 8 && random.Chance(m_recipe.artSamples)
+                            ? Art(length, random) + Chinese(traditional, random.Below(4), random)
+                        : length > 8 && random.Chance(m_recipe.sparseSamples)
                             ? Sparse(traditional, length, random)
                             : Chinese(traditional, length, random);
     AddOddities(text, sample.answer, random);
     sample.bytes = m_from.encoder.Encode(sample.answer, text);
     if (sample.answer == CANDIDATE_GBK && random.Chance(m_recipe.fourByteSamples))
-        sample.bytes += "\x82\x30\xC3\x36";  // one character in the four bytes of GB18030
+        InsertFourBytes(sample.bytes, random);
     Damage(sample.bytes, random);
     if (IsAscii(sample.bytes) && sample.answer != CANDIDATE_UNICODE) sample.answer = CANDIDATE_GBK;
     return sample;

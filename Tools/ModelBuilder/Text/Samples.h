@@ -22,7 +22,8 @@ class CSampleSource
 public:
     explicit CSampleSource(const Ingredients& ingredients);
 
-    // Chinese text in one of the four encodings, or ASCII alone (answer GBK).
+    // Chinese text in one of the four encodings, text of other languages in UTF-8 or UTF-16LE, or ASCII alone
+    // (answer GBK).
     Sample Draw(CRandom& random) const;
 
     // 64 to 263 characters of a class of foreign text, an index of Ingredients::classes.
@@ -35,6 +36,8 @@ private:
     void AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const;
     void DrawRareHanzi(std::wstring& text, Candidate candidate, CRandom& random) const;
     Sample DrawAscii(CRandom& random) const;
+    Sample DrawWorld(CRandom& random) const;
+    Sample DrawChinese(CRandom& random) const;
 
     const Ingredients& m_from;
     const Recipe& m_recipe;

@@ -6,7 +6,10 @@ bool CarriesValue(const StateName& state)
     const std::string& path = state.path;
     switch (state.region) {
         case REGION_THIRD:
+        case REGION_LONE_PAIR:
             return path.size() == 1;
+        case REGION_WORD:
+        case REGION_HANGUL:
         case REGION_UNIT:
         case REGION_NEXT_UNIT:
         case REGION_AFTER:

@@ -9,10 +9,10 @@
 // Whether entering the state says something: leads and other states half-way through a character do not.
 bool CarriesValue(const StateName& state);
 
-// A state of the main region that ends a pair.
+// A state of the main region, or behind ASCII, that ends a pair.
 inline bool IsPair(const StateName& state)
 {
-    return state.region == REGION_MAIN && state.path.size() == 2;
+    return (state.region == REGION_MAIN || state.region == REGION_WORD) && state.path.size() == 2;
 }
 
 // States of one group share a part of their weights, so that rare ones inherit from their like.

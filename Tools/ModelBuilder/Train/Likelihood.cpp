@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "Bytes.h"
+
 namespace
 {
 std::vector<double> UnlistedSuccessors(const Statistics& counts)
@@ -16,6 +18,20 @@ std::vector<double> UnlistedSuccessors(const Statistics& counts)
     return rest;
 }
 
+// The characters of UTF-8 that take one or two bytes each; empty where the bytes are anything else, or all
+// ASCII.
+std::wstring DecodedByTwos(const std::string& bytes)
+{
+    std::wstring text;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        const unsigned byte = ByteAt(bytes, i);
+        if (byte >= 0x80 && (byte >= 0xE0 || i + 1 == bytes.size() || !IsPartOfUtf8(bytes.substr(i, 2))))
+            return L"";
+        text += static_cast<wchar_t>(byte < 0x80 ? byte : (byte & 0x1F) << 6 | (ByteAt(bytes, ++i) & 0x3F));
+    }
+    return IsAscii(bytes) ? L"" : text;
+}
+
 bool IsAsciiText(const std::wstring& text)
 {
     return std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < 0x80; });
@@ -27,16 +43,20 @@ CLikelihood::CLikelihood(const Ingredients& from) : m_from(from)
     for (const CountedClass& counted : from.classes) {
         const Class opened{.counted = &counted, .rest = UnlistedSuccessors(counted.counts)};
         if (counted.kind.role == Role::ASCII) m_ascii = opened;
-        if (IsChinese(counted.kind.role)) m_classes.push_back(opened);
+        if (IsChinese(counted.kind.role) || counted.kind.role == Role::WORLD) m_classes.push_back(opened);
+        if (counted.kind.role == Role::WORLD) m_drawn += counted.kind.drawn;
     }
 }
 
 double CLikelihood::WeightOf(Candidate candidate, const TextClass& kind) const
 {
     const Recipe& recipe = m_from.recipe;
-    if (candidate == CANDIDATE_BIG5) return kind.isTraditional ? kind.weight * recipe.big5Weight : 0;
+    if (candidate == CANDIDATE_BIG5)
+        return IsChinese(kind.role) && kind.isTraditional ? kind.weight * recipe.big5Weight : 0;
+    const double world = candidate == CANDIDATE_GBK ? 0 : recipe.worldPart;
+    if (kind.role == Role::WORLD) return world * kind.drawn / m_drawn;
     const double part = recipe.TraditionalPart(candidate) / 100.0;
-    return kind.weight * (kind.isTraditional ? part : 1 - part);
+    return (1 - world) * kind.weight * (kind.isTraditional ? part : 1 - part);
 }
 
 double CLikelihood::Alone(const Class& c, wchar_t character) const
@@ -82,5 +102,7 @@ CandidateShares CLikelihood::Of(const std::string& bytes) const
     CandidateShares shares{};
     for (const Candidate c : PAIR_CANDIDATES)
         if (const std::wstring text = m_from.encoder.Decode(c, bytes); !text.empty()) shares[c] = Of(c, text);
+    if (const std::wstring text = DecodedByTwos(bytes); !text.empty())
+        shares[CANDIDATE_UTF8] = Of(CANDIDATE_UTF8, text);
     return shares;
 }

@@ -1,8 +1,8 @@
 // How likely a short text is in each encoding, by the statistics alone.
 //
 // A text's share is that of its first character times that of each further one behind the one before it,
-// summed over the classes of Chinese text. What a class has not seen in a row falls back on the single
-// characters.
+// summed over the classes of Chinese text, and in UTF-8 and UTF-16LE over those of the world's text. What a
+// class has not seen in a row falls back on the single characters.
 #ifndef MODEL_BUILDER_LIKELIHOOD_H
 #define MODEL_BUILDER_LIKELIHOOD_H
 
@@ -20,8 +20,8 @@ class CLikelihood
 public:
     explicit CLikelihood(const Ingredients& from);
 
-    // The share of `bytes` in each of PAIR_CANDIDATES, of all texts of so many characters; 0 where they are
-    // no whole characters of it.
+    // The share of `bytes` in each candidate, of all texts of so many characters; 0 where they are no whole
+    // characters of it, and in UTF-8 where one of them takes three bytes.
     CandidateShares Of(const std::string& bytes) const;
 
     // The share of a text in one encoding.
@@ -39,7 +39,8 @@ private:
     double InClass(const Class& c, const std::wstring& text) const;
 
     const Ingredients& m_from;
-    std::vector<Class> m_classes;  // of Chinese text
+    std::vector<Class> m_classes;  // of Chinese text and of the world's
+    double m_drawn = 0;            // of the world's classes, summed
     Class m_ascii{};
 };
 

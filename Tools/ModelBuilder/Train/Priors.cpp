@@ -29,10 +29,10 @@ Weights CPriors::Of(const std::string& pair) const
     }
     // Two of UTF-8's 64 tail bytes, or one and the lead byte of a hanzi.
     const bool isTail = IsUtf8Tail(first) && (IsUtf8Tail(second) || (second >= 0xE3 && second <= 0xE9));
-    shares[CANDIDATE_UTF8] = m_recipe.leastCounted + (isTail ? m_recipe.outOfStep / (64 * 64) : 0);
+    shares[CANDIDATE_UTF8] += m_recipe.leastCounted + (isTail ? m_recipe.outOfStep / (64 * 64) : 0);
     Weights prior{};
     for (size_t c = 0; c < CANDIDATES; ++c)
         prior[c] = std::max(PortableLog(shares[c] / mean), m_recipe.mostAgainst);
-    if (IsPartOfUtf8(pair)) prior[CANDIDATE_UTF8] = 0;
+    if (OpensUtf8(pair)) prior[CANDIDATE_UTF8] = 0;  // what comes third will tell
     return prior;
 }

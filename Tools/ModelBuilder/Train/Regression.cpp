@@ -40,7 +40,7 @@ CRegression::CRegression(const States& states, const Ingredients& from)
 Feature CRegression::NewFeature(const StateName& name, const CPriors& priors)
 {
     Feature feature{.name = &name,
-                    .ascii = IsAscii(name.path),
+                    .ascii = IsAscii(name.path) && name.region != REGION_LONE_PAIR,
                     .pair = IsPair(name),
                     .own = static_cast<int>(m_parameters.size())};
     m_parameters.emplace_back();
@@ -105,7 +105,7 @@ void CRegression::Step(const Feature& feature, const Weights& gradient, double r
     const double ownRate = (feature.counted ? m_recipe.countedRate : m_recipe.learningRate) * rate;
     for (size_t c = 0; c < CANDIDATES; ++c) {
         if (feature.ascii && c != CANDIDATE_UNICODE) continue;
-        if (feature.pair && c == CANDIDATE_UTF8) continue;  // half a character, or none
+        if (feature.counted && c == CANDIDATE_UTF8) continue;  // not of UTF-8
         Step(m_parameters[static_cast<size_t>(feature.own)], c, gradient[c], ownRate);
         if (feature.group >= 0)
             Step(m_parameters[static_cast<size_t>(feature.group)], c, gradient[c], m_recipe.groupRate * rate);

@@ -22,11 +22,11 @@ bool MayBeHanzi(const std::string& pair)
     return ByteAt(pair, 1) >= 0x4E && ByteAt(pair, 1) < 0xA0;
 }
 
-// Or a letter, a sign or a full-width form.
+// Or a letter, a sign or a form.
 bool MayBeSign(const std::string& pair)
 {
     const unsigned high = ByteAt(pair, 1);
-    return high <= 0x04 || (high >= 0x20 && high <= 0x33) || high >= 0xFE;
+    return high < 0x34 || high >= 0xFE;
 }
 
 // Two bytes that words are made of, in languages that are not ours as well.
@@ -50,14 +50,6 @@ CRounding::CRounding(const CRegression& regression, const Ingredients& from)
 {
     for (const Feature& feature : regression.Features())
         for (size_t c = 0; c < CANDIDATES; ++c) m_all[c] += feature.pair ? feature.seen[c] : 0;
-}
-
-// Whether a unit of UTF-16LE is a character that Chinese text may have.
-bool CRounding::IsKnown(const std::string& pair) const
-{
-    const wchar_t character = UnitOf(pair);
-    return character < 0x180 || m_from.encoder.Has(CANDIDATE_GBK, character) ||
-           m_from.encoder.Has(CANDIDATE_BIG5, character);
 }
 
 // Whether it is a hanzi that dictionaries have.
@@ -90,8 +82,8 @@ int CRounding::AsciiValue(const Feature& feature) const
     const double weight = m_regression.WeightOf(feature)[CANDIDATE_UNICODE];
     int digit = std::clamp(static_cast<int>(std::lround(weight * m_recipe.unitsANat)), LEAST_DIGIT,
                            MostDigit(CANDIDATE_UNICODE));
-    // Latin letters beyond ASCII: no text of single bytes has such a second byte.
-    if (feature.pair && ByteAt(feature.name->path, 1) <= 0x04) digit = std::max(digit, 1);
+    // Letters beyond ASCII: no text of single bytes has such a second byte.
+    if (feature.pair && IsUnusedControl(ByteAt(feature.name->path, 1))) digit = std::max(digit, 1);
     const bool unseen = feature.seen == std::array<uint32_t, CANDIDATES>{};
     if (feature.silent || IsDoubtful(feature) || (digit == 0 && unseen)) return TRIE_VALUE_NONE;
     // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
@@ -118,7 +110,7 @@ bool CRounding::IsAtHomeInUnicode(const Feature& feature) const
     const uint32_t seen = feature.seen[CANDIDATE_UNICODE];
     if (!feature.pair) return seen > 0;
     const std::string& pair = feature.name->path;
-    return MayBeHanzi(pair) || (seen > 0 && MayBeSign(pair) && IsKnown(pair)) ||
+    return MayBeHanzi(pair) || (seen > 0 && MayBeSign(pair)) ||
            seen > m_recipe.leastInUse * m_all[CANDIDATE_UNICODE];
 }
 

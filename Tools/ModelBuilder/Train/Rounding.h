@@ -27,7 +27,6 @@ public:
 
 private:
     bool IsAmbiguous(const Feature& feature, double weight) const;
-    bool IsKnown(const std::string& pair) const;
     bool IsWellKnown(const std::string& pair) const;
     bool IsAtHomeInUnicode(const Feature& feature) const;
     bool IsInUse(const Feature& feature, size_t candidate) const;

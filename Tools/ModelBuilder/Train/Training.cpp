@@ -49,7 +49,7 @@ void TrainValues(States& states, const Ingredients& from, const CSampleSource& s
     Learn(regression, from, source);
     const CRounding rounding(regression, from);
     for (const Feature& feature : regression.Features())
-        states[*feature.name] = {.value = rounding.ValueOf(feature)};
+        states[*feature.name].value = rounding.ValueOf(feature);
     // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is doubtful.
     for (unsigned lead = 0x81; lead < 0xFF; ++lead)
         states[{.region = REGION_START, .path = OneByte(lead)}] = {.value = PackDigits({1, 1, 1, 1})};

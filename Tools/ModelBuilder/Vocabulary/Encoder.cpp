@@ -57,6 +57,7 @@ CEncoder::CEncoder(const std::string& mappings)
 
 unsigned CEncoder::Pair(Candidate candidate, wchar_t character) const
 {
+    if (character > 0xFFFF) return 0;
     return (candidate == CANDIDATE_GBK ? m_gbkPairs : m_big5Pairs)[static_cast<size_t>(character) & 0xFFFF];
 }
 
@@ -66,13 +67,29 @@ bool CEncoder::Has(Candidate candidate, wchar_t character) const
     return Pair(candidate, character) != 0;
 }
 
+namespace
+{
+void AppendUnit(std::string& to, unsigned unit)
+{
+    to += static_cast<char>(unit & 0xFF);
+    to += static_cast<char>(unit >> 8);
+}
+
+// Little-endian; a character beyond U+FFFF is two units, a high and a low surrogate.
+void AppendUtf16(std::string& to, wchar_t character)
+{
+    const auto code = static_cast<unsigned>(character);
+    if (code > 0xFFFF) AppendUnit(to, 0xD800 + ((code - 0x10000) >> 10));
+    AppendUnit(to, code > 0xFFFF ? 0xDC00 + (code & 0x3FF) : code);
+}
+}  // namespace
+
 std::string CEncoder::Encode(Candidate candidate, const std::wstring& text) const
 {
     std::string bytes;
     for (const wchar_t c : text) {
         if (candidate == CANDIDATE_UNICODE) {
-            bytes += static_cast<char>(c & 0xFF);
-            bytes += static_cast<char>(c >> 8 & 0xFF);
+            AppendUtf16(bytes, c);
         } else if (candidate == CANDIDATE_UTF8) {
             AppendUtf8(bytes, c);
         } else if (c < 0x80) {
