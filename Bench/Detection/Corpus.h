@@ -9,18 +9,26 @@
 #include <vector>
 
 struct JudgedSample {
-    std::string test;      // windows, sparse, pieces, mixed, files, lines, ascii, foreign
+    std::string test;      // such as "windows"; Targets.cpp lists them
     std::string encoding;  // gbk, big5, utf8, utf16, or none where "undecided" is right
-    std::string kind;      // script/kind of text
-    int length = 0;        // characters or bytes, 0 for whole files
+    std::string kind;      // kind of text, language, or foreign encoding
+    int length = 0;        // characters or bytes, 0 for whole files and lines
     std::string bytes;
     int answer = 0;  // the library's code
 };
 
+// Whether a detector's answer is right; one that names a foreign encoding (-1) has not taken the text for
+// ours.
+bool IsRight(const JudgedSample& sample, int answer);
+
 // A mebibyte or so of every kind of running text in every encoding, characters that it lacks left out.
 std::vector<JudgedSample> DrawLargeFiles(const std::string& folder);
 
-// Draws `count` samples for each test, encoding, kind and length from `folder`, as fetch-judge-texts left it.
+// Every whole file: Chinese, of other languages, and foreign.
+std::vector<JudgedSample> DrawWholeFiles(const std::string& folder);
+
+// Draws `count` samples for each test, encoding, kind and length from one part of what fetch-judge-texts
+// left.
 std::vector<JudgedSample> DrawSamples(const std::string& folder, int count);
 
 #endif  // BENCH_DETECTION_CORPUS_H

@@ -15,6 +15,14 @@ int Detect(const std::string& text)
     return TQ_CodeDetect(text.data(), text.size());
 }
 
+// "的你我中" again and again, as much as asked for, in GBK or in UTF-8, without a line end.
+std::string Contrary(bool isGbk, size_t size)
+{
+    std::string text;
+    while (text.size() < size) text += isGbk ? "\xB5\xC4\xC4\xE3\xCE\xD2\xD6\xD0" : "的你我中";
+    return text;
+}
+
 // The shortest head that decides, or the file's size. Whether a head decides grows with its length.
 size_t DecidingHead(const std::string& file, const std::string& contrary, int answer)
 {
@@ -30,6 +38,34 @@ size_t DecidingHead(const std::string& file, const std::string& contrary, int an
     }
     return low;
 }
+
+// What the file decides so firmly that four times as much text behind it, of whichever encoding, changes
+// nothing; ENCODE_UNKNOWN when nothing is decided before its end.
+int EarlyAnswer(const std::string& file)
+{
+    const int beforeGbk = Detect(file + Contrary(true, 4 * file.size() + 1000));
+    const int beforeUtf8 = Detect(file + Contrary(false, 4 * file.size() + 1000));
+    return beforeGbk == beforeUtf8 ? beforeGbk : ENCODE_UNKNOWN;
+}
+
+// Whole files of all kinds: how many name an encoding early, and how many of these a wrong one.
+void PrintEarlyFiles(const std::string& folder)
+{
+    std::map<std::string, int> all, early, wrong;
+    for (const JudgedSample& file : DrawWholeFiles(folder)) {
+        const std::string group =
+            file.encoding + (file.encoding == "utf8" && file.kind != "chinese" ? " world" : "");
+        const int answer = EarlyAnswer(file.bytes);
+        ++all[group];
+        early[group] += answer != ENCODE_UNKNOWN;
+        if (answer == ENCODE_UNKNOWN || answer == file.answer) continue;
+        ++wrong[group];
+        std::cout << "early and wrong: " << file.kind << ", answer " << answer << '\n';
+    }
+    for (const auto& [group, files] : all)
+        std::cout << "whole files " << group << ": " << files << " files, " << early[group]
+                  << " decided early, " << wrong[group] << " of them wrong\n";
+}
 }  // namespace
 
 void PrintEarly(const std::string& folder)
@@ -39,10 +75,7 @@ void PrintEarly(const std::string& folder)
     std::map<std::string, int> wrong, undecided;
     for (const JudgedSample& file : files) {
         // Text without line ends never ends a walk itself, so it can only be outweighed.
-        const bool isUtf8 = file.answer == ENCODE_UTF8;
-        std::string contrary;
-        while (contrary.size() < 4 * file.bytes.size())
-            contrary += isUtf8 ? "\xB5\xC4\xC4\xE3\xCE\xD2\xD6\xD0" : "的你我中";
+        const std::string contrary = Contrary(file.answer == ENCODE_UTF8, 4 * file.bytes.size());
         wrong[file.encoding] += Detect(file.bytes) != file.answer;
         const size_t head = DecidingHead(file.bytes, contrary, file.answer);
         undecided[file.encoding] += head == file.bytes.size();
@@ -55,4 +88,5 @@ void PrintEarly(const std::string& folder)
                   << " decided early, median after " << lengths[lengths.size() / 2] << " bytes, "
                   << wrong[encoding] << " wrong\n";
     }
+    PrintEarlyFiles(folder);
 }

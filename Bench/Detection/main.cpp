@@ -2,42 +2,26 @@
 //
 // Usage: DetectionJudge ROOT TEXTS OUTPUT [COUNT [JSCHARDET]]
 //   ROOT       folder whose Data/CodeTrans.model is judged
-//   TEXTS      what fetch-judge-texts collected (its folder "judge")
+//   TEXTS      one part of what fetch-judge-texts collected: its folder "choose" or "final"
 //   OUTPUT     folder for accuracy.tsv, accuracy.svg and errors.txt (our errors: test, kind, answer, bytes)
 //   COUNT      samples a cell, 100 by default; +COUNT judges the library alone
 //   JSCHARDET  folder of the npm package, judged through node
-// The table goes to standard output, then how many bytes of a file decide it (Early.h).
+// The table goes to standard output, then how many bytes of a file decide it (Early.h), then the targets.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iomanip>
 #include <iostream>
-#include <map>
 #include <stdexcept>
 
-#include "Chart.h"
 #include "CodeTrans.h"
 #include "Corpus.h"
 #include "Detectors.h"
 #include "Early.h"
+#include "Report.h"
+#include "Targets.h"
 
 namespace
 {
-struct Tally {
-    int right = 0, all = 0;
-    double Percent() const { return all == 0 ? 0 : 100.0 * right / all; }
-};
-
-std::string Hex(const std::string& bytes)
-{
-    std::string hex;
-    for (const char c : bytes) {
-        hex += "0123456789abcdef"[static_cast<unsigned char>(c) >> 4];
-        hex += "0123456789abcdef"[static_cast<unsigned char>(c) & 15];
-    }
-    return hex;
-}
-
 // jschardet's answers, by a node process that reads the samples from a file.
 std::vector<int> AskJschardet(const std::vector<JudgedSample>& samples, const std::string& output,
                               const std::string& package)
@@ -56,92 +40,6 @@ std::vector<int> AskJschardet(const std::vector<JudgedSample>& samples, const st
     std::remove(out.c_str());
     if (answers.size() != samples.size()) throw std::runtime_error("jschardet gave too few answers");
     return answers;
-}
-
-struct Verdicts {
-    std::string name;
-    std::vector<int> answers;
-};
-
-void WriteTsv(const std::vector<JudgedSample>& samples, const std::vector<Verdicts>& detectors,
-              const std::string& path)
-{
-    std::map<std::string, Tally> cells;
-    for (const Verdicts& detector : detectors)
-        for (size_t i = 0; i < samples.size(); ++i) {
-            const JudgedSample& s = samples[i];
-            Tally& cell = cells[s.test + '\t' + s.encoding + '\t' + s.kind + '\t' + std::to_string(s.length) +
-                                '\t' + detector.name];
-            ++cell.all;
-            cell.right += detector.answers[i] == s.answer;
-        }
-    std::ofstream out(path);
-    out << "test\tencoding\tkind\tlength\tdetector\tright\tall\n";
-    for (const auto& [key, cell] : cells) out << key << '\t' << cell.right << '\t' << cell.all << '\n';
-}
-
-void WriteErrors(const std::vector<JudgedSample>& samples, const std::vector<int>& answers,
-                 const std::string& path)
-{
-    std::ofstream out(path);
-    for (size_t i = 0; i < samples.size(); ++i)
-        if (answers[i] != samples[i].answer)
-            out << samples[i].test << '\t' << samples[i].encoding << '\t' << samples[i].kind << '\t'
-                << samples[i].length << '\t' << answers[i] << '\t' << Hex(samples[i].bytes.substr(0, 200))
-                << '\n';
-}
-
-// One row a test and length, one column a detector; our own figure by encoding behind.
-void PrintTable(const std::vector<JudgedSample>& samples, const std::vector<Verdicts>& detectors)
-{
-    std::map<std::pair<std::string, int>, std::vector<Tally>> rows;
-    std::map<std::pair<std::string, int>, std::map<std::string, Tally>> ours;
-    for (size_t i = 0; i < samples.size(); ++i) {
-        const JudgedSample& s = samples[i];
-        // Foreign text by kind, the rest by length.
-        const std::pair<std::string, int> key{
-            s.test == "foreign" || s.test == "ascii" ? s.test + ' ' + s.kind : s.test, s.length};
-        std::vector<Tally>& row = rows[key];
-        row.resize(detectors.size());
-        for (size_t d = 0; d < detectors.size(); ++d) {
-            ++row[d].all;
-            row[d].right += detectors[d].answers[i] == s.answer;
-        }
-        Tally& own = ours[key][s.encoding];
-        ++own.all;
-        own.right += detectors[0].answers[i] == s.answer;
-    }
-    std::cout << std::left << std::setw(22) << "test" << std::right << std::setw(7) << "length"
-              << std::setw(8) << "samples";
-    for (const Verdicts& detector : detectors) std::cout << std::setw(16) << detector.name;
-    std::cout << "   ours by encoding\n" << std::fixed << std::setprecision(2);
-    for (const auto& [key, row] : rows) {
-        std::cout << std::left << std::setw(22) << key.first << std::right << std::setw(7) << key.second
-                  << std::setw(8) << row[0].all;
-        for (const Tally& cell : row) std::cout << std::setw(16) << cell.Percent();
-        std::cout << "  ";
-        for (const auto& [encoding, cell] : ours[key]) std::cout << ' ' << encoding << ' ' << cell.Percent();
-        std::cout << '\n';
-    }
-}
-
-std::vector<ChartLine> LinesOf(const std::vector<JudgedSample>& samples,
-                               const std::vector<Verdicts>& detectors)
-{
-    std::vector<ChartLine> lines;
-    for (const Verdicts& detector : detectors) {
-        std::map<int, Tally> lengths;
-        for (size_t i = 0; i < samples.size(); ++i) {
-            if (samples[i].test != "windows") continue;
-            Tally& cell = lengths[samples[i].length];
-            ++cell.all;
-            cell.right += detector.answers[i] == samples[i].answer;
-        }
-        ChartLine line{detector.name, {}};
-        for (const auto& [length, cell] : lengths) line.points.emplace_back(length, cell.Percent());
-        lines.push_back(line);
-    }
-    return lines;
 }
 
 int Judge(int argc, char** argv)
@@ -164,8 +62,9 @@ int Judge(int argc, char** argv)
     PrintTable(samples, verdicts);
     WriteTsv(samples, verdicts, output + "/accuracy.tsv");
     WriteErrors(samples, verdicts[0].answers, output + "/errors.txt");
-    DrawChart(LinesOf(samples, verdicts), output + "/accuracy.svg");
+    DrawChart(ChartLinesOf(samples, verdicts), output + "/accuracy.svg");
     PrintEarly(argv[2]);
+    PrintTargets(samples, verdicts[0].answers);
     TQ_Exit();
     return 0;
 }

@@ -52,21 +52,22 @@ def put(path, data):
         file.write(data)
 
 
-def catalogue(path):
-    """The translations in a compiled catalogue, by their keys; none where the file is damaged."""
+def catalogue_pairs(path):
+    """A compiled catalogue's keys and translations; none where the file is damaged."""
     try:
         with open(path, "rb") as file:
             messages = gettext.GNUTranslations(file)._catalog
     except (OSError, IndexError, UnicodeDecodeError, ValueError):
         return []
-    return [text for key, text in sorted((str(k), v) for k, v in messages.items()) if key and isinstance(text, str)]
+    pairs = sorted((str(key), text) for key, text in messages.items() if isinstance(text, str))
+    return [(key, text) for key, text in pairs if key]
 
 
 def catalogue_lines(folder, locale, packages, left_out=()):
     """The translations into `locale` of all programs in the packages but those left out."""
     for package in sorted(packages):
         for path in files(f"{folder}/deb", f"{package}/usr/share/locale*/{locale}/LC_MESSAGES/*.mo"):
-            for text in catalogue(path) if os.path.basename(path)[:-3] not in left_out else []:
+            for _, text in catalogue_pairs(path) if os.path.basename(path)[:-3] not in left_out else []:
                 yield from text.split("\n")
 
 
