@@ -140,6 +140,11 @@ void AddHangul(States& states, const Ingredients& from)
         AddState(states, REGION_HANGUL, bytes);
         states[{.region = REGION_HANGUL, .path = bytes}].onward = REGION_HANGUL;
     }
+    for (unsigned code = 0xF900; code < 0xFA2E; ++code) {  // compatibility hanzi
+        const std::string bytes = TwoBytes(code & 0xFF, code >> 8);
+        AddState(states, REGION_HANGUL, bytes);
+        states[{.region = REGION_HANGUL, .path = bytes}].onward = REGION_HANGUL;
+    }
     for (unsigned low = 0x20; low < 0x7F; ++low)
         states[{.region = REGION_MAIN, .path = TwoBytes(low, 0)}].onward = REGION_HANGUL;
     states[{.region = REGION_MAIN, .path = TwoBytes('\n', 0)}].onward = REGION_HANGUL;

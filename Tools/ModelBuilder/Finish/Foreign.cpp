@@ -29,7 +29,10 @@ void AddZeros(States& states)
     const std::string zeros(2, '\0');
     for (const Region region : {REGION_MAIN, REGION_FOREIGN}) AddState(states, region, zeros);
     states[{REGION_MAIN, zeros}].onward = REGION_ZEROS;
-    states[{REGION_FOREIGN, zeros}] = {.value = COUNTS_AGAINST_UNICODE, .onward = REGION_FOREIGN};
+    // Big5 gets ahead without a positive state, so that data without a byte of 80 and above stays undecided,
+    // too.
+    Digits against{-2, -1, -2, LEAST_DIGIT};
+    states[{REGION_FOREIGN, zeros}] = {.value = PackDigits(against), .onward = REGION_FOREIGN};
     for (unsigned byte = 0; byte < 0x100; ++byte)
         states[{REGION_ZEROS, OneByte(byte)}] =
             byte == 0 ? State{TRIE_VALUE_NONE, REGION_ZEROS} : State{COUNTS_AGAINST_UNICODE};

@@ -2,6 +2,7 @@
 #include "ForeignSequences.h"
 
 #include <algorithm>
+#include <functional>
 #include <unordered_map>
 
 #include "Automaton.h"
@@ -68,31 +69,53 @@ bool MayBeForeign(const std::string& pair)
 {
     const unsigned lead = ByteAt(pair, 0), second = ByteAt(pair, 1);
     const bool isBig5Sign = lead == 0xC6 && second > 0xA0;  // of the ETEN extensions
-    return lead >= 0x80 && !IsGb2312Hanzi(lead, second) && !IsBig5FirstLevel(lead, second) && !isBig5Sign &&
+    if (lead < 0x80) return second >= 0x80;                 // a unit of UTF-16LE, or of UTF-16BE
+    return !IsGb2312Hanzi(lead, second) && !IsBig5FirstLevel(lead, second) && !isBig5Sign &&
            !IsPartOfUtf8(pair);
 }
 
 using Occurrences = std::unordered_map<uint32_t, double>;
+
+// Every kind of foreign text: a weight, and how to draw it.
+struct ForeignKind {
+    double weight;
+    std::function<std::string(CRandom&)> draw;
+};
+
+std::vector<ForeignKind> ForeignKinds(const Ingredients& from, const CSampleSource& source)
+{
+    std::vector<ForeignKind> kinds;
+    for (size_t i = 0; i < from.classes.size(); ++i)
+        if (IsForeign(from.classes[i].kind.role))
+            kinds.push_back({.weight = from.classes[i].kind.weight, .draw = [&source, i](CRandom& random) {
+                                 return source.DrawForeign(i, random);
+                             }});
+    for (int i = 0; i < CSampleSource::OTHER_UNICODE; ++i)
+        kinds.push_back({.weight = 1, .draw = [&source, i](CRandom& random) {
+                             return source.DrawOtherUnicode(static_cast<CSampleSource::OtherUnicode>(i),
+                                                            random);
+                         }});
+    return kinds;
+}
 
 // Sequences, and single pairs, by their share in the foreign class that has them most, weighed.
 Occurrences ForeignShares(const CPairReader& reader, const Ingredients& from, const CSampleSource& source)
 {
     Occurrences shares;
     uint64_t seed = FOREIGN_SEED;
-    for (size_t kind = 0; kind < from.classes.size(); ++kind) {
-        if (!IsForeign(from.classes[kind].kind.role)) continue;
+    for (const ForeignKind& kind : ForeignKinds(from, source)) {
         CRandom random(seed++);
         std::unordered_map<uint32_t, uint32_t> counts;
         double all = 0;
         for (size_t n = 0; n < from.recipe.foreignSamples; ++n)
-            reader.Read(source.DrawForeign(kind, random), [&](uint32_t pair, uint32_t sequence) {
+            reader.Read(kind.draw(random), [&](uint32_t pair, uint32_t sequence) {
                 ++all;
                 if (MayBeForeign(BytesOf(pair))) ++counts[pair];
                 if (sequence != 0 && IsSequence(BytesOf(sequence))) ++counts[sequence];
             });
         for (const auto& [sequence, count] : counts)
             if (count > from.recipe.leastForeign * all)
-                shares[sequence] = std::max(shares[sequence], from.classes[kind].kind.weight * count / all);
+                shares[sequence] = std::max(shares[sequence], kind.weight * count / all);
     }
     return shares;
 }

@@ -58,6 +58,25 @@ void InsertRun(std::wstring& text, CRandom& random)
     text.insert(at, run);
 }
 
+void InsertSigns(std::wstring& text, CRandom& random)
+{
+    static const std::wstring SIGNS =
+        L"\u00A9\u00AE\u2122\u20AC\u00A3\u00A5\u00A7\u00B6\u00B0\u00B5\u00B1\u00D7\u00F7\u00BD\u00BC\u00B2"
+        L"\u00B3"
+        L"\u201C\u201D\u2018\u2019\u2026\u2013\u2014\u2022\u2192\u2190\u2713\u2714\u2717\u00AB\u00BB\u00A0"
+        L"\u00B7\u2212"
+        L"\u2264\u2265\u2260\u221E\u03B1\u03B2\u03C0\u03BC\u03A9\u2191\u2193\u25CF\u25A0\u2605\u2020\u2116"
+        L"\u00BF\u00A1"
+        L"\u00E9\u00E8\u00FC\u00F1\u00E7\u00E5\u00F8\u00DF\u0142\u00F6\u00E4\u00E1\u00ED\u00F3\u00FA\u00E0"
+        L"\u00EF\u00C9";
+    const bool same = random.Chance(50);
+    wchar_t sign = SIGNS[random.Below(SIGNS.size())];
+    for (uint32_t count = 1 + random.Below(3); count > 0; --count) {
+        text.insert(random.Below(text.size() + 1), 1, sign);
+        if (!same) sign = SIGNS[random.Below(SIGNS.size())];
+    }
+}
+
 void InsertEmoji(std::wstring& text, CRandom& random)
 {
     static constexpr Range EMOJI[] = {

@@ -14,6 +14,9 @@ void InsertRun(std::wstring& text, CRandom& random);
 // Terminals' colours, as bulletin boards use them.
 void InsertEscapes(std::wstring& text, CRandom& random);
 
+// One to three signs of print, of trade and of measure, or accented letters, as English text has them.
+void InsertSigns(std::wstring& text, CRandom& random);
+
 // One to three emoji, joined or with a skin's colour now and then.
 void InsertEmoji(std::wstring& text, CRandom& random);
 

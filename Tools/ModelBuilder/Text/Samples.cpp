@@ -133,7 +133,7 @@ Sample CSampleSource::DrawAscii(CRandom& random) const
     return sample;
 }
 
-Sample CSampleSource::DrawWorld(CRandom& random) const
+std::wstring CSampleSource::World(size_t length, CRandom& random) const
 {
     const uint32_t drawn = random.Below(100);
     uint32_t upTo = 0;
@@ -143,14 +143,40 @@ Sample CSampleSource::DrawWorld(CRandom& random) const
         upTo += m_from.classes[i].kind.drawn;
         kind = i;
     }
+    return m_samplers[kind].Text(length, random);
+}
+
+Sample CSampleSource::DrawWorld(CRandom& random) const
+{
     Sample sample;
     sample.answer = random.Chance(m_recipe.worldInUnicode) ? CANDIDATE_UNICODE : CANDIDATE_UTF8;
-    std::wstring text = m_samplers[kind].Text(DrawLineLength(random), random);
+    const size_t length = DrawLineLength(random);
+    std::wstring text;
+    if (random.Chance(m_recipe.signs)) {
+        const std::string ascii = Ascii(length, random);
+        text.assign(ascii.begin(), ascii.end());
+        InsertSigns(text, random);
+    } else {
+        text = World(length, random);
+    }
     if (random.Chance(m_recipe.emoji)) InsertEmoji(text, random);
     if (random.Chance(m_recipe.windowsLineEnds)) EndLinesAsWindows(text);
     sample.bytes = m_from.encoder.Encode(sample.answer, text);
     if (IsAscii(sample.bytes) && sample.answer == CANDIDATE_UTF8) sample.answer = CANDIDATE_GBK;
     return sample;
+}
+
+std::string CSampleSource::DrawOtherUnicode(OtherUnicode kind, CRandom& random) const
+{
+    const std::wstring text = Chinese(random.Chance(50), 16 + random.Below(64), random);
+    std::string bytes;
+    for (const wchar_t c : text) {
+        const std::string pair =
+            TwoBytes(static_cast<unsigned>(c) >> 8 & 0xFF, static_cast<unsigned>(c) & 0xFF);
+        if (kind == UTF32_BE) bytes.append(2, '\0');
+        bytes += kind == UTF32_LE ? std::string{pair[1], pair[0], '\0', '\0'} : pair;
+    }
+    return bytes;
 }
 
 Sample CSampleSource::Draw(CRandom& random) const

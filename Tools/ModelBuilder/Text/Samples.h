@@ -26,6 +26,10 @@ public:
     // (answer GBK).
     Sample Draw(CRandom& random) const;
 
+    // 16 to 80 characters of Chinese text in UTF-16BE or, by `kind`, in UTF-32 of either order of bytes.
+    enum OtherUnicode { UTF16_BE, UTF32_LE, UTF32_BE, OTHER_UNICODE };
+    std::string DrawOtherUnicode(OtherUnicode kind, CRandom& random) const;
+
     // 64 to 263 characters of a class of foreign text, an index of Ingredients::classes.
     std::string DrawForeign(size_t kind, CRandom& random) const;
 
@@ -36,6 +40,7 @@ private:
     void AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const;
     void DrawRareHanzi(std::wstring& text, Candidate candidate, CRandom& random) const;
     Sample DrawAscii(CRandom& random) const;
+    std::wstring World(size_t length, CRandom& random) const;
     Sample DrawWorld(CRandom& random) const;
     Sample DrawChinese(CRandom& random) const;
 

@@ -45,7 +45,7 @@ Feature CRegression::NewFeature(const StateName& name, const CPriors& priors)
                     .own = static_cast<int>(m_parameters.size())};
     m_parameters.emplace_back();
     if (feature.pair && ByteAt(name.path, 0) >= 0x80) {
-        m_parameters.back().weight = priors.Of(name.path);
+        m_parameters.back().weight = m_parameters.back().origin = priors.Of(name.path);
         feature.counted = !IsPartOfUtf8(name.path);
     }
     if (!feature.counted) feature.group = GroupParameter((feature.ascii ? "ascii " : "") + GroupOf(name));
@@ -114,6 +114,7 @@ void CRegression::Step(const Feature& feature, const Weights& gradient, double r
 
 void CRegression::Step(Parameter& parameter, size_t candidate, double gradient, double rate) const
 {
+    gradient += m_recipe.decay * (parameter.weight[candidate] - parameter.origin[candidate]);
     parameter.squares[candidate] += gradient * gradient;
     parameter.weight[candidate] -=
         rate * gradient / std::sqrt(parameter.squares[candidate] + m_recipe.smoothing);

@@ -44,6 +44,7 @@ public:
 private:
     struct Parameter {
         Weights weight{};
+        Weights origin{};   // where it started, and is drawn back to
         Weights squares{};  // sums of squared gradients
     };
 

@@ -45,8 +45,33 @@ wchar_t UnitOf(const std::string& pair)
 }
 }  // namespace
 
-CRounding::CRounding(const CRegression& regression, const Ingredients& from)
-    : m_regression(regression), m_from(from), m_recipe(from.recipe)
+// By twos from the first byte beyond ASCII on, as the automaton reads what it does not know.
+ForeignPairs CountForeignPairs(const Ingredients& from, const CSampleSource& source)
+{
+    constexpr size_t SAMPLES = 4000;
+    constexpr uint64_t SEED = 300;  // any number does
+    ForeignPairs most(0x10000);
+    for (size_t kind = 0; kind < from.classes.size(); ++kind) {
+        if (!IsForeign(from.classes[kind].kind.role)) continue;
+        CRandom random(SEED + kind);
+        std::vector<double> counts(0x10000);
+        double all = 0;
+        for (size_t n = 0; n < SAMPLES; ++n) {
+            const std::string bytes = source.DrawForeign(kind, random);
+            for (size_t i = 0; i + 1 < bytes.size(); ++i) {
+                if (!IsLead(ByteAt(bytes, i)) || ByteAt(bytes, i + 1) < 0x40) continue;
+                ++counts[ByteAt(bytes, i) << 8 | ByteAt(bytes, i + 1)];
+                ++all, ++i;
+            }
+        }
+        for (size_t pair = 0; pair < counts.size(); ++pair)
+            most[pair] = std::max(most[pair], counts[pair] / std::max(all, 1.0));
+    }
+    return most;
+}
+
+CRounding::CRounding(const CRegression& regression, const Ingredients& from, const ForeignPairs& foreign)
+    : m_regression(regression), m_from(from), m_recipe(from.recipe), m_foreign(foreign)
 {
     for (const Feature& feature : regression.Features())
         for (size_t c = 0; c < CANDIDATES; ++c) m_all[c] += feature.pair ? feature.seen[c] : 0;
@@ -134,9 +159,13 @@ int CRounding::ShiftOf(const Feature& feature, const Digits& digits) const
     return std::min(limit, raise);
 }
 
-// Rare characters do not count for their encoding: compressed data is full of them.
+// Rare characters do not count for their encoding: compressed data is full of them. Nor do those that foreign
+// text has far more often.
 bool CRounding::IsInUse(const Feature& feature, size_t candidate) const
 {
-    return !feature.pair || IsSign(*feature.name, candidate) ||
-           feature.seen[candidate] > m_recipe.leastInUse * m_all[candidate];
+    if (!feature.pair || IsSign(*feature.name, candidate)) return true;
+    const double share = feature.seen[candidate] / std::max(m_all[candidate], 1.0);
+    const double foreign = m_foreign[ByteAt(feature.name->path, 0) << 8 | ByteAt(feature.name->path, 1)];
+    const bool isOurs = candidate == CANDIDATE_UTF8 || candidate == CANDIDATE_UNICODE;
+    return share > m_recipe.leastInUse && (isOurs || share * m_recipe.foreignOdds > foreign);
 }

@@ -9,10 +9,14 @@
 
 #include "Regression.h"
 
+// The share of each pair (first byte high) in the foreign class that has it most.
+using ForeignPairs = std::vector<double>;
+ForeignPairs CountForeignPairs(const Ingredients& from, const CSampleSource& source);
+
 class CRounding
 {
 public:
-    CRounding(const CRegression& regression, const Ingredients& from);
+    CRounding(const CRegression& regression, const Ingredients& from, const ForeignPairs& foreign);
 
     // The packed value of a state.
     int ValueOf(const Feature& feature) const
@@ -37,6 +41,7 @@ private:
     const CRegression& m_regression;
     const Ingredients& m_from;
     const Recipe& m_recipe;
+    const ForeignPairs& m_foreign;
     Weights m_all{};  // visits of pairs in training, by candidate
 };
 

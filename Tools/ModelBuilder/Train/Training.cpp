@@ -1,6 +1,8 @@
 // Gradient descent is one step after another, so only the drawing of the samples runs beside it.
 #include "Training.h"
 
+#include <algorithm>
+
 #include "Progress.h"
 #include "Rounding.h"
 #include "SampleStream.h"
@@ -18,7 +20,8 @@ double RateAt(uint64_t sample, const Recipe& recipe)
 // Doubtful states fall silent, and the rest learn to do without them.
 void SilenceDoubtful(CRegression& regression, const Ingredients& from)
 {
-    const CRounding rounding(regression, from);
+    const ForeignPairs none;
+    const CRounding rounding(regression, from, none);
     for (Feature& feature : regression.Features())
         feature.silent = feature.silent || rounding.IsDoubtful(feature);
 }
@@ -41,15 +44,29 @@ void Learn(CRegression& regression, const Ingredients& from, const CSampleSource
         }
     }
 }
+// Behind a pair that is UTF-16LE beyond doubt, Hangul may come as well as behind its ASCII.
+void ExpectHangul(States& states, const Recipe& recipe)
+{
+    for (auto& [name, state] : states) {
+        if (name.region != REGION_MAIN || name.path.size() != 2 || state.onward != BY_RULE) continue;
+        const Digits add = DigitsOf(state.value);
+        const int others = std::max({add[CANDIDATE_GBK], add[CANDIDATE_BIG5], add[CANDIDATE_UTF8]});
+        if (add[CANDIDATE_UNICODE] - others >= recipe.leadBeforeHangul && !LeadAfterAscii(name.path) &&
+            !IsLineEnd(name.path[0]))
+            state.onward = REGION_HANGUL;
+    }
+}
 }  // namespace
 
 void TrainValues(States& states, const Ingredients& from, const CSampleSource& source)
 {
     CRegression regression(states, from);
     Learn(regression, from, source);
-    const CRounding rounding(regression, from);
+    const ForeignPairs foreign = CountForeignPairs(from, source);
+    const CRounding rounding(regression, from, foreign);
     for (const Feature& feature : regression.Features())
         states[*feature.name].value = rounding.ValueOf(feature);
+    ExpectHangul(states, from.recipe);
     // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is doubtful.
     for (unsigned lead = 0x81; lead < 0xFF; ++lead)
         states[{.region = REGION_START, .path = OneByte(lead)}] = {.value = PackDigits({1, 1, 1, 1})};
