@@ -89,8 +89,8 @@ LEGACY = {"gbk": ["vim-runtime/**/tutor.zh.euc", "vim-runtime/**/menu_chinese_gb
           "big5": ["vim-runtime/**/tutor.zh.big5", "vim-runtime/**/menu_chinese_taiwan.950.vim",
                    "zh-autoconvert/**/*b5*.gz", "zh-autoconvert/**/poem.big5", "latex-cjk-c*/**/Big5*.tex",
                    "latex-cjk-c*/**/*b5.t*", "latex-cjk-c*/**/Bg5.cap", "texlive*/**/*big5.*",
-                   "fonts-arphic-*/**/ANNOUNCE.Big5", "fonts-arphic-*/**/big5/*", "fonts-cwtex-docs/**/*big5*", "fonts-cwtex-docs/**/*.html",
-                   "libpython*/**/cjkencodings/big5.txt"]}
+                   "fonts-arphic-*/**/ANNOUNCE.Big5", "fonts-arphic-*/**/big5/*", "fonts-cwtex-docs/**/*big5*",
+                   "fonts-cwtex-docs/**/*.html", "libpython*/**/cjkencodings/big5.txt"]}
 
 
 def is_utf8(data):
