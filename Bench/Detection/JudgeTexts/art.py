@@ -1,5 +1,5 @@
 """Terminal art for the judge, as UTF-8 that GBK or Big5 holds entirely: art/ENCODING/GENERATOR-NUMBER, a screen or more
-a file, plain and with escape sequences. Each part has generators of its own; toilet draws some of what "final" holds."""
+a file, plain and with escape sequences. Each part has its own generators; toilet draws some of what "final" holds."""
 import random
 import re
 import shutil

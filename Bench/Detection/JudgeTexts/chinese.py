@@ -89,25 +89,17 @@ LEGACY = {"gbk": ["vim-runtime/**/tutor.zh.euc", "vim-runtime/**/menu_chinese_gb
           "big5": ["vim-runtime/**/tutor.zh.big5", "vim-runtime/**/menu_chinese_taiwan.950.vim",
                    "zh-autoconvert/**/*b5*.gz", "zh-autoconvert/**/poem.big5", "latex-cjk-c*/**/Big5*.tex",
                    "latex-cjk-c*/**/*b5.t*", "latex-cjk-c*/**/Bg5.cap", "texlive*/**/*big5.*",
-                   "fonts-arphic-*/**/ANNOUNCE.Big5", "fonts-arphic-*/**/big5/*", "fonts-cwtex-docs/**/*big5*", "fonts-cwtex-docs/**/*.html",
-                   "libpython*/**/cjkencodings/big5.txt"]}
-
-
-def is_utf8(data):
-    """Some files were rewritten in UTF-8 under their old names."""
-    try:
-        data.decode()
-    except UnicodeDecodeError:
-        return False
-    return True
+                   "fonts-arphic-*/**/ANNOUNCE.Big5", "fonts-arphic-*/**/big5/*", "fonts-cwtex-docs/**/*big5*",
+                   "fonts-cwtex-docs/**/*.html", "libpython*/**/cjkencodings/big5.txt"]}
 
 
 def legacy_files(folder):
-    """Real legacy files, each once: files/ENCODING/legacy-NUMBER-NAME, in turn in one part and in the other."""
+    """Real legacy files, each once, without those that were rewritten in UTF-8 under their old names:
+    files/ENCODING/legacy-NUMBER-NAME, in turn in one part and in the other."""
     for encoding, patterns in LEGACY.items():
         paths = files(f"{folder}/deb", *patterns)
         paths += files(f"{folder}/npm", "nodejieba/**/testlines.gbk") if encoding == "gbk" else []
-        texts = {data: path for path, data in ((path, read(path)) for path in paths) if not is_utf8(data)}
+        texts = {data: path for path, data in ((path, read(path)) for path in paths) if not packages.is_utf8(data)}
         for number, (data, path) in enumerate(texts.items()):
             name = path.rsplit("/", 1)[1]
             put(f"{folder}/{PARTS[number % 2]}/files/{encoding}/legacy-{number:02}-{name}", data)

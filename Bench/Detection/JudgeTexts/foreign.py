@@ -72,7 +72,7 @@ def read_raw(path):
 
 def collect(folder):
     packages.unpack_debian(folder, BINARIES["choose"] + BINARIES["final"])
-    packages.unpack_npm(folder, ["lodash"])
+    packages.unpack_npm(folder, ["lodash", "jschardet"])  # the second for the judge to compare with
     ascii_kinds(folder)
     for part in BINARIES:
         binary_kinds(folder, part)

@@ -65,6 +65,20 @@ def world(folder):
     return kept
 
 
+def other_files(folder, part):
+    """Copyright notes, news, programs, descriptions in many languages: files of the programs in UTF-8 beyond ASCII, by
+    whether a fiftieth of their bytes is beyond it."""
+    paths = (path for program in PROGRAMS[part] for path in packages.files(
+        f"{folder}/deb/{program}", "usr/share/doc/*/*", "usr/share/**/*.py", "usr/share/**/*.xml", "usr/share/**/*.txt",
+        "usr/share/applications/*", "usr/share/**/*.html", "usr/share/**/*.ui", "etc/**/*"))
+    for number, path in enumerate(paths):
+        data = packages.read(path)
+        high = sum(byte > 0x7F for byte in data)
+        if high and b"\0" not in data and packages.is_utf8(data):
+            kind = "files-mostly-ascii" if high * 50 < len(data) else "files-of-programs"
+            packages.put(f"{folder}/{part}/world/files/{kind}/{number:04}", data[:400_000])
+
+
 def vim_files(folder):
     """Menus and tutors of vim, in UTF-8 and in legacy encodings, by language in one part or in the other."""
     for path in packages.files(f"{folder}/deb/vim-runtime", "**/tutor.*", "**/menu_*.vim"):
@@ -99,5 +113,7 @@ def legacy(folder, kept):
 def collect(folder):
     packages.unpack_debian(folder, PROGRAMS["choose"] + PROGRAMS["final"] + ["vim-runtime"])
     kept = world(folder)
+    for part in PROGRAMS:
+        other_files(folder, part)
     vim_files(folder)
     legacy(folder, kept)

@@ -46,6 +46,14 @@ def read(path):
         return file.read()
 
 
+def is_utf8(data):
+    try:
+        data.decode()
+    except UnicodeDecodeError:
+        return False
+    return True
+
+
 def put(path, data):
     os.makedirs(os.path.dirname(path), exist_ok=True)
     with open(path, "wb") as file:
