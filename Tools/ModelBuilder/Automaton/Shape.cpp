@@ -96,6 +96,14 @@ void AddUnits(States& states, const std::vector<wchar_t>& known)
         if (high != 0x82 && high != 0x83) AddState(states, REGION_RARE_UNIT, OneByte(high));
 }
 
+// Lead bytes that are expected right behind a character of three bytes: of scripts that have quotation marks
+// or dashes of three bytes, and of all characters of three.
+bool FollowsThreeBytes(unsigned lead)
+{
+    return IsUtf8Lead(lead) && (lead <= 0xC6 || lead == 0xC8 || (lead >= 0xCE && lead <= 0xD2) ||
+                                (lead >= 0xD4 && lead <= 0xDB) || lead >= 0xE0);
+}
+
 void AddUtf8(States& states, const std::vector<wchar_t>& common)
 {
     for (const wchar_t character : common) {
@@ -108,8 +116,10 @@ void AddUtf8(States& states, const std::vector<wchar_t>& common)
     for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
         AddState(states, REGION_THIRD, OneByte(tail));
         for (unsigned next = 0x0A; next < 0xF0; ++next)
-            if (next < 0x7F || IsUtf8Lead(next)) AddState(states, REGION_AFTER, TwoBytes(tail, next));
-        for (unsigned lead = 0xC2; lead < 0xF0; ++lead) AddState(states, REGION_SECOND, TwoBytes(lead, tail));
+            if (IsAsciiText(next) || FollowsThreeBytes(next))
+                AddState(states, REGION_AFTER, TwoBytes(tail, next));
+        for (unsigned lead = 0xC2; lead < 0xF0; ++lead)
+            if (FollowsThreeBytes(lead)) AddState(states, REGION_SECOND, TwoBytes(lead, tail));
     }
 }
 

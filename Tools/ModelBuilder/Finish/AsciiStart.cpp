@@ -67,7 +67,8 @@ int GivenBack(int units)
     return PackAllBut(CANDIDATE_UNICODE, 1 + (units + 1) / 2, 1 - units / 2);
 }
 
-// Two pairs each in a state of its own, as in M.
+// The first two pairs in states of their own, as in M. A byte beyond ASCII in place of the second gives back
+// what the first held back.
 void AddOwnPairs(States& states, const Recipe& recipe)
 {
     const States before = states;
@@ -77,38 +78,46 @@ void AddOwnPairs(States& states, const Recipe& recipe)
             continue;
         AddState(states, REGION_START, name.path);
         AddState(states, After(1), name.path);
-        states[{REGION_START, name.path}] = {Limited(state.value, -recipe.heldBack, recipe.mostOfPair),
-                                             After(1)};
-        states[{After(1), name.path}] = {Limited(state.value, recipe.heldBack, recipe.mostOfPair), After(2)};
+        states[{.region = REGION_START, .path = name.path}] = {
+            .value = Limited(state.value, -recipe.heldBack, recipe.mostOfPair), .onward = After(1)};
+        states[{.region = After(1), .path = name.path}] = {
+            .value = Limited(state.value, recipe.heldBack, recipe.mostOfPair), .onward = After(2)};
     }
-    for (unsigned byte = 0x80; byte < 0x100; ++byte) {
-        AddState(states, After(1), OneByte(byte));
-        states[{After(1), OneByte(byte)}].value = GivenBack(recipe.heldBack);
-    }
+    for (unsigned byte = 0x80; byte < 0x100; ++byte)
+        states[{.region = After(1), .path = OneByte(byte)}].value = GivenBack(recipe.heldBack);
 }
 
 // From the third pair on by single bytes: which pair it is, not what it is made of.
+void AddCountedText(States& states, int pairs, unsigned byte, const Recipe& recipe)
+{
+    const bool last = pairs == 3, again = pairs == 4;
+    const int more = again || MayBeHigh(byte) ? 0 : recipe.takenByStranger;
+    const int units = more + (last ? recipe.mostOfPair : 0);
+    states[{.region = After(pairs), .path = OneByte(byte)}] = {
+        .value = last ? Taken(recipe.mostOfPair) : TRIE_VALUE_NONE, .onward = Within(pairs)};
+    states[{.region = Within(pairs), .path = OneByte(byte)}] = {
+        .value = units > 0 ? Taken(units) : TRIE_VALUE_NONE, .onward = After(std::min(pairs + 1, 4))};
+}
+
+// A byte that is no text gives back what was taken.
+void AddEndOfCount(States& states, int pairs, unsigned byte, const Recipe& recipe)
+{
+    const int takenBefore = pairs == 4 ? 2 * recipe.mostOfPair : 0;
+    const int takenWithin = pairs == 3 ? recipe.mostOfPair : takenBefore;
+    if (takenBefore > 0)
+        states[{.region = After(pairs), .path = OneByte(byte)}].value = GivenBack(takenBefore);
+    if (takenWithin > 0)
+        states[{.region = Within(pairs), .path = OneByte(byte)}].value = GivenBack(takenWithin);
+    // The high byte of a unit of UTF-16LE leaves for where it is followed as that.
+    if (IsLeadAndHighByte(byte)) AddState(states, Within(pairs), OneByte(byte));
+    if (byte < 0x80) states[{.region = Within(pairs), .path = OneByte(byte)}].onward = REGION_MAIN;
+}
+
 void AddCount(States& states, const Recipe& recipe)
 {
     for (const int pairs : {2, 3, 4})
-        for (unsigned byte = 0; byte < 0x100; ++byte) {
-            const int taken = pairs == 4 ? 2 * recipe.mostOfPair : 0;  // so far, before this pair
-            const bool last = pairs == 3, again = pairs == 4;
-            AddState(states, After(pairs), OneByte(byte));
-            AddState(states, Within(pairs), OneByte(byte));
-            State& low = states[{After(pairs), OneByte(byte)}];
-            State& high = states[{Within(pairs), OneByte(byte)}];
-            if (IsText(byte)) {
-                low = {last ? Taken(recipe.mostOfPair) : TRIE_VALUE_NONE, Within(pairs)};
-                const int more = again || MayBeHigh(byte) ? 0 : recipe.takenByStranger;
-                const int units = more + (last ? recipe.mostOfPair : 0);
-                high = {units > 0 ? Taken(units) : TRIE_VALUE_NONE, After(std::min(pairs + 1, 4))};
-            } else {
-                if (again) low.value = GivenBack(taken);
-                if (again || last) high.value = GivenBack(last ? recipe.mostOfPair : taken);
-                if (byte < 0x80) high.onward = REGION_MAIN;  // a unit of UTF-16LE
-            }
-        }
+        for (unsigned byte = 0; byte < 0x100; ++byte)
+            (IsText(byte) ? AddCountedText : AddEndOfCount)(states, pairs, byte, recipe);
 }
 
 // Third pairs that speak for UTF-16LE.

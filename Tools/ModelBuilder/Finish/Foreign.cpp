@@ -89,6 +89,15 @@ void AddHighInUnicode(States& states)
     AddState(states, REGION_MAIN, "\x0F\xFE");  // chooses an emoji's form
 }
 
+// Of the world's text, half of what UTF-8 is.
+void AddWorldShares(CharacterShares& shares, const Ingredients& from)
+{
+    for (const CountedClass& counted : from.classes)
+        if (counted.kind.role == Role::WORLD)
+            for (const auto& [character, entry] : counted.counts.characters)
+                shares[character] += entry.total / counted.size * counted.kind.drawn / 100;
+}
+
 void AddWayBack(States& states, const Ingredients& from)
 {
     for (unsigned byte = 0; byte < 0x100; ++byte)
@@ -104,8 +113,10 @@ void AddWayBack(States& states, const Ingredients& from)
         CharacterShares shares = hant.anywhere;
         if (candidate != CANDIDATE_BIG5)
             for (const auto& [character, share] : hans.anywhere) shares[character] += share;
-        for (const wchar_t character :
-             Top(shares, from.recipe.waysBack, [&](wchar_t c) { return c >= 0x2000; })) {
+        if (candidate == CANDIDATE_UTF8) AddWorldShares(shares, from);
+        for (const wchar_t character : Top(shares, from.recipe.waysBack, [&](wchar_t c) {
+                 return c >= (candidate == CANDIDATE_UTF8 ? 0x80 : 0x2000);
+             })) {
             const std::string bytes = from.encoder.Encode(candidate, {character});
             if (bytes.size() < 2) continue;
             auto& way = ways[bytes];

@@ -12,6 +12,14 @@
 
 namespace
 {
+constexpr size_t BATCH = 200;  // corrections between two looks at the model's size
+
+// Of the file: two mapping tables, the number of nodes, the nodes.
+constexpr size_t ModelSize(size_t nodes)
+{
+    return 4 * MAPPING_ENTRIES + 4 + sizeof(TrieNode) * nodes;
+}
+
 struct ShortText {
     std::string bytes;
     CandidateShares shares{};
@@ -109,9 +117,18 @@ public:
 
     void Correct()
     {
-        int corrected = 0;
-        for (const ShortText* text : ErrorsByCost())
-            if (m_states.size() < m_recipe.mostStates) corrected += CorrectOne(*text);
+        const std::vector<const ShortText*> errors = ErrorsByCost();
+        size_t corrected = 0;
+        for (size_t i = 0; i < errors.size(); i += BATCH) {
+            States before = m_states;
+            size_t mended = 0;
+            for (size_t k = i; k < std::min(i + BATCH, errors.size()); ++k) mended += CorrectOne(*errors[k]);
+            if (ModelSize(CAutomaton(m_states).NodeCount()) > m_recipe.mostBytes) {
+                m_states = std::move(before);
+                break;
+            }
+            corrected += mended;
+        }
         ErrorsByCost();  // says what is left
         std::cerr << corrected << " short texts put right\n";
     }

@@ -10,7 +10,7 @@
 #include "Ingredients.h"
 #include "States.h"
 
-// To be added last: what the detector says is what is put right. Ends at the recipe's most states.
+// To be added last: what the detector says is what is put right. Ends at the recipe's most bytes.
 void CorrectShortTexts(States& states, const Ingredients& from);
 
 #endif  // MODEL_BUILDER_SHORT_TEXTS_H

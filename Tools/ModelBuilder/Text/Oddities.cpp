@@ -135,10 +135,10 @@ void InsertEscapes(std::wstring& text, CRandom& random)
 
 void Damage(std::string& bytes, CRandom& random)
 {
-    if (bytes.size() < 12) return;
+    if (bytes.size() < 10) return;
     const uint32_t kind = random.Below(100);
-    if (kind < 5) bytes.erase(0, 1);
-    if (kind >= 3 && kind < 10) bytes.pop_back();
+    if (kind < 7) bytes.erase(0, 1);
+    if (kind >= 5 && kind < 10) bytes.pop_back();
     if (kind >= 10 && kind < 12) {
         const auto stray = static_cast<char>(random.Below(256));
         bytes.insert(random.Below(static_cast<uint32_t>(bytes.size())), 1, stray);

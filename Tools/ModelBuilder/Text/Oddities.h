@@ -26,7 +26,7 @@ std::wstring Art(size_t length, CRandom& random);
 // One to three characters in the four bytes of GB18030, between two others of GBK text.
 void InsertFourBytes(std::string& bytes, CRandom& random);
 
-// Half a character lost at an end, or one stray byte; nothing in texts of less than twelve bytes.
+// Half a character lost at an end, or one stray byte; nothing in texts of less than ten bytes.
 void Damage(std::string& bytes, CRandom& random);
 
 // Text that machines write: numbers, hexadecimal digits, Base64, rules.

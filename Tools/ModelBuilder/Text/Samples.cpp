@@ -162,6 +162,7 @@ Sample CSampleSource::DrawWorld(CRandom& random) const
     if (random.Chance(m_recipe.emoji)) InsertEmoji(text, random);
     if (random.Chance(m_recipe.windowsLineEnds)) EndLinesAsWindows(text);
     sample.bytes = m_from.encoder.Encode(sample.answer, text);
+    if (sample.answer == CANDIDATE_UTF8) Damage(sample.bytes, random);
     if (IsAscii(sample.bytes) && sample.answer == CANDIDATE_UTF8) sample.answer = CANDIDATE_GBK;
     return sample;
 }

@@ -135,7 +135,7 @@ bool CRounding::IsAtHomeInUnicode(const Feature& feature) const
     const uint32_t seen = feature.seen[CANDIDATE_UNICODE];
     if (!feature.pair) return seen > 0;
     const std::string& pair = feature.name->path;
-    return MayBeHanzi(pair) || (seen > 0 && MayBeSign(pair)) ||
+    return MayBeHanzi(pair) || IsUnusedControl(ByteAt(pair, 1)) || (seen > 0 && MayBeSign(pair)) ||
            seen > m_recipe.leastInUse * m_all[CANDIDATE_UNICODE];
 }
 

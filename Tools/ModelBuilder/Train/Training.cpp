@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "Detection.h"
 #include "Progress.h"
 #include "Rounding.h"
 #include "SampleStream.h"
@@ -49,10 +50,11 @@ void ExpectHangul(States& states, const Recipe& recipe)
 {
     for (auto& [name, state] : states) {
         if (name.region != REGION_MAIN || name.path.size() != 2 || state.onward != BY_RULE) continue;
+        const bool isText = IsAsciiText(ByteAt(name.path, 0)) && IsAsciiText(ByteAt(name.path, 1));
         const Digits add = DigitsOf(state.value);
         const int others = std::max({add[CANDIDATE_GBK], add[CANDIDATE_BIG5], add[CANDIDATE_UTF8]});
         if (add[CANDIDATE_UNICODE] - others >= recipe.leadBeforeHangul && !LeadAfterAscii(name.path) &&
-            !IsLineEnd(name.path[0]))
+            !isText && !IsLineEnd(name.path[0]))
             state.onward = REGION_HANGUL;
     }
 }
