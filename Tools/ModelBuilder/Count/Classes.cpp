@@ -2,6 +2,7 @@
 #include "Classes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
@@ -39,6 +40,38 @@ std::string ParseClass(const std::string& line, TextClass& parsed)
     std::getline(cells >> std::ws, parsed.title);
     return parsed.title.empty() ? "a class needs a title" : "";
 }
+
+// Classes that samples are drawn from together share 100 %, and Chinese ones a weight of 1.
+void CheckSums(const std::vector<TextClass>& classes, const std::string& path)
+{
+    const struct {
+        const char* name;
+        bool (*has)(const TextClass&);
+        bool isWeighed;
+    } GROUPS[] = {
+        {"of the script hans", [](const TextClass& c) { return IsChinese(c.role) && !c.isTraditional; },
+         true},
+        {"of the script hant", [](const TextClass& c) { return IsChinese(c.role) && c.isTraditional; }, true},
+        {"of the world's text", [](const TextClass& c) { return c.role == Role::WORLD; }, false}};
+    for (const auto& group : GROUPS) {
+        uint32_t drawn = 0;
+        double weight = 0;
+        for (const TextClass& kind : classes) {
+            drawn += group.has(kind) ? kind.drawn : 0;
+            weight += group.has(kind) ? kind.weight : 0;
+        }
+        std::ostringstream fault;
+        fault << path << ": the classes " << group.name;
+        if (drawn != 100 && std::any_of(classes.begin(), classes.end(), group.has)) {
+            fault << " draw " << drawn << " % together, not 100";
+            throw std::runtime_error(fault.str());
+        }
+        if (group.isWeighed && weight != 0 && std::abs(weight - 1) > 1e-6) {
+            fault << " weigh " << weight << " together, not 1";
+            throw std::runtime_error(fault.str());
+        }
+    }
+}
 }  // namespace
 
 std::vector<TextClass> ReadClasses(const std::string& path)
@@ -57,5 +90,6 @@ std::vector<TextClass> ReadClasses(const std::string& path)
             throw std::runtime_error(path + ", line " + std::to_string(number) + ": " + fault);
         classes.push_back(parsed);
     }
+    CheckSums(classes, path);
     return classes;
 }

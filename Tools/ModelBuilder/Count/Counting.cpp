@@ -22,7 +22,7 @@ constexpr size_t DATA_PIECE = 64;  // bytes of data that are counted as one line
 constexpr double MOST_TIMES = 300;
 
 struct Counted {
-    const TextClass* kind;
+    const TextClass* kind = nullptr;
     Statistics statistics;
     std::string sources;
 };
@@ -143,13 +143,17 @@ void CountTexts(const std::string& texts, const std::vector<TextClass>& classes,
 {
     const std::map<std::string, fs::path> folders = FoldersIn(texts, classes);
     std::vector<Counted> all;
+    std::vector<TextClass> others;
     for (const TextClass& kind : classes) {
         const auto folder = folders.find(kind.name);
-        if (folder != folders.end()) all.push_back(CountClass(folder->second, kind, report));
-        if (folder == folders.end() || all.back().sources.empty()) {
-            report << kind.name << ": no texts, the counts stay as they are\n";
-            if (folder != folders.end()) all.pop_back();
+        Counted counted;
+        if (folder != folders.end()) counted = CountClass(folder->second, kind, report);
+        if (counted.sources.empty()) {
+            others.push_back(kind);
+        } else {
+            all.push_back(std::move(counted));
         }
     }
     for (Counted& counted : all) Write(counted, statistics, report);
+    if (!others.empty()) report << "no texts, so the counts stay as they are: " << NamesOf(others) << '\n';
 }
