@@ -123,8 +123,8 @@ int UTF8Char_ToUnicode(char const* s, unsigned long len, wchar_t& cp);
 unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst);
 
 // Encodes `count` wide characters (zero included) as UTF-8 into a new block that the caller frees with
-// free(): 3 * count + 1 bytes, all zero behind the text. Returns the bytes produced, terminator not counted; 0
-// and a null block when out of memory.
+// free(): 3 * count + 1 bytes, all zero behind the text. Returns the bytes produced, terminator not counted;
+// 0 and a null block when out of memory.
 unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst);
 
 // The same up to the first zero, into a buffer apart from `src` and with a zero byte behind; `dstLen` becomes

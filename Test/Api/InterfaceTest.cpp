@@ -1,6 +1,9 @@
 // The exported functions end to end: life cycle, forwarding, whole files.
 #include "../Unit/Support.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <memory>
 
 #include "Utility.h"
@@ -78,6 +81,7 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
         {"Unicode to GBK", ENCODE_UNICODE, "xyz", ENCODE_GBK, "\xBB\xF6\x7A", 3},
         {"Unicode to UTF-8", ENCODE_UNICODE, "x\1\1", ENCODE_UTF8, mark8 + "\0\0"_b, 2},
         {"undecided to UTF-8", ENCODE_UTF8, "\xFF\xFF", ENCODE_UTF8, mark8, 0},
+        {"undecided to GBK", ENCODE_UTF8, "\xFF\xFF", ENCODE_GBK, "", 0},
         {"no such target", ENCODE_UTF8, "x", ENCODE_BIG5, "", 0},
     };
     for (const auto& c : cases) {
@@ -88,6 +92,43 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
         EXPECT_EQ(ReadBytes("out"), c.written) << c.what;
         TQ_Exit();
     }
+}
+
+TEST_F(Interface, FilesArePassedThroughAPipe)
+{
+    LoadDecidingFor(ENCODE_UTF8);
+    WriteBytes("in", "xyz");
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    const int pipe = open("pipe", O_RDWR | O_NONBLOCK);
+    EXPECT_EQ(TQ_ToUtf8File("in", "pipe"), 3);
+    std::string got(9, '\0');
+    EXPECT_EQ(read(pipe, got.data(), got.size()), 6);
+    EXPECT_EQ(got, "\xEF\xBB\xBFxyz\0\0\0"_b);
+    close(pipe);
+}
+
+// What is opened is a name in GBK where that alone exists; one that exists in neither form stays as given.
+TEST_F(Interface, FailuresNameTheirFiles)
+{
+    const std::string given = ZHONG_UTF8;
+    LoadDecidingFor(ENCODE_UTF8);
+    WriteBytes("in", "x");
+    std::filesystem::create_directory(ZHONG_GBK);
+    EXPECT_EQ(TQ_ToUtf8File("in", ZHONG_UTF8), -1);
+    EXPECT_EQ(LastError(), "Fail writing file " + given) << "in the caller's own words";
+    std::filesystem::remove(ZHONG_GBK);
+    EXPECT_EQ(TQ_Init(ZHONG_UTF8, nullptr), -2);
+    EXPECT_EQ(LastError(), given + "/Data/CodeTrans.model load failure!");
+    EXPECT_EQ(TQ_ToUtf8File(ZHONG_UTF8, "out"), -1);
+    EXPECT_EQ(TQ_ToUtf8File("in", ZHONG_UTF8), 1);
+    EXPECT_TRUE(std::filesystem::exists(given) && !std::filesystem::exists(ZHONG_GBK));
+    std::filesystem::remove(given);
+    WriteBytes(ZHONG_GBK, "");
+    EXPECT_EQ(TQ_ToUtf8File(ZHONG_UTF8, "out"), -1);
+    EXPECT_EQ(LogMessages(".err"), "Fail writing file " + given + "\n" + given +
+                                       "/Data/CodeTrans.model load failure!\nError read file " + given +
+                                       "\nError read file " + ZHONG_GBK + "\n");
+    EXPECT_EQ(LogMessages(".log"), "Failed open file  " + given + "\n");
 }
 
 TEST_F(Interface, SamplesConvertToTheSameText)

@@ -109,6 +109,7 @@ protected:
         g_sLastErrorMessage = EARLIER;
         WriteBytes("in", LINE);
         WriteBytes("out", KEPT);
+        std::filesystem::remove("new");
     }
     // The library keeps each copy for the life of the process.
     static std::string LastError() { return std::unique_ptr<const char[]>(TQ_GetLastErrorMsg()).get(); }
@@ -159,6 +160,8 @@ const Operation OPERATIONS[] = {
     {"file to UTF-8", [] { return TQ_ToUtf8File("in", "out"); }, 32, -1, "out", LINE_AS_UTF8},
     {"file in place", [] { return TQ_ToUtf8File("in", "in"); }, 32, -1, "in", LINE_AS_UTF8},
     {"file to GBK", [] { return TQ_ToGBKFile("in", "out"); }, 22, -1, "out", LINE},
+    // May be left empty, which reads as one that is not there.
+    {"to a new file", [] { return TQ_ToUtf8File("in", "new"); }, 32, -1, "new", LINE_AS_UTF8},
     {"no such file", [] { return TQ_ToUnicodeFile("none", "out"); }, -1, -1, "out", KEPT},
 };
 
@@ -197,8 +200,8 @@ TEST_F(Faults, EachAllocationMayFail)
 
 Undo ReadBy(std::function<size_t(size_t)> onRead)
 {
-    g_onRead = std::move(onRead);
-    return [] { g_onRead = nullptr; };
+    g_hooks.fread = std::move(onRead);
+    return [] { g_hooks.fread = nullptr; };
 }
 
 Undo DeliverOnly(size_t count)

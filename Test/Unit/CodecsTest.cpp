@@ -2,9 +2,11 @@
 // against the C library's converter. Sources end at an unreadable page. Random text: FastPathsTest.cpp and
 // Test/Fuzz.
 #include <iconv.h>
+#include <malloc.h>
 
 #include <set>
 
+#include "FastPaths.h"
 #include "Support.h"
 
 namespace
@@ -162,7 +164,9 @@ std::string EncodeWide(const std::wstring& wide)
     unsigned char* block = nullptr;
     const unsigned long size = unicode_to_utf8(reinterpret_cast<wchar_t*>(src.data()), wide.size(), &block);
     const std::string utf8(reinterpret_cast<char*>(block), size);
-    EXPECT_EQ(block[size], 0);
+    const size_t whole = 3 * wide.size() + 1, allocated = malloc_usable_size(block);
+    EXPECT_TRUE(allocated >= whole && (allocated < whole + 48 || whole > 1000)) << allocated;
+    EXPECT_EQ(std::count(block + size, block + whole, 0), whole - size) << "all zero behind the text";
     free(block);
     return utf8;
 }
@@ -171,6 +175,11 @@ TEST(Utf8, Encodes)
 {
     EXPECT_EQ(EncodeWide(L""), "");
     EXPECT_EQ(EncodeWide(L"A\x10000\x4E2D"), "A\xE4\xB8\xAD");
+    for (const size_t length : {8U, 13U, 100U})
+        for (const Forms forms : {Forms::PLAIN, BestForms()}) {
+            UseForms(forms);
+            EXPECT_EQ(EncodeWide(std::wstring(length, 'a')), std::string(length, 'a'));
+        }
     EXPECT_EQ(EncodeWide(std::wstring{'a', 0, 'b', 0xD800, static_cast<wchar_t>(-1), 0x7F, 0x80, 0x7FF, 0x800,
                                       0xFFFF}),
               "a\0b\xED\xA0\x80\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"_b);
@@ -211,6 +220,7 @@ TEST(Utf8, Strings)
 {
     EXPECT_EQ(utf8_to_unicode("\xEF\xBB\xBF\x41"), L"\xFEFF\x41");
     EXPECT_EQ(UtfStr2Unicode("\xEF\xBB\xBF\x41"), L"A");
+    EXPECT_EQ(UtfStr2Unicode("\xEF\xBB\xBF\xEF\xBB\xBF\x41"), L"\xFEFF\x41") << "exactly one is skipped";
     EXPECT_EQ(UtfStr2Unicode("\xEF\xBB\x41"), (std::wstring{0xFEC1}));
     EXPECT_EQ(UtfStr2Unicode(""), L"");
     EXPECT_EQ(unicode_to_utf8(std::wstring{0x4E2D, 0, 'x'}), "\xE4\xB8\xAD");
