@@ -120,8 +120,11 @@ TEST_F(Interface, FailuresNameTheirFiles)
     EXPECT_EQ(TQ_Init(ZHONG_UTF8, nullptr), -2);
     EXPECT_EQ(LastError(), given + "/Data/CodeTrans.model load failure!");
     EXPECT_EQ(TQ_ToUtf8File(ZHONG_UTF8, "out"), -1);
+    const mode_t mask = umask(027);
     EXPECT_EQ(TQ_ToUtf8File("in", ZHONG_UTF8), 1);
+    umask(mask);
     EXPECT_TRUE(std::filesystem::exists(given) && !std::filesystem::exists(ZHONG_GBK));
+    EXPECT_EQ(std::filesystem::status(given).permissions(), std::filesystem::perms(0640));
     std::filesystem::remove(given);
     WriteBytes(ZHONG_GBK, "");
     EXPECT_EQ(TQ_ToUtf8File(ZHONG_UTF8, "out"), -1);
