@@ -90,7 +90,7 @@ Hooks g_hooks;
 
 // The function that this program's own of that name hides.
 #define HIDDEN(function) \
-    static const auto s_hidden = reinterpret_cast<decltype(&function)>(dlsym(RTLD_NEXT, #function))
+    static const auto s_hidden = reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
 
 extern "C" {
 size_t fread(void* to, size_t size, size_t count, FILE* file)

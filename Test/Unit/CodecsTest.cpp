@@ -146,6 +146,7 @@ TEST(Utf8, DecodersDifferOnlyInCheckingContinuations)
         {"\x80\xFF\x61", U"a", U"a"},
         {"\xED\xA0\x80", {0xD800}, {0xD800}},
         {"\xF0\x61\x62\x63", U"abc", U"abc"},
+        {"\xF0\x61\x80\x80\xF0\x80\x61\x80\xF0\x80\x80\x61", U"aaa", U"aaa"},
         {"\xEF\xBB\xBF\x41", {0xFEFF, 'A'}, {0xFEFF, 'A'}},
         {"\xC0\x80x", {0, 'x'}, {0, 'x'}},
     };

@@ -30,8 +30,11 @@ TEST(Locales, ConvertUpToTheFirstFault)
 
     const struct {
         std::string gbk, utf8;
-    } toUtf8[] = {
-        {"", ""}, {"\xD6\xD0\x41", "\xE4\xB8\xAD\x41"}, {"\xD6\xD0\xFF\xFF", "\xE4\xB8\xAD"}, {"A\xD6", "A"}};
+    } toUtf8[] = {{"", ""},
+                  {"\xD6\xD0\x41", "\xE4\xB8\xAD\x41"},
+                  {"\xD6\xD0\xFF\xFF", "\xE4\xB8\xAD"},
+                  {"A\xD6", "A"},
+                  {std::string(70000, 'a'), std::string(70000, 'a')}};
     for (const auto& c : toUtf8) {
         EXPECT_EQ(ANSIToUTF8(c.gbk.c_str(), bytes), c.utf8.size());
         EXPECT_EQ(bytes, c.utf8);
@@ -181,8 +184,8 @@ const Branch BRANCHES[] = {
     {"Unicode in four-byte units", CodeTrans_ToUtf8, ENCODE_UNICODE, WIDE_ZHONG_A, 2, 0, UTF8_ZHONG_A, 4, 4},
     {"Unicode: capacity limits units", CodeTrans_ToUtf8, ENCODE_UNICODE, "\x2D\x4E\0\0"_b, 2, 1,
      "\xE4\xB8\xAD\0"_b, 3, 3},
-    {"Unicode: zero ends the copy", CodeTrans_ToUtf8, ENCODE_UNICODE, "A\0\0\0\0\0\0\0A\0\0\0"_b, 3, 9,
-     "A\0"_b, 3, 1},
+    {"Unicode: zero ends the copy", CodeTrans_ToUtf8, ENCODE_UNICODE,
+     "A\0\0\0\0\0\0\0\x7F\0\0\0\x80\0\0\0\xFF\7\0\0\0\x8\0\0\xFF\xFF\0\0\0\0\1\0"_b, 8, 9, "A\0"_b, 13, 1},
     {"no such code", CodeTrans_ToUtf8, 5, "abcd", 4, 9, "", 0, 0},
     {"undecided", CodeTrans_ToUtf8, ENCODE_UNKNOWN, "\xFF\xFF\xFF", 3, 9, "", 0, 0},
 
