@@ -90,38 +90,14 @@ Hooks g_hooks;
 
 // The function that this program's own of that name hides.
 #define HIDDEN(function) \
-    static const auto s_hidden = reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
+    static const auto s_hidden = reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function));
 
+// clang-format off
 extern "C" {
-size_t fread(void* to, size_t size, size_t count, FILE* file)
-{
-    HIDDEN(fread);
-    return s_hidden(to, size, g_hooks.fread ? g_hooks.fread(count) : count, file);
+size_t fread(void* to, size_t size, size_t count, FILE* file) { HIDDEN(fread) return s_hidden(to, size, g_hooks.fread ? g_hooks.fread(count) : count, file); }
+int access(const char* name, int mode) noexcept { HIDDEN(access) if (g_hooks.access) g_hooks.access(name, mode); return s_hidden(name, mode); }
+char* getcwd(char* buffer, size_t size) noexcept { HIDDEN(getcwd) return g_hooks.getcwd ? g_hooks.getcwd(buffer, size) : s_hidden(buffer, size); }
+int fstat(int descriptor, struct stat* status) noexcept { HIDDEN(fstat) return g_hooks.fstat ? g_hooks.fstat() : s_hidden(descriptor, status); }
+int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept { HIDDEN(pthread_mutex_lock) if (g_hooks.pthread_mutex_lock) g_hooks.pthread_mutex_lock(); return s_hidden(mutex); }
 }
-
-int access(const char* name, int mode) noexcept
-{
-    HIDDEN(access);
-    if (g_hooks.access) g_hooks.access(name, mode);
-    return s_hidden(name, mode);
-}
-
-char* getcwd(char* buffer, size_t size) noexcept
-{
-    HIDDEN(getcwd);
-    return g_hooks.getcwd ? g_hooks.getcwd(buffer, size) : s_hidden(buffer, size);
-}
-
-int fstat(int descriptor, struct stat* status) noexcept
-{
-    HIDDEN(fstat);
-    return g_hooks.fstat ? g_hooks.fstat() : s_hidden(descriptor, status);
-}
-
-int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
-{
-    HIDDEN(pthread_mutex_lock);
-    if (g_hooks.pthread_mutex_lock) g_hooks.pthread_mutex_lock();
-    return s_hidden(mutex);
-}
-}
+// clang-format on

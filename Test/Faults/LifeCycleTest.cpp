@@ -26,37 +26,29 @@ protected:
 // A caller who still has a pointer to them may go on reading, and frees them if anybody does.
 TEST_F(LifeCycle, TablesOfAnEarlierLoadStayAllocated)
 {
-    const std::string model = ReadBytes(ModelPath());
     std::vector<std::unique_ptr<unsigned short[]>> mappings;
     std::vector<std::unique_ptr<TrieNode[]>> tries;
-    for (const size_t size : {4 * MAPPING_ENTRIES / 2, 4 * MAPPING_ENTRIES, 4 * MAPPING_ENTRIES + 20U}) {
-        ASSERT_EQ(CodeTrans_Initialize(ModelPath().c_str()), 0);
+    const auto loadAndKeep = [&] {
+        EXPECT_EQ(TQ_Init(CODETRANS_SOURCE_DIRECTORY, nullptr), 1);
         mappings.emplace_back(g_mapGBKToUnicode);
         mappings.emplace_back(g_mapBig5ToUnicode);
         tries.emplace_back(g_pstTrieTable);
-        const long blocks = LiveBlocks();
+        return LiveBlocks();
+    };
+    const std::string model = ReadBytes(ModelPath());
+    for (const size_t size : {2 * MAPPING_ENTRIES, 4 * MAPPING_ENTRIES, 4 * MAPPING_ENTRIES + 20U}) {
+        const long blocks = loadAndKeep();
         EXPECT_EQ(CodeTrans_Initialize("missing"), -1);
-        EXPECT_EQ(g_pstTrieTable, tries.back().get());
-        EXPECT_EQ(TQ_CodeDetect("\xD6\xD0\xCE\xC4\xD7\xD6", 6), ENCODE_GBK) << "as before";
-
+        EXPECT_EQ(TQ_CodeDetect("\xD6\xD0\xCE\xC4\xD7\xD6", 6), ENCODE_GBK) << "by the earlier ones";
         WriteBytes("cut", model.substr(0, size));
         EXPECT_LT(CodeTrans_Initialize("cut"), 0);
-        EXPECT_TRUE(g_mapGBKToUnicode == nullptr && g_mapBig5ToUnicode == nullptr &&
-                    g_pstTrieTable == nullptr);
+        EXPECT_TRUE(!g_mapGBKToUnicode && !g_mapBig5ToUnicode && !g_pstTrieTable);
         EXPECT_EQ(LiveBlocks(), blocks) << "nothing of the new load, all of the earlier one";
-        EXPECT_EQ(memcmp(tries.back().get(), model.data() + 4 * MAPPING_ENTRIES + 4, 1000 * sizeof(TrieNode)),
-                  0);
+        EXPECT_EQ(memcmp(tries.back().get(), model.data() + 4 * MAPPING_ENTRIES + 4, 16000), 0);
     }
-    ASSERT_EQ(CodeTrans_Initialize(ModelPath().c_str()), 0);
-    const long blocks = LiveBlocks();
-    mappings.emplace_back(g_mapGBKToUnicode);
-    mappings.emplace_back(g_mapBig5ToUnicode);
-    tries.emplace_back(g_pstTrieTable);
-    ASSERT_EQ(CodeTrans_Initialize(ModelPath().c_str()), 0);
+    const long blocks = loadAndKeep();
+    EXPECT_EQ(TQ_Init(CODETRANS_SOURCE_DIRECTORY, nullptr), 1);
     EXPECT_EQ(LiveBlocks(), blocks + 3);
-    EXPECT_NE(g_pstTrieTable, tries.back().get());
-    CodeTrans_Destroy();
-    EXPECT_EQ(LiveBlocks(), blocks);
 }
 
 TEST_F(LifeCycle, NamesAreLookedForByExistenceTheSourceFirst)
@@ -72,24 +64,18 @@ TEST_F(LifeCycle, NamesAreLookedForByExistenceTheSourceFirst)
 
 TEST_F(LifeCycle, DirectoryIsWhatTheBufferHolds)
 {
-    g_hooks.getcwd = [](char* buffer, size_t size) {
-        EXPECT_EQ(size, 1000U);
-        strcpy(buffer, "a/part");
-        return static_cast<char*>(nullptr);
-    };
-    EXPECT_STREQ(GetDefaultPath(nullptr), "a/part");
-    g_hooks.getcwd = nullptr;
-    // As long as it may be, and one byte longer.
-    std::string path = m_folder.Path();
-    for (size_t size = 250; path.size() < 999; size = std::min<size_t>(250, 999 - path.size() - 1)) {
-        path += '/' + std::string(size, 'd');
-        std::filesystem::create_directory(path);
+    for (const char* const held : {"", "a/part"}) {
+        g_hooks.getcwd = [=](char* buffer, size_t size) {
+            EXPECT_EQ(size, 1000U);
+            strcpy(buffer, held);
+            return static_cast<char*>(nullptr);
+        };
+        g_bLog = *held != 0;  // else the log's place is / now
+        EXPECT_EQ(TQ_Init(nullptr, nullptr), -2);
+        EXPECT_EQ(g_sDefaultDir, held);
+        EXPECT_EQ(g_sLastErrorMessage, std::string(held) + "/Data/CodeTrans.model load failure!");
     }
-    for (const std::string& deep : {path, path + 'd'}) {
-        std::filesystem::create_directory(deep);
-        std::filesystem::current_path(deep);
-        EXPECT_EQ(GetDefaultPath(nullptr), deep.size() < 1000 ? deep : "");
-    }
+    EXPECT_EQ(g_sLogPath, "a/part");
 }
 
 TEST_F(LifeCycle, AFileWhoseStatusFailsIsReadAsFarAsAsked)
@@ -106,15 +92,15 @@ TEST_F(LifeCycle, AFileWhoseStatusFailsIsReadAsFarAsAsked)
     EXPECT_EQ(LogMessages(".err"), failed + "Error read file file\n" + failed);
 }
 
-// ---- The buffer manager. A letter stands for its block.
+// ---- The buffer manager
 
 constexpr long BATCH = 10000, THRESHOLD = 20000;
 
-std::vector<char*> Register(CBufferManager& manager, long count)
+// Returns the last one.
+char* Register(CBufferManager& manager, long count)
 {
-    std::vector<char*> blocks;
-    for (long i = 0; i < count; ++i) blocks.push_back(manager.AddBuffer(new char('x')));
-    return blocks;
+    while (--count > 0) manager.AddBuffer(new char('x'));
+    return manager.AddBuffer(new char('x'));
 }
 
 TEST_F(LifeCycle, BuffersAreFreedInBatchesOnceThereAreTooMany)
@@ -128,20 +114,17 @@ TEST_F(LifeCycle, BuffersAreFreedInBatchesOnceThereAreTooMany)
         const std::string text = "text";
         const char* const copy = manager.AddBuffer(text.c_str());
         EXPECT_TRUE(copy != text.c_str() && copy == text);
-        const std::vector<char*> blocks = Register(manager, THRESHOLD - 3);
+        Register(manager, THRESHOLD - 3);
 
         const long full = LiveBlocks();
         manager.ReleaseBuf(false);
-        Register(manager, 1);
+        const char* const later = Register(manager, 1);
         EXPECT_EQ(LiveBlocks(), full + 1) << "20,000 are not yet too many";
-        EXPECT_EQ(*copy, 't');
         Register(manager, 1);
         EXPECT_EQ(LiveBlocks(), full + 2 - (BATCH - 1)) << "one more, and 10,000 go, of which one was null";
-        EXPECT_EQ(*blocks[BATCH - 3], 'x') << "the later ones stay";
-        Register(manager, THRESHOLD - BATCH - 1);
-        EXPECT_EQ(LiveBlocks(), full + 2 - (BATCH - 1) + THRESHOLD - BATCH - 1);
-        Register(manager, 1);
-        EXPECT_EQ(LiveBlocks(), full + 2 - (BATCH - 1) + THRESHOLD - BATCH - BATCH) << "and again";
+        EXPECT_EQ(*later, 'x');
+        Register(manager, BATCH);
+        EXPECT_EQ(LiveBlocks(), full + 3 - BATCH) << "and again";
     }
     EXPECT_EQ(LiveBlocks(), before);
 }
@@ -155,51 +138,44 @@ TEST_F(LifeCycle, ReleasingAllLeavesThePlacesOfWhatItFreed)
     manager.ReleaseBuf(true);
     EXPECT_EQ(LiveBlocks(), full - 15000);
     Register(manager, 1);
-    // Places 15,000 to 20,000, then those that the first batch of places leaves.
-    const long held = LiveBlocks();
+    // Up to 20,000 places, then as many as the first batch of them leaves room for.
     long registered = 0;
-    while (LiveBlocks() == held && registered < 3 * THRESHOLD) {
+    for (const long held = LiveBlocks(); LiveBlocks() == held && registered < 3 * THRESHOLD; ++registered)
         manager.AddBuffer(static_cast<char*>(nullptr));
-        ++registered;
-    }
     EXPECT_EQ(registered, 5001 + BATCH);
 }
 
-// What another thread does is done in its place when the mutex is asked for.
+// A pass over `count` buffers during which, when it asks for the mutex for the `which`th time, another thread
+// would do something. How many blocks there are then more.
+long PassWith(long count, int which, const std::function<void(CBufferManager&)>& other)
+{
+    CBufferManager manager;
+    Register(manager, count);
+    const long full = LiveBlocks();
+    g_hooks.pthread_mutex_lock = [&, locks = 0]() mutable {
+        if (++locks != which) return;
+        const Hooks hooks = std::exchange(g_hooks, {});
+        other(manager);
+        g_hooks = hooks;
+    };
+    manager.ReleaseBuf(false);
+    g_hooks = {};
+    return LiveBlocks() - full;
+}
+
 TEST_F(LifeCycle, APassLetsOthersIn)
 {
-    const auto passWith = [](CBufferManager& manager, int which, const std::function<void()>& other) {
-        g_hooks.pthread_mutex_lock = [&, locks = 0]() mutable {
-            if (++locks != which) return;
-            const Hooks hooks = std::exchange(g_hooks, {});
-            other();
-            g_hooks = hooks;
-        };
-        manager.ReleaseBuf(false);
-        g_hooks = {};
-    };
-    {
-        CBufferManager manager;
-        Register(manager, THRESHOLD);
-        const long full = LiveBlocks();
-        passWith(manager, 2, [&] { Register(manager, 1); });
-        EXPECT_EQ(LiveBlocks(), full + 1 - BATCH) << "one more came after the first look, before the second";
-    }
-    for (const int which : {2, 3, 5000}) {
-        CBufferManager manager;
-        Register(manager, THRESHOLD + 1);
-        const long full = LiveBlocks();
-        passWith(manager, which, [&] {
-            const long before = LiveBlocks();
-            Register(manager, 1);
-            EXPECT_EQ(LiveBlocks(), before + 1) << "a pass in progress is the only one";
-        });
-        EXPECT_EQ(LiveBlocks(), full + 1 - BATCH);
-    }
-    CBufferManager manager;
-    Register(manager, THRESHOLD + 1);
-    const long full = LiveBlocks();
-    passWith(manager, 5000, [&] { manager.ReleaseBuf(true); });
-    EXPECT_EQ(LiveBlocks(), full - THRESHOLD - 1) << "but all may be released meanwhile";
+    const auto one = [](CBufferManager& manager) { Register(manager, 1); };
+    EXPECT_EQ(PassWith(THRESHOLD, 2, one), 1 - BATCH) << "one came after the first look, before the second";
+    for (const int which : {2, 3, 5000})
+        EXPECT_EQ(PassWith(THRESHOLD + 1, which,
+                           [&](CBufferManager& manager) {
+                               const long before = LiveBlocks();
+                               one(manager);
+                               EXPECT_EQ(LiveBlocks(), before + 1) << "a pass in progress is the only one";
+                           }),
+                  1 - BATCH);
+    const auto all = [](CBufferManager& manager) { manager.ReleaseBuf(true); };
+    EXPECT_EQ(PassWith(THRESHOLD + 1, 5000, all), -THRESHOLD - 1) << "but all may be released meanwhile";
 }
 }  // namespace

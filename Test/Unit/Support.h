@@ -117,24 +117,20 @@ inline void WriteBytes(const std::string& name, const std::string& bytes)
     std::ofstream(name, std::ios::binary) << bytes;
 }
 
-// The name of a day's log files, and a log file's messages. Each line begins with a bracketed stamp of the
-// local time, in this form to the byte, and a tab.
-inline std::string Today()
+// The messages of the day's log file. Each line begins with a bracketed stamp of the local time, in this form
+// to the byte, and a tab.
+inline std::string LogMessages(const std::string& suffix, const std::string& directory = ".")
 {
     const time_t now = time(nullptr);
     char date[9];
-    return std::string(date, strftime(date, sizeof date, "%Y%m%d", localtime(&now)));
-}
-
-inline std::string LogMessages(const std::string& suffix, const std::string& directory = ".")
-{
+    strftime(date, sizeof date, "%Y%m%d", localtime(&now));
     std::string messages;
-    std::ifstream file(directory + "/" + Today() + suffix, std::ios::binary);
+    std::ifstream file(directory + "/" + date + suffix, std::ios::binary);
     for (std::string line; std::getline(file, line);) {
         struct tm stamp = {};
         const char* const rest = strptime(line.c_str(), "[%Y-%m-%d %H:%M:%S]", &stamp);
         EXPECT_TRUE(rest == &line[21] && *rest == '\t') << line;
-        EXPECT_NEAR(static_cast<double>(mktime(&stamp)), static_cast<double>(time(nullptr)), 60) << line;
+        EXPECT_NEAR(static_cast<double>(mktime(&stamp)), static_cast<double>(now), 60) << line;
         messages += line.substr(22) + '\n';
     }
     return messages;
