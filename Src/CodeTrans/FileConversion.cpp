@@ -83,8 +83,8 @@ int64_t ConvertFile(const char* sSrcFile, const char* sDstFile, int nTargetCode)
     ReadFile(source.c_str(), content, 0, 0, true);
     if (content.empty()) return FAILED;
 
-    // Opened before any work is done for it, but emptied only once that has succeeded: a destination that
-    // cannot be opened costs no conversion, and one that was there stays as it was when memory is short.
+    // Opened before any work is done, but emptied only once that has succeeded: a destination that cannot be
+    // opened costs no conversion, and one that was there stays as it was when memory is short.
     const File file(OpenToOverwrite(destination.c_str()));
     if (file == nullptr) return FailWriting(sDstFile);
     Buffers buffers(std::move(content));

@@ -25,8 +25,8 @@ long FileSize(FILE* file)
 
 FILE* OpenToOverwrite(const char* name)
 {
-    constexpr mode_t ALL_MAY_AS_THE_MASK_ALLOWS = 0666;
-    const int descriptor = open(name, O_WRONLY | O_CREAT, ALL_MAY_AS_THE_MASK_ALLOWS);
+    constexpr mode_t PERMISSIONS = 0666;  // less those that the process's mask takes away
+    const int descriptor = open(name, O_WRONLY | O_CREAT, PERMISSIONS);
     if (descriptor < 0) return nullptr;
     FILE* const file = fdopen(descriptor, "wb");
     if (file == nullptr) close(descriptor);
@@ -42,7 +42,7 @@ void Truncate(FILE* file)
 std::string CurrentDirectory()
 {
     char buffer[1000] = {};
-    // What the call returns does not matter: a failure mostly leaves the buffer empty, and the caller finds
+    // What the call returns is not looked at: a failure mostly leaves the buffer empty, and the caller finds
     // out when it opens a file there.
     [[maybe_unused]] const char* const result = getcwd(buffer, sizeof buffer);
     return std::string(buffer, strnlen(buffer, sizeof buffer));
