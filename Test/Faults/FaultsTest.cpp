@@ -253,36 +253,7 @@ TEST_F(Faults, FilesThatCannotBeReadOrWritten)
     }
 }
 
-TEST_F(Faults, ModelsThatCannotBeRead)
-{
-    const long descriptors = OpenDescriptors();
-    std::filesystem::create_directories("place/Data");
-    const std::string model = "place/Data/CodeTrans.model", whole = ReadBytes(ModelPath());
-    const auto fails = [&] {
-        return TQ_Init("place", nullptr) == -2 && LastError() == model + " load failure!";
-    };
-    // One that cannot be opened leaves the earlier one in use.
-    for (const char* target : {"missing", "CodeTrans.model", "CodeTrans.model/below"}) {
-        std::filesystem::create_symlink(target, model);
-        EXPECT_TRUE(fails() && g_pstTrieTable != nullptr && GoesOn()) << target;
-        std::filesystem::remove(model);
-    }
-    WriteBytes(model, whole);
-    const Undo undo = FewDescriptors(0);
-    EXPECT_TRUE(fails());
-    undo();
-    EXPECT_TRUE(g_pstTrieTable != nullptr && GoesOn());
-    // While it is loaded, its file may be written over and cut.
-    TQ_Exit();
-    ASSERT_EQ(TQ_Init("place", nullptr), 1);
-    WriteBytes(model, std::string(1000, '\xFF'));
-    EXPECT_TRUE(GoesOn());
-    TQ_Exit();
-    EXPECT_TRUE(fails() && GoesOn());
-    EXPECT_EQ(OpenDescriptors(), descriptors);
-}
-
-// Nor may it wait for ever for an open that ran out of memory.
+// Nor does it wait for ever for an open that ran out of memory.
 TEST_F(Faults, ASharedReaderSurvivesAShortage)
 {
     const std::string name = "a name of more than the fifteen characters that a string holds itself";

@@ -20,7 +20,6 @@ void AppendUnit(std::string& out, unsigned unit, size_t width)
 
 struct Decoded {
     std::string bytes;
-    unsigned long length;
     long errors;
 };
 
@@ -32,7 +31,7 @@ Decoded Decode(int encoding, const std::string& text, unsigned long capacity)
     const unsigned long result = GBKBig5_ToUnicode(encoding, src.data(), text.size(), dst.data(), length);
     EXPECT_EQ(result, length);
     EXPECT_EQ(dst.substr(length), std::string(dst.size() - length, '?')) << "written behind the end";
-    return {dst.substr(0, length), length, CodeTrans_iTransErrCnt};
+    return {dst.substr(0, length), CodeTrans_iTransErrCnt};
 }
 
 TEST(DoubleByte, DecodesByTable)

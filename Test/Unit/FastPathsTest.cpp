@@ -1,9 +1,6 @@
 // Every function with a fast form gives the same with and without it, on text and automata drawn at random,
 // and the same as an oracle. Where the processor has no fast form, the plain one alone is held to that.
-#include <langinfo.h>
-
 #include <algorithm>
-#include <clocale>
 
 #include "../Oracles.h"
 #include "../Routes.h"
@@ -128,11 +125,9 @@ TEST_F(FastPaths, LeaveConversionsInPlaceAsTheyAre)
     EXPECT_EQ(ascii, std::string("A").append(21, '\0'));
 }
 
-// Where the C library has the locale, all forms of the locale routes must give what its own functions give.
+// All forms of the locale routes must give what the C library's own functions give.
 TEST_F(FastPaths, AnswerAsTheCLibraryForEveryCharacter)
 {
-    if (setlocale(LC_ALL, "zh_CN.gbk") == nullptr || std::string(nl_langinfo(CODESET)) != "GBK")
-        GTEST_SKIP() << "no locale zh_CN.gbk";
     const std::string prefixes[] = {"", "abc", std::string(41, 'x'), "\xB0\xA1\xD6\xD0",
                                     std::string(1100, '\xB0')};
     for (unsigned pair = 0x100; pair < 0x10000; ++pair)
