@@ -136,6 +136,7 @@ TEST(Utf8, DecodersDifferOnlyInCheckingContinuations)
         {"\xF0\x9F\x98\x80", U"", U""},
         {"\xC3", U"", U""},
         {"\xC3\x41", U"\xC1", U"A"},
+        {"\xC3\xC3\xA9", U"\xC3", U"\xE9"},
         {"\xE4\x41\x42", {0x4042}, U"AB"},
         {"\xE4\xB8", U"", U""},
         {"a\xE4\xB8\x62", {'a', 0x4E22}, U"ab"},

@@ -253,7 +253,8 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
     EXPECT_GT(withShortcuts, 200U) << "the shortcuts were hardly tried";
 }
 
-// Two hubs that ASCII leads to and fro between, where one letter adds something in one direction.
+// Two hubs that ASCII leads to and fro between, where one letter adds something in one direction; and a table
+// that is not that of the shortcuts.
 TEST_F(FastWalking, SeesWhatALetterAdds)
 {
     constexpr int HUB = 3000, FIRST = 2000 + 0xB0;
@@ -267,6 +268,8 @@ TEST_F(FastWalking, SeesWhatALetterAdds)
         TRIE_VALUE_NONE);  // there are shortcuts where there are pairs
     EXPECT_NE(MakeShortcuts(m_trie.data(), NODES), nullptr);
     CompareWalks(m_trie.data(), NODES, std::string(99, 'a'));
+    const std::vector<TrieNode> another(NODES, TrieNode{1, -1, 0, TRIE_VALUE_NONE});
+    CompareWalks(another.data(), NODES, std::string(99, 'a'));
     DropShortcuts();
 }
 
