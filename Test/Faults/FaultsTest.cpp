@@ -258,6 +258,7 @@ TEST_F(Faults, ASharedReaderSurvivesAShortage)
 {
     const std::string name = "a name of more than the fifteen characters that a string holds itself";
     WriteBytes(name, "other");
+    const long descriptors = OpenDescriptors();
     bool met = true;
     for (long first = 1; met; ++first) {
         CReadFile reader;
@@ -271,5 +272,6 @@ TEST_F(Faults, ASharedReaderSurvivesAShortage)
         met = AllocateAgain() > 0;
         EXPECT_TRUE(reader.ReadFile("in", content, 0, 0, true) == 22 && content == LINE);
     }
+    EXPECT_EQ(OpenDescriptors(), descriptors);
 }
 }  // namespace
