@@ -253,7 +253,7 @@ TEST_F(Faults, FilesThatCannotBeReadOrWritten)
     }
 }
 
-// Nor does it wait for ever for an open that ran out of memory.
+// A reader that threads share does not wait for ever for an open that ran out of memory, nor lose its files.
 TEST_F(Faults, ASharedReaderSurvivesAShortage)
 {
     const std::string name = "a name of more than the fifteen characters that a string holds itself";
