@@ -34,7 +34,8 @@ constexpr char USAGE[] =
     "       ModelBuilder compare OLD NEW FOLDER\n"
     "                                         judge two models on FOLDER/LABEL/*, LABEL being gbk, big5,\n"
     "                                         utf-8, utf-16le or undecided\n"
-    "       ModelBuilder recipe               print the numbers that training depends on\n"
+    "       ModelBuilder recipe               print the numbers that training depends on, with their "
+    "reasons\n"
     "       ModelBuilder regions              print the table of the automaton's regions\n";
 
 constexpr uint64_t SHORT_TRAINING = 10;
@@ -126,7 +127,7 @@ void Compare(const Arguments& arguments)
 
 void PrintRecipe(const Arguments&)
 {
-    Recipe().Print(std::cout);
+    Recipe().PrintReasons(std::cout);
 }
 
 void PrintRegionTable(const Arguments&)
