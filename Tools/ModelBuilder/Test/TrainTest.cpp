@@ -12,9 +12,12 @@ namespace
 {
 TEST(PortableMath, AgreesWithTheCLibrary)
 {
-    for (double x = 0; x > -20; x -= 0.0137) EXPECT_LT(std::abs(PortableExp(x) / std::exp(x) - 1), 1e-7) << x;
+    for (int i = 0; i < 1460; ++i) {
+        const double x = -0.0137 * i, y = std::exp(0.0284 * (i - 730));  // 0 to -20, 1e-9 to 1e9
+        EXPECT_LT(std::abs(PortableExp(x) / std::exp(x) - 1), 1e-7) << x;
+        EXPECT_LT(std::abs(PortableLog(y) - std::log(y)), 1e-12) << y;
+    }
     EXPECT_EQ(PortableExp(-40.1), 0);
-    for (double x = 1e-9; x < 1e9; x *= 1.0173) EXPECT_LT(std::abs(PortableLog(x) - std::log(x)), 1e-12) << x;
 }
 
 // Simplified text is nothing but one hanzi, Traditional text another; ASCII is the letter a.

@@ -47,16 +47,16 @@ void Recipe::Set(const std::string& assignment)
 
 void Recipe::Print(std::ostream& out) const
 {
-#define RECIPE_NUMBER(type, name, value, unit, reason) out << #name << '=' << name << ' ' << (unit) << '\n';
+#define RECIPE_NUMBER(type, name, value, unit, reason) out << #name << '=' << (name) << ' ' << (unit) << '\n';
 #include "RecipeNumbers.inc"
 #undef RECIPE_NUMBER
 }
 
 void Recipe::PrintReasons(std::ostream& out) const
 {
-#define RECIPE_NUMBER(type, name, value, unit, reason)    \
-    out << #name << '=' << name << ' ' << (unit) << '\n'; \
-    PrintWrapped(reason, out);
+#define RECIPE_NUMBER(type, name, value, unit, reason)      \
+    out << #name << '=' << (name) << ' ' << (unit) << '\n'; \
+    PrintWrapped((reason), out);
 #include "RecipeNumbers.inc"
 #undef RECIPE_NUMBER
 }
