@@ -34,7 +34,8 @@ constexpr char USAGE[] =
     "       ModelBuilder compare OLD NEW FOLDER\n"
     "                                         judge two models on FOLDER/LABEL/*, LABEL being gbk, big5,\n"
     "                                         utf-8, utf-16le or undecided\n"
-    "       ModelBuilder recipe               print the numbers that training depends on\n"
+    "       ModelBuilder recipe               print the numbers that training depends on, with their "
+    "reasons\n"
     "       ModelBuilder regions              print the table of the automaton's regions\n";
 
 constexpr uint64_t SHORT_TRAINING = 10;
@@ -47,7 +48,7 @@ struct UsageError : std::runtime_error {
 
 void Count(const Arguments& arguments)
 {
-    const std::string data = arguments.at(1);
+    const std::string& data = arguments.at(1);
     CountTexts(arguments.at(0), ReadClasses(data + "/Classes.txt"), data + "/Statistics", std::cerr);
 }
 
@@ -68,7 +69,7 @@ Recipe RecipeFrom(const Arguments& options)
 
 void Train(const Arguments& arguments)
 {
-    const std::string data = arguments.at(0);
+    const std::string& data = arguments.at(0);
     const Ingredients from(data, RecipeFrom({arguments.begin() + 1, arguments.end()}));
     from.recipe.Print(std::cerr);
     const CSampleSource source(from);
@@ -84,7 +85,7 @@ void Train(const Arguments& arguments)
 
 void Build(const Arguments& arguments)
 {
-    const std::string data = arguments.at(0), output = arguments.at(1);
+    const std::string &data = arguments.at(0), &output = arguments.at(1);
     States states = ReadPatterns(data + "/Patterns.txt");
     if (arguments.size() == 3) {
         if (arguments[2] != "--without-decisive")
@@ -99,7 +100,8 @@ void Build(const Arguments& arguments)
 void Explain(const Arguments& arguments)
 {
     constexpr size_t ROWS = 100;
-    const std::string data = arguments.at(0), bytes = ReadFile(arguments.at(1));
+    const std::string& data = arguments.at(0);
+    const std::string bytes = ReadFile(arguments.at(1));
     const States states = ReadPatterns(data + "/Patterns.txt");
     size_t rows = ROWS;
     std::string readings;
@@ -126,7 +128,7 @@ void Compare(const Arguments& arguments)
 
 void PrintRecipe(const Arguments&)
 {
-    Recipe().Print(std::cout);
+    Recipe().PrintReasons(std::cout);
 }
 
 void PrintRegionTable(const Arguments&)

@@ -87,7 +87,7 @@ std::vector<TextClass> ReadClasses(const std::string& path)
                         [&](const TextClass& known) { return known.name == parsed.name; }))
             fault = "the class '" + parsed.name + "' is listed twice";
         if (!fault.empty())
-            throw std::runtime_error(path + ", line " + std::to_string(number) + ": " + fault);
+            throw std::runtime_error((path + ", line ").append(std::to_string(number)).append(": " + fault));
         classes.push_back(parsed);
     }
     CheckSums(classes, path);

@@ -17,6 +17,20 @@ void Assign(Number& number, const std::string& name, const std::string& value)
         in.peek() != std::istringstream::traits_type::eof())
         throw std::runtime_error("'" + value + "' is no value for " + name);
 }
+
+// Words in indented lines.
+void PrintWrapped(const std::string& text, std::ostream& out)
+{
+    constexpr size_t WIDTH = 100;
+    std::istringstream words(text);
+    std::string line = "   ";
+    for (std::string word; words >> word; line += ' ' + word) {
+        if (line.size() + 1 + word.size() <= WIDTH) continue;
+        out << line << '\n';
+        line = "   ";
+    }
+    out << line << "\n\n";
+}
 }  // namespace
 
 void Recipe::Set(const std::string& assignment)
@@ -33,7 +47,16 @@ void Recipe::Set(const std::string& assignment)
 
 void Recipe::Print(std::ostream& out) const
 {
-#define RECIPE_NUMBER(type, name, value, unit, reason) out << #name << '=' << name << ' ' << (unit) << '\n';
+#define RECIPE_NUMBER(type, name, value, unit, reason) out << #name << '=' << (name) << ' ' << (unit) << '\n';
+#include "RecipeNumbers.inc"
+#undef RECIPE_NUMBER
+}
+
+void Recipe::PrintReasons(std::ostream& out) const
+{
+#define RECIPE_NUMBER(type, name, value, unit, reason)      \
+    out << #name << '=' << (name) << ' ' << (unit) << '\n'; \
+    PrintWrapped((reason), out);
 #include "RecipeNumbers.inc"
 #undef RECIPE_NUMBER
 }

@@ -22,6 +22,9 @@ struct Recipe {
     // A line each: name, value, unit.
     void Print(std::ostream& out) const;
 
+    // The same, each with its reason below.
+    void PrintReasons(std::ostream& out) const;
+
     // How much of a candidate's Chinese text is Traditional, in percent.
     uint32_t TraditionalPart(Candidate candidate) const
     {
