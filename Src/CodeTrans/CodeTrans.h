@@ -76,8 +76,12 @@ extern "C" {
 /*
  * Loads sInitDir/Data/CodeTrans.model. A null or empty sInitDir is the current directory; a relative one is
  * resolved at this call. sReserved is not used.
+ * An sInitDir that does not exist as given is taken for UTF-8 and tried in GBK. That sets the process's locale to
+ * zh_CN.gbk, and prints the message on standard output where this locale is missing, whether or not the model is
+ * then found.
  * Returns 1, or -2 when the model cannot be loaded: TQ_GetLastErrorMsg then names the file, and a line is
- * appended to the day's .err file in the current directory.
+ * appended to the day's .err file (20240517.err, say) in the directory that was current at the process's first
+ * failure.
  * A second call without TQ_Exit replaces the tables and leaves the earlier ones allocated; if its file cannot
  * be opened at all, the earlier ones stay in use.
  * Without a model, TQ_CodeDetect answers ENCODE_GBK for ASCII and ENCODE_UNKNOWN for everything else, two-byte
@@ -176,16 +180,18 @@ CODETRANS_API size_t TQ_ToGBK(const char* pSrc, size_t nSrcLen, char* pDst, size
 /*
  * Convert a whole file: read sSrcFile, detect its encoding, convert it, write sDstFile (created or truncated; it
  * may be the source). Names are UTF-8, or in the local encoding: a name that does not exist as given is tried in
- * GBK. The conversions are those of the buffer functions, quirks included: a file in UTF-8 becomes four-byte
- * units in TQ_ToUnicodeFile, and Big5 text is readable after TQ_ToUnicodeFile alone. Zero bytes are removed from
- * the source before anything else, so UTF-16LE files are not converted faithfully.
+ * GBK, which sets the locale and may print its message as in TQ_Init. The conversions are those of the buffer
+ * functions, quirks included: a file in UTF-8 becomes four-byte units in TQ_ToUnicodeFile, and Big5 text is readable
+ * after TQ_ToUnicodeFile alone. Zero bytes are removed from the source before anything else, so UTF-16LE files are not
+ * converted faithfully.
  * TQ_ToUnicodeFile writes the byte-order mark FF FE first, TQ_ToUtf8File EF BB BF, TQ_ToGBKFile none.
  *
  * Returns the number of bytes written after the byte-order mark (0 when the encoding was not decided: the file
  * then holds the mark alone), or -1 when the source is missing, unreadable or empty (sDstFile is not touched),
- * sDstFile cannot be opened, or memory is short (sDstFile is not touched). TQ_GetLastErrorMsg then tells which, and a
- * line is appended to the day's .err file in the current directory; only a source of nothing but zero bytes, a
- * directory, and a source that cannot be read from its beginning give -1 without a word.
+ * sDstFile cannot be opened (nothing is converted then), or memory is short (an sDstFile that was there stays as it
+ * was; one that was not may be left empty). TQ_GetLastErrorMsg then tells which, and a line is appended to the day's
+ * .err file as by TQ_Init; only a source of nothing but zero bytes, a directory, and a source that cannot be read from
+ * its beginning give -1 without a word.
  * Errors while sDstFile is written, a full disk say, are not reported: the result is what it would be. A source that
  * is cut short or cannot be read on meanwhile is converted as far as it came.
  * Memory: about six times the file's size of address space at once (eleven times when it is detected as UTF-16LE), of

@@ -14,6 +14,7 @@
 #include "Bytes.h"
 #include "STLCodeTrans.h"
 #include "Utility.h"
+#include "global_linux.h"
 
 namespace
 {
@@ -74,30 +75,24 @@ int64_t FailWriting(const char* sDstFile)
     return FAILED;
 }
 
-// The content of the source file with its zero bytes removed; empty on failure, which is then reported.
-std::string ReadSource(const char* sSrcFile)
-{
-    std::string name, content;
-    GetAnsiFilename(sSrcFile, name, false);
-    ReadFile(name.c_str(), content, 0, 0, true);
-    return content;
-}
-
 int64_t ConvertFile(const char* sSrcFile, const char* sDstFile, int nTargetCode)
 {
-    std::string destination;
+    std::string source, destination, content;
+    GetAnsiFilename(sSrcFile, source, false);
     GetAnsiFilename(sDstFile, destination, false);
-    std::string content = ReadSource(sSrcFile);
+    ReadFile(source.c_str(), content, 0, 0, true);
     if (content.empty()) return FAILED;
 
-    // Before the destination is opened, so that it stays as it was when memory is short.
+    // Opened before any work is done, but emptied only once that has succeeded: a destination that cannot be
+    // opened costs no conversion, and one that was there stays as it was when memory is short.
+    const File file(OpenToOverwrite(destination.c_str()));
+    if (file == nullptr) return FailWriting(sDstFile);
     Buffers buffers(std::move(content));
     // An unknown target is no failure: the destination is left empty.
     const Target* const target = FindTarget(nTargetCode);
     const int64_t result = target != nullptr ? buffers.Convert(*target) : 0;
 
-    const File file(fopen(destination.c_str(), "wb"));
-    if (file == nullptr) return FailWriting(sDstFile);
+    Truncate(file.get());
     if (target != nullptr && result != FAILED) {
         fwrite(target->byteOrderMark, 1, strlen(target->byteOrderMark), file.get());
         fwrite(buffers.output.get(), 1, static_cast<size_t>(result), file.get());

@@ -122,9 +122,9 @@ int UTF8Char_ToUnicode(char const* s, unsigned long len, wchar_t& cp);
 // terminator is two zero bytes, not counted. `dst` holds at least 4 * strlen(src) + 2 bytes.
 unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst);
 
-// Encodes `count` wide characters (zero included) as UTF-8 into a new zero-terminated block that the caller
-// frees with free(). Returns the bytes produced, terminator not counted; 0 and a null block when out of
-// memory.
+// Encodes `count` wide characters (zero included) as UTF-8 into a new block that the caller frees with
+// free(): 3 * count + 1 bytes, all zero behind the text. Returns the bytes produced, terminator not counted;
+// 0 and a null block when out of memory.
 unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst);
 
 // The same up to the first zero, into a buffer apart from `src` and with a zero byte behind; `dstLen` becomes

@@ -80,16 +80,15 @@ unsigned long utf8_to_unicode(unsigned char* src, wchar_t* dst)
 unsigned long unicode_to_utf8(wchar_t const* src, unsigned long count, unsigned char** dst)
 {
     const bool representable = count < static_cast<unsigned long>(PTRDIFF_MAX) / 3;
-    *dst = representable ? static_cast<unsigned char*>(malloc(3 * count + 1)) : nullptr;
+    // As many as the longest text takes, and all zero behind the one that comes: callers may read on there.
+    *dst = representable ? static_cast<unsigned char*>(calloc(3 * count + 1, 1)) : nullptr;
     if (*dst == nullptr) return 0;
 
     Progress at = EncodeWide(src, count, *dst);
     while (at.read < count) {
-        (*dst)[at.written] = 0;
-        at += {1, 1};
+        at += {1, 1};  // a zero, which stands there already
         at += EncodeWide(src + at.read, count - at.read, *dst + at.written);
     }
-    (*dst)[at.written] = 0;
     return at.written;
 }
 

@@ -113,19 +113,19 @@ long CReadFile::ReadFile(const char* name, char** buffer, long nOffset, unsigned
 long CReadFile::ReadFile(const char* name, std::string& content, long nOffset, unsigned long nReadSize,
                          bool bWhole)
 {
-    content.clear();
+    // Into a text of its own: `name` may lie in `content`.
+    std::string text;
     const unsigned long count = Prepare(name, nReadSize, bWhole);
-    if (count > 0 && MakeRoom(content, count)) {
-        if (ReadHeld(content.data(), nOffset, count) > 0) {
-            // Most files have no zero: looking for the first is many times faster than moving every byte.
-            const size_t zero = content.find('\0');
-            if (zero != std::string::npos)
-                content.erase(std::remove(content.begin() + static_cast<long>(zero), content.end(), '\0'),
-                              content.end());
-            return static_cast<long>(content.size());
-        }
-        content.clear();
+    if (count > 0 && MakeRoom(text, count) && ReadHeld(text.data(), nOffset, count) > 0) {
+        // Most files have no zero: looking for the first is many times faster than moving every byte.
+        const size_t zero = text.find('\0');
+        if (zero != std::string::npos)
+            text.erase(std::remove(text.begin() + static_cast<long>(zero), text.end(), '\0'), text.end());
+        content.swap(text);
+        return static_cast<long>(content.size());
     }
+    // In this order: a name that lies in the content is missing from the message.
+    content.clear();
     ReportError(std::string("Error read file ") + name);
     return 0;
 }

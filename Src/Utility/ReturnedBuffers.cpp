@@ -63,25 +63,29 @@ void CBufferManager::ReleaseBuf(bool all)
         return m_vecBuffers.size();
     };
     const size_t count = all ? registered() : BATCH;
-    // Exactly THRESHOLD entries pass no test either: a pass frees only when there are more.
-    if (!all && (m_nReleasing > 0 || registered() <= THRESHOLD)) return;
+    if (!all && (m_nReleasing > 0 || registered() < THRESHOLD)) return;
 
     ++m_nReleasing;
+    // Exactly THRESHOLD entries begin a pass, which then frees nothing, unless another thread has registered
+    // one more meanwhile.
+    if (all || registered() > THRESHOLD) FreeOldest(count);
+    --m_nReleasing;
+}
+
+void CBufferManager::FreeOldest(size_t count)
+{
     for (size_t i = 0; i < count; ++i) {
         const CMutexGuard guard(m_mutex);
         if (i >= m_vecBuffers.size()) break;  // another pass has erased meanwhile
         delete[] m_vecBuffers[i];
         m_vecBuffers[i] = nullptr;
     }
-    {
-        const CMutexGuard guard(m_mutex);
-        // After a release of all, the null entries stay until the manager goes.
-        if (count < m_vecBuffers.size()) {
-            const auto begin = m_vecBuffers.begin();
-            m_vecBuffers.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
-        }
+    const CMutexGuard guard(m_mutex);
+    // After a release of all, the null entries stay until the manager goes.
+    if (count < m_vecBuffers.size()) {
+        const auto begin = m_vecBuffers.begin();
+        m_vecBuffers.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
     }
-    --m_nReleasing;
 }
 
 void ReportError(const std::string& message)

@@ -47,7 +47,8 @@ public:
     long ReadFile(const char* name, char** buffer, long nOffset, unsigned long nReadSize, bool bWhole);
 
     // The same into a string, with all zero bytes removed. Returns the bytes kept. When there was nothing to
-    // read, `content` is empty and the last-error text and the .err file name the file.
+    // read, `content` is empty and the last-error text and the .err file name the file. `content` keeps what
+    // it held until the read is done, so `name` may lie in it.
     long ReadFile(const char* name, std::string& content, long nOffset, unsigned long nReadSize, bool bWhole);
 
 private:
@@ -98,6 +99,7 @@ public:
 
 private:
     void Register(char* buffer);
+    void FreeOldest(size_t count);
 
     pthread_mutex_t m_mutex;
     std::vector<char*> m_vecBuffers;  // oldest first; null once freed

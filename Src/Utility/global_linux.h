@@ -16,7 +16,14 @@ bool FileExists(const char* name);
 // The size in bytes of an open file, -1 when its status cannot be queried.
 long FileSize(FILE* file);
 
-// Up to 999 bytes of it; empty when it cannot be told.
+// Opens `name` for writing from its beginning, creating it if need be; null on failure. What it held stays
+// until Truncate, as far as it is not written over.
+FILE* OpenToOverwrite(const char* name);
+
+// Removes what the file holds, where it is of a kind that has a size.
+void Truncate(FILE* file);
+
+// Up to 999 bytes of it. When it cannot be told, what the system left of it: nothing, as a rule.
 std::string CurrentDirectory();
 
 struct tm LocalTime(time_t clock);

@@ -1,6 +1,8 @@
 // The exported functions end to end: life cycle, forwarding, whole files.
 #include "../Unit/Support.h"
 
+#include <sys/stat.h>
+
 #include <memory>
 
 #include "Utility.h"
@@ -46,7 +48,8 @@ TEST_F(Interface, LifeCycle)
     LoadDecidingFor(ENCODE_BIG5);
     EXPECT_EQ(g_sDataPath, m_folder.Path() + "/Data");
     EXPECT_EQ(LastError(), "relative/Data/CodeTrans.model load failure!") << "success clears nothing";
-    EXPECT_EQ(TQ_CodeDetect("x", 1), ENCODE_BIG5);
+    WriteBytes("Data/CodeTrans.model", "");
+    EXPECT_EQ(TQ_CodeDetect("x", 1), ENCODE_BIG5) << "a loaded model's file may be written over";
     EXPECT_EQ(TQ_Init("relative", nullptr), -2);
     EXPECT_EQ(TQ_CodeDetect("x", 1), ENCODE_BIG5)
         << "a model that was not even opened leaves the earlier one";
@@ -78,6 +81,7 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
         {"Unicode to GBK", ENCODE_UNICODE, "xyz", ENCODE_GBK, "\xBB\xF6\x7A", 3},
         {"Unicode to UTF-8", ENCODE_UNICODE, "x\1\1", ENCODE_UTF8, mark8 + "\0\0"_b, 2},
         {"undecided to UTF-8", ENCODE_UTF8, "\xFF\xFF", ENCODE_UTF8, mark8, 0},
+        {"undecided to GBK", ENCODE_UTF8, "\xFF\xFF", ENCODE_GBK, "", 0},
         {"no such target", ENCODE_UTF8, "x", ENCODE_BIG5, "", 0},
     };
     for (const auto& c : cases) {
@@ -90,22 +94,59 @@ TEST_F(Interface, FilesAreConvertedByTheBufferFunctions)
     }
 }
 
+TEST_F(Interface, FilesArePassedThroughAPipe)
+{
+    LoadDecidingFor(ENCODE_UTF8);
+    WriteBytes("in", "xyz");
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_EQ(TQ_ToUtf8File("in", ("/dev/fd/" + std::to_string(ends[1])).c_str()), 3);
+    char got[9];
+    EXPECT_EQ(std::string(got, static_cast<size_t>(read(ends[0], got, 9))), "\xEF\xBB\xBFxyz");
+    for (const int end : ends) close(end);
+}
+
+// What is opened is a name in GBK where that alone exists; one that exists in neither form stays as given.
+TEST_F(Interface, FailuresNameTheirFiles)
+{
+    const std::string given = ZHONG_UTF8;
+    LoadDecidingFor(ENCODE_UTF8);
+    WriteBytes("in", "x");
+    std::filesystem::create_directory(ZHONG_GBK);
+    EXPECT_EQ(TQ_ToUtf8File("in", ZHONG_UTF8), -1);
+    EXPECT_EQ(LastError(), "Fail writing file " + given) << "in the caller's own words";
+    std::filesystem::remove(ZHONG_GBK);
+    EXPECT_EQ(TQ_Init(ZHONG_UTF8, nullptr), -2);
+    EXPECT_EQ(LastError(), given + "/Data/CodeTrans.model load failure!");
+    EXPECT_EQ(TQ_ToUtf8File(ZHONG_UTF8, "out"), -1);
+    const mode_t mask = umask(027);
+    EXPECT_EQ(TQ_ToUtf8File("in", ZHONG_UTF8), 1);
+    umask(mask);
+    EXPECT_TRUE(std::filesystem::exists(given) && !std::filesystem::exists(ZHONG_GBK));
+    EXPECT_EQ(std::filesystem::status(given).permissions(), std::filesystem::perms(0640));
+    std::filesystem::remove(given);
+    WriteBytes(ZHONG_GBK, "");
+    EXPECT_EQ(TQ_ToUtf8File(ZHONG_UTF8, "out"), -1);
+    EXPECT_EQ(LogMessages(".err"), "Fail writing file " + given + "\n" + given +
+                                       "/Data/CodeTrans.model load failure!\nError read file " + given +
+                                       "\nError read file " + ZHONG_GBK + "\n");
+    EXPECT_EQ(LogMessages(".log"), "Failed open file  " + given + "\n");
+}
+
 TEST_F(Interface, SamplesConvertToTheSameText)
 {
     ASSERT_EQ(TQ_Init(CODETRANS_SOURCE_DIRECTORY, nullptr), 1);
-    for (const std::string kind : {"news", "fiction", "subtitle", "source", "title"}) {
-        const std::string sample = SAMPLES + kind;
-        const std::string utf8 = ReadBytes(sample + "-hans.utf8"),
-                          utf16 = ReadBytes(sample + "-hans.utf16le");
-        EXPECT_EQ(TQ_ToUtf8File((sample + "-hans.gbk").c_str(), "u8"), static_cast<long long>(utf8.size()));
-        EXPECT_EQ(ReadBytes("u8"), "\xEF\xBB\xBF" + utf8);
-        EXPECT_EQ(TQ_ToUnicodeFile((sample + "-hans.gbk").c_str(), "u16"),
-                  static_cast<long long>(utf16.size()));
-        EXPECT_EQ(ReadBytes("u16"), "\xFF\xFE" + utf16);
-        TQ_ToGBKFile((sample + "-hans.utf8").c_str(), "gbk");
-        EXPECT_EQ(ReadBytes("gbk"), ReadBytes(sample + "-hans.gbk"));
-        TQ_ToUnicodeFile((sample + "-hant.big5").c_str(), "u16");
-        EXPECT_EQ(ReadBytes("u16"), "\xFF\xFE" + ReadBytes(sample + "-hant.utf16le"));
-    }
+    const struct {
+        int64_t (*convert)(const char*, const char*);
+        std::string from, mark, to;
+    } cases[] = {{TQ_ToUtf8File, "-hans.gbk", "\xEF\xBB\xBF", "-hans.utf8"},
+                 {TQ_ToUnicodeFile, "-hans.gbk", "\xFF\xFE", "-hans.utf16le"},
+                 {TQ_ToUnicodeFile, "-hant.big5", "\xFF\xFE", "-hant.utf16le"},
+                 {TQ_ToGBKFile, "-hans.utf8", "", "-hans.gbk"}};
+    for (const std::string kind : {"news", "fiction", "subtitle", "source", "title"})
+        for (const auto& c : cases) {
+            c.convert((SAMPLES + kind + c.from).c_str(), "out");
+            EXPECT_EQ(ReadBytes("out"), c.mark + ReadBytes(SAMPLES + kind + c.to));
+        }
 }
 }  // namespace

@@ -1,4 +1,5 @@
-// Faults to order, in the program that is linked with Interposer.cpp: its allocator and its reads.
+// Faults to order, in the program that is linked with Interposer.cpp: its allocator and some calls of the C
+// library's.
 #ifndef TEST_FAULTS_H
 #define TEST_FAULTS_H
 
@@ -13,7 +14,14 @@ long AllocateAgain();
 // Blocks allocated and not freed.
 long LiveBlocks();
 
-// Called before each fread with the number of elements asked for; so many as it returns are read.
-extern std::function<size_t(size_t)> g_onRead;
+// What is called, where it is set, with or in the place of a function of the C library's.
+struct Hooks {
+    std::function<size_t(size_t)> fread;  // told the number of elements asked for, says how many are read
+    std::function<void(const char*, int)> access;  // told the name and the mode
+    std::function<char*(char*, size_t)> getcwd;    // instead
+    std::function<int()> fstat;                    // instead
+    std::function<void()> pthread_mutex_lock;      // before
+};
+extern Hooks g_hooks;
 
 #endif  // TEST_FAULTS_H

@@ -1,8 +1,11 @@
-// The allocator in front of the C library's or the sanitizer's, and fread in front of the C library's.
+// The allocator in front of the C library's or the sanitizer's, and hooks in front of the C library's calls.
 //
 // Every call in the process comes here, from the C library's own code too. Compiled without sanitizers, since
 // the first calls come before their run time is ready.
 #include <dlfcn.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -83,10 +86,18 @@ void operator delete(void* block, size_t) noexcept { free(block); }
 void operator delete[](void* block, size_t) noexcept { free(block); }
 // clang-format on
 
-std::function<size_t(size_t)> g_onRead;
+Hooks g_hooks;
 
-extern "C" size_t fread(void* to, size_t size, size_t count, FILE* file)
-{
-    static const auto s_real = reinterpret_cast<decltype(&fread)>(dlsym(RTLD_NEXT, "fread"));
-    return s_real(to, size, g_onRead ? g_onRead(count) : count, file);
+// The function that this program's own of that name hides.
+#define HIDDEN(function) \
+    static const auto s_hidden = reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function));
+
+// clang-format off
+extern "C" {
+size_t fread(void* to, size_t size, size_t count, FILE* file) { HIDDEN(fread) return s_hidden(to, size, g_hooks.fread ? g_hooks.fread(count) : count, file); }
+int access(const char* name, int mode) noexcept { HIDDEN(access) if (g_hooks.access) g_hooks.access(name, mode); return s_hidden(name, mode); }
+char* getcwd(char* buffer, size_t size) noexcept { HIDDEN(getcwd) return g_hooks.getcwd ? g_hooks.getcwd(buffer, size) : s_hidden(buffer, size); }
+int fstat(int descriptor, struct stat* status) noexcept { HIDDEN(fstat) return g_hooks.fstat ? g_hooks.fstat() : s_hidden(descriptor, status); }
+int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept { HIDDEN(pthread_mutex_lock) if (g_hooks.pthread_mutex_lock) g_hooks.pthread_mutex_lock(); return s_hidden(mutex); }
 }
+// clang-format on

@@ -74,6 +74,10 @@ public:
             m_stretches.emplace_back(text, TQ_CodeDetect(text.data(), text.size()));
         }
         UseForms(BestForms());
+        // What grows once and no more, at its size from the start: the shortcuts, which come when some text
+        // has been walked, and the output.
+        for (const auto& [text, code] : m_stretches) TQ_CodeDetect(text.data(), text.size());
+        m_out.assign(4 * 4 * MOST_CHARACTERS + 8, '?');
         m_line = {ReadBytes(samples / "news-hans.gbk"), ReadBytes(samples / "news-hans.utf8"), "", ""};
         WriteBytes("in", m_line.gbk);
     }
@@ -90,7 +94,7 @@ public:
         }
         Text text;
         const unsigned kinds = number % 2 == 0 ? 0x5F : static_cast<unsigned>(m_characters.size());
-        for (unsigned i = m_random.Below(number % 100 == 1 ? 3000 : 60); i > 0; --i)
+        for (unsigned i = m_random.Below(number % 100 == 1 ? MOST_CHARACTERS : 60); i > 0; --i)
             text += m_characters[m_random.Below(kinds)];
         const Route& route = ROUTES[m_random.Below(6)];
         const std::string &source = text.*route.from, &result = text.*route.to;
@@ -102,6 +106,7 @@ public:
     }
 
 private:
+    static constexpr unsigned MOST_CHARACTERS = 3000;
     Random m_random;
     const TempFolder m_folder;
     const std::vector<Text> m_characters;

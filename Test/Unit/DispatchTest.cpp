@@ -4,13 +4,13 @@
 #include <clocale>
 
 #include "Support.h"
+#include "Utility.h"
 
 namespace
 {
 // ---- Locale
-// -------------------------------------------------------------------------------------------------
 
-TEST(Locale, ConvertsUpToTheFirstFault)
+TEST(Locales, ConvertUpToTheFirstFault)
 {
     std::wstring wide;
     EXPECT_EQ(ANSIToUnicode("\xD6\xD0\x41", wide), 2U);
@@ -29,41 +29,105 @@ TEST(Locale, ConvertsUpToTheFirstFault)
 
     const struct {
         std::string gbk, utf8;
-    } toUtf8[] = {
-        {"", ""}, {"\xD6\xD0\x41", "\xE4\xB8\xAD\x41"}, {"\xD6\xD0\xFF\xFF", "\xE4\xB8\xAD"}, {"A\xD6", "A"}};
+    } toUtf8[] = {{"", ""},
+                  {"\xD6\xD0\x41", "\xE4\xB8\xAD\x41"},
+                  {"\xD6\xD0\xFF\xFF", "\xE4\xB8\xAD"},
+                  {"A\xD6", "A"},
+                  {std::string(70000, 'a'), std::string(70000, 'a')}};
     for (const auto& c : toUtf8) {
         EXPECT_EQ(ANSIToUTF8(c.gbk.c_str(), bytes), c.utf8.size());
         EXPECT_EQ(bytes, c.utf8);
     }
     const struct {
         std::string utf8, gbk;
-    } toGbk[] = {{"", ""},
-                 {"\xEF\xBB\xBF\xE4\xB8\xAD", "\xD6\xD0"},
-                 {"\xE4\xB8\xAD", "\xD6\xD0"},
-                 {"a\xEE\x80\x80z", "a"},
-                 {"a\xF0\x9F\x98\x80z", "az"}};
+    } toGbk[] = {
+        {"", ""},
+        {"\xEF\xBB\xBF\xE4\xB8\xAD", "\xD6\xD0"},
+        {"\xE4\xB8\xAD", "\xD6\xD0"},
+        {"\xEF\xBB\xBF\xEF\xBB\xBF\xE4\xB8\xAD", ""},  // a second mark is a character, which GBK lacks
+        {"a\xEE\x80\x80z", "a"},
+        {"a\xF0\x9F\x98\x80z", "az"}};
     for (const auto& c : toGbk) {
         EXPECT_EQ(UTF8ToANSI(c.utf8.c_str(), bytes), 1U);
         EXPECT_EQ(bytes, c.gbk);
     }
 }
 
+std::string g_bytes;
+std::wstring g_wide;
+char g_out[256];
+const char* const SOURCE = "a\0\0\0\0\0\0\0";
+
+size_t Convert(size_t (*convert)(const char*, size_t, char*, size_t, int), int code)
+{
+    return convert(SOURCE, 1, g_out, 1, code);
+}
+
+// Each call sets the locale or not, whatever it was before and however often it was set.
+const struct LocaleCall {
+    const char* what;
+    void (*run)();
+    bool setsLocale;
+} LOCALE_CALLS[] = {
+    {"ANSIToUnicode", [] { ANSIToUnicode("a", g_wide); }, true},
+    {"UnicodeToANSI", [] { UnicodeToANSI(L"a", g_bytes); }, true},
+    {"ANSIToUTF8", [] { ANSIToUTF8("a", g_bytes); }, true},
+    {"UTF8ToANSI", [] { UTF8ToANSI("a", g_bytes); }, true},
+    {"GBK to UTF-8", [] { Convert(TQ_ToUtf8, ENCODE_GBK); }, true},
+    {"Big5 to UTF-8", [] { Convert(TQ_ToUtf8, ENCODE_BIG5); }, true},
+    {"UTF-8 to GBK", [] { Convert(TQ_ToGBK, ENCODE_UTF8); }, true},
+    {"Unicode to UTF-8", [] { Convert(TQ_ToUtf8, ENCODE_UNICODE); }, false},
+    {"Unicode to GBK", [] { Convert(TQ_ToGBK, ENCODE_UNICODE); }, false},
+    {"GBK to Unicode", [] { Convert(TQ_ToUnicode, ENCODE_GBK); }, false},
+    {"a name that exists", [] { GetAnsiFilename(".", g_bytes, true); }, false},
+    {"a name that is missing", [] { GetAnsiFilename("missing", g_bytes, true); }, true},
+    {"a folder that is missing", [] { TQ_Init("missing", nullptr); }, true},
+    {"a folder without a model", [] { TQ_Init(".", nullptr); }, false},
+    {"a file", [] { TQ_ToUtf8File("in", "out"); }, true},
+    {"a file that cannot be written", [] { TQ_ToUtf8File("in", "."); }, false},
+};
+
+class Locale : public testing::Test
+{
+protected:
+    Locale()
+    {
+        g_sLogPath.clear();
+        WriteBytes("in", "plain");
+        WriteBytes("out", "");
+    }
+    TempFolder m_folder;
+};
+
+TEST_F(Locale, IsSetByEachCallThatConvertsInIt)
+{
+    for (const LocaleCall& call : LOCALE_CALLS)
+        for (int time = 0; time < 2; ++time) {
+            setlocale(LC_ALL, "C");
+            call.run();
+            EXPECT_STREQ(setlocale(LC_ALL, nullptr), call.setsLocale ? "zh_CN.gbk" : "C") << call.what;
+        }
+}
+
 // Run in a process whose LOCPATH holds no such locale.
-TEST(LocaleAbsent, SaysSoAndConvertsInTheCurrentLocale)
+using LocaleAbsent = Locale;
+
+TEST_F(LocaleAbsent, SaysSoOnceACallAndConvertsInTheCurrentLocale)
 {
     const std::string message = "Can't set the specified locale zh_CN.gbk! ";
-    testing::internal::CaptureStdout();
-    std::string bytes;
-    EXPECT_EQ(ANSIToUTF8("plain", bytes), 5U);
-    EXPECT_EQ(bytes, "plain");
-    EXPECT_EQ(UTF8ToANSI("a\xE4\xB8\xAD", bytes), 1U);
-    EXPECT_EQ(bytes, "a") << "the C locale has no such character";
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), message + message);
+    for (const LocaleCall& call : LOCALE_CALLS) {
+        testing::internal::CaptureStdout();
+        call.run();
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), call.setsLocale ? message : "") << call.what;
+    }
+    EXPECT_EQ(ANSIToUTF8("plain", g_bytes), 5U);
+    EXPECT_EQ(g_bytes, "plain");
+    EXPECT_EQ(UTF8ToANSI("a\xE4\xB8\xAD", g_bytes), 1U);
+    EXPECT_EQ(g_bytes, "a") << "the C locale has no such character";
     EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C");
 }
 
 // ---- Dispatch
-// -----------------------------------------------------------------------------------------------
 
 using Engine = unsigned long(int, char const*, unsigned long, char*, unsigned long&);
 
@@ -109,12 +173,14 @@ const Branch BRANCHES[] = {
     {"Unicode in four-byte units", CodeTrans_ToUtf8, ENCODE_UNICODE, WIDE_ZHONG_A, 2, 0, UTF8_ZHONG_A, 4, 4},
     {"Unicode: capacity limits units", CodeTrans_ToUtf8, ENCODE_UNICODE, "\x2D\x4E\0\0"_b, 2, 1,
      "\xE4\xB8\xAD\0"_b, 3, 3},
-    {"Unicode: zero ends the copy", CodeTrans_ToUtf8, ENCODE_UNICODE, "A\0\0\0\0\0\0\0A\0\0\0"_b, 3, 9,
-     "A\0"_b, 3, 1},
+    {"Unicode: zero ends the copy", CodeTrans_ToUtf8, ENCODE_UNICODE,
+     "A\0\0\0\0\0\0\0\x7F\0\0\0\x80\0\0\0\xFF\7\0\0\0\x8\0\0\xFF\xFF\0\0\0\0\1\0"_b, 8, 9, "A\0"_b, 13, 1},
     {"no such code", CodeTrans_ToUtf8, 5, "abcd", 4, 9, "", 0, 0},
     {"undecided", CodeTrans_ToUtf8, ENCODE_UNKNOWN, "\xFF\xFF\xFF", 3, 9, "", 0, 0},
 
     {"UTF-8 ignores both lengths", CodeTrans_ToAnsi, ENCODE_UTF8, UTF8_ZHONG_A, 1, 1, GBK_ZHONG_A, 3, 3},
+    {"UTF-8: one byte-order mark is skipped", CodeTrans_ToAnsi, ENCODE_UTF8, "\xEF\xBB\xBF\xEF\xBB\xBFz\0"_b,
+     7, 9, "\0"_b, 0, 0},
     {"UTF-8 ends at what GBK lacks", CodeTrans_ToAnsi, ENCODE_UTF8, "a\xEE\x80\x80z\0"_b, 6, 9, "a\0"_b, 1,
      1},
     {"GBK copied", CodeTrans_ToAnsi, ENCODE_GBK, "a\0\xFF"_b, 3, 1, "a\0\xFF\0"_b, 3, 3},

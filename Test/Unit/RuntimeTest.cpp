@@ -1,8 +1,5 @@
 // Runtime support: names, the reader, log files, the last-error text and returned buffers.
-#include <malloc.h>
-
 #include <algorithm>
-#include <ctime>
 #include <thread>
 
 #include "Support.h"
@@ -10,9 +7,6 @@
 
 namespace
 {
-const char ZHONG_UTF8[] = "\xE4\xB8\xAD";
-const char ZHONG_GBK[] = "\xD6\xD0";
-
 class Runtime : public testing::Test
 {
 protected:
@@ -23,22 +17,6 @@ protected:
         g_bLog = true;
         g_nEncodeType = 0;
         g_pBufManager = nullptr;
-    }
-    // The day's file without the time stamps of its lines, which are checked for their form.
-    static std::string Messages(const std::string& suffix, const std::string& directory = ".")
-    {
-        const time_t now = time(nullptr);
-        char date[9];
-        strftime(date, sizeof date, "%Y%m%d", localtime(&now));
-        std::string messages;
-        std::ifstream file(directory + "/" + date + suffix);
-        for (std::string line; std::getline(file, line);) {
-            struct tm stamp;
-            const char* rest = strptime(line.c_str(), "[%Y-%m-%d %H:%M:%S]\t", &stamp);
-            EXPECT_NE(rest, nullptr) << line;
-            messages += rest == nullptr ? line : std::string(rest) + "\n";
-        }
-        return messages;
     }
     TempFolder m_folder;
 };
@@ -95,8 +73,8 @@ TEST_F(Runtime, ReaderDeliversWhatWasAskedFor)
     char* buffer = &untouched;
     EXPECT_EQ(ReadFile("missing", &buffer, 0, 0, true), 0);
     EXPECT_EQ(buffer, &untouched);
-    EXPECT_EQ(Messages(".log"), "Failed open file  missing\n");
-    EXPECT_EQ(Messages(".err"), "");
+    EXPECT_EQ(LogMessages(".log"), "Failed open file  missing\n");
+    EXPECT_EQ(LogMessages(".err"), "");
 }
 
 TEST_F(Runtime, ReaderOfStringsDropsZeroBytesAndReports)
@@ -105,7 +83,12 @@ TEST_F(Runtime, ReaderOfStringsDropsZeroBytesAndReports)
     WriteBytes("zeros", "\0A\0\0B\0"_b);
     EXPECT_EQ(ReadFile("zeros", content, 0, 0, true), 2);
     EXPECT_EQ(content, "AB");
-    EXPECT_EQ(Messages(".err"), "");
+    content = "zeros";
+    EXPECT_EQ(ReadFile(content.c_str(), content, 0, 0, true), 2) << "name and content in one";
+    EXPECT_EQ(content, "AB");
+    EXPECT_EQ(ReadFile(content.c_str(), content, 0, 0, true), 0);
+    EXPECT_EQ(g_sLastErrorMessage, "Error read file ") << "the content was emptied first";
+    EXPECT_EQ(LogMessages(".log"), "Failed open file  AB\n");
     WriteBytes("empty", "");
     for (const char* name : {"empty", "missing"}) {
         content = "old";
@@ -113,8 +96,8 @@ TEST_F(Runtime, ReaderOfStringsDropsZeroBytesAndReports)
         EXPECT_EQ(content, "");
         EXPECT_EQ(g_sLastErrorMessage, std::string("Error read file ") + name);
     }
-    EXPECT_EQ(Messages(".err"), "Error read file empty\nError read file missing\n");
-    EXPECT_EQ(Messages(".log"), "Failed open file  missing\n");
+    EXPECT_EQ(LogMessages(".err"), "Error read file \nError read file empty\nError read file missing\n");
+    EXPECT_EQ(LogMessages(".log"), "Failed open file  AB\nFailed open file  missing\n");
 }
 
 TEST_F(Runtime, ReaderKeepsItsFileOpen)
@@ -123,6 +106,8 @@ TEST_F(Runtime, ReaderKeepsItsFileOpen)
     CReadFile reader;
     std::string content;
     EXPECT_EQ(reader.ReadFile("a.txt", content, 0, 0, true), 5);
+    WriteBytes("a.txt", "first and more");
+    EXPECT_EQ(reader.ReadFile("a.txt", content, 0, 0, true), 5) << "the size is that of the opening";
     std::filesystem::remove("a.txt");
     EXPECT_EQ(reader.ReadFile("A.TXT", content, 1, 4, true), 4);
     EXPECT_EQ(content, "irst");
@@ -156,33 +141,44 @@ TEST_F(Runtime, LogsGoToDatedFiles)
     g_bLog = false;
     WriteError("not written", nullptr);
     g_bLog = true;
-    EXPECT_EQ(Messages(".err"), "to the first working directory\nthere again\n");
-    EXPECT_EQ(Messages(".log"), "");
-    EXPECT_EQ(Messages(".log", "logs"), "named\n");
-    EXPECT_EQ(Messages(".err", "logs"), "named\n");
-}
-
-std::string DigitsAsZero(std::string text)
-{
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
-    return text;
+    EXPECT_EQ(LogMessages(".err"), "to the first working directory\nthere again\n");
+    EXPECT_EQ(LogMessages(".log"), "");
+    EXPECT_EQ(LogMessages(".log", "logs"), "named\n");
+    EXPECT_EQ(LogMessages(".err", "logs"), "named\n");
 }
 
 TEST_F(Runtime, LogsThatCannotBeWrittenArePrinted)
 {
     testing::internal::CaptureStdout();
     WriteError("message", "/no/such");
+    WriteLog("a second slash", "/no/such/", false);
     WriteLog(static_cast<FILE*>(nullptr), "to no stream");
     EXPECT_EQ(DigitsAsZero(testing::internal::GetCapturedStdout()),
               "[0000-00-00 00:00:00] message\nCannot write log file /no/such/00000000.err!\r\n"
+              "[0000-00-00 00:00:00] a second slash\nCannot write log file /no/such//00000000.log!\r\n"
               "[0000-00-00 00:00:00] to no stream\nCannot write log file!\r\n");
 
     FILE* const stream = fopen("stream", "w");
     g_bLog = false;
     WriteLog(stream, "to a stream");
+    EXPECT_EQ(ReadBytes("stream"), "") << "flushing is the caller's";
+    fputs("and on", stream);
     fclose(stream);
-    EXPECT_EQ(DigitsAsZero(ReadBytes("stream")), "[0000-00-00 00:00:00] to a stream\n");
+    EXPECT_EQ(DigitsAsZero(ReadBytes("stream")), "[0000-00-00 00:00:00] to a stream\nand on");
+}
+
+TEST_F(Runtime, LogsAreInLocalTime)
+{
+    // At any hour one of the two is on another day than UTC.
+    for (const char* zone : {"AHEAD-14", "BEHIND+12"}) {
+        setenv("TZ", zone, 1);
+        tzset();
+        std::filesystem::create_directory(zone);
+        WriteError("message", zone);
+        EXPECT_EQ(LogMessages(".err", zone), "message\n");
+    }
+    unsetenv("TZ");
+    tzset();
 }
 
 TEST_F(Runtime, LastErrorTextIsCopied)
@@ -195,36 +191,11 @@ TEST_F(Runtime, LastErrorTextIsCopied)
     EXPECT_NE(first, second);
     EXPECT_STREQ(first, ZHONG_GBK);
     EXPECT_STREQ(second, ZHONG_GBK);
+    g_nEncodeType = 2;
+    EXPECT_STREQ(GetLastErrorMsg(), ZHONG_GBK);
     g_nEncodeType = 1;
     EXPECT_STREQ(GetLastErrorMsg(), ZHONG_UTF8);
     g_sLastErrorMessage.clear();
     EXPECT_STREQ(GetLastErrorMsg(), "");
-}
-
-TEST_F(Runtime, BufferManagerFreesTheOldestInBatches)
-{
-    CBufferManager manager;
-    char* const own = new char[1]();
-    EXPECT_EQ(manager.AddBuffer(own), own);
-    EXPECT_EQ(manager.AddBuffer(static_cast<char*>(nullptr)), nullptr);
-    const std::string text = "text";
-    const char* const copy = manager.AddBuffer(text.c_str());
-    EXPECT_NE(copy, text.c_str());
-    EXPECT_EQ(copy, text);
-
-    // What is freed shows by what the allocator holds, and in the sanitizers' build by the reads below.
-    std::vector<char*> buffers;
-    for (int i = 0; i < 19997; ++i) buffers.push_back(manager.AddBuffer(new char[1000]()));
-    const size_t held = mallinfo2().uordblks;
-    manager.ReleaseBuf(false);
-    manager.AddBuffer(static_cast<char*>(nullptr));
-    EXPECT_EQ(mallinfo2().uordblks, held) << "20,001 entries are not yet too many";
-    EXPECT_EQ(*copy, 't');
-    manager.AddBuffer(static_cast<char*>(nullptr));
-    EXPECT_LE(mallinfo2().uordblks, held - (IsSanitized() ? 0 : 9990UL * 1000)) << "one more, and 10,000 go";
-    EXPECT_EQ(*buffers[9997], 0) << "the later ones stay";
-    manager.ReleaseBuf(true);
-    EXPECT_LE(mallinfo2().uordblks, held - (IsSanitized() ? 0 : 19900UL * 1000));
-    manager.ReleaseBuf(true);
 }
 }  // namespace

@@ -7,8 +7,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -114,6 +116,35 @@ inline void WriteBytes(const std::string& name, const std::string& bytes)
 {
     std::ofstream(name, std::ios::binary) << bytes;
 }
+
+// The messages of the day's log file. Each line begins with a bracketed stamp of the local time, in this form
+// to the byte, and a tab.
+inline std::string LogMessages(const std::string& suffix, const std::string& directory = ".")
+{
+    const time_t now = time(nullptr);
+    char date[9];
+    strftime(date, sizeof date, "%Y%m%d", localtime(&now));
+    std::string messages;
+    std::ifstream file(directory + "/" + date + suffix, std::ios::binary);
+    for (std::string line; std::getline(file, line);) {
+        struct tm stamp = {};
+        const char* const rest = strptime(line.c_str(), "[%Y-%m-%d %H:%M:%S]", &stamp);
+        EXPECT_TRUE(rest == &line[21] && *rest == '\t') << line;
+        EXPECT_NEAR(static_cast<double>(mktime(&stamp)), static_cast<double>(now), 60) << line;
+        messages += line.substr(22) + '\n';
+    }
+    return messages;
+}
+
+inline std::string DigitsAsZero(std::string text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+    return text;
+}
+
+// One character in two encodings.
+const char ZHONG_UTF8[] = "\xE4\xB8\xAD", ZHONG_GBK[] = "\xD6\xD0";
 
 inline std::string ModelPath()
 {

@@ -114,6 +114,8 @@ void AddUtf8(States& states, const std::vector<wchar_t>& common)
         AddState(states, REGION_SECOND, bytes);
     }
     for (unsigned tail = 0x80; tail < 0xC0; ++tail) {
+        // No lead byte, but the two last bytes of a second character are a pair like any other.
+        AddState(states, REGION_MAIN, TwoBytes(0x80, tail));
         AddState(states, REGION_THIRD, OneByte(tail));
         for (unsigned next = 0x0A; next < 0xF0; ++next)
             if (IsAsciiText(next) || FollowsThreeBytes(next))
@@ -133,6 +135,18 @@ void AddLonePairs(States& states)
             states[{.region = REGION_WORD, .path = TwoBytes(lead, tail)}].onward = REGION_LONE_PAIR;
         }
     for (unsigned next = 0x20; next < 0x7F; ++next) AddState(states, REGION_LONE_PAIR, OneByte(next));
+}
+
+// Frames, blocks and other signs stand in rows, hanzi do not: two of a kind have a state of their own.
+void AddRows(States& states, const CEncoder& encoder)
+{
+    for (const auto& [first, last] :
+         {std::pair{0x2010, 0x203C}, {0x2190, 0x2200}, {0x2500, 0x2670}, {0x3000, 0x3020}, {0xFF01, 0xFF5F}})
+        for (int code = first; code < last; ++code)
+            for (const Candidate candidate : {CANDIDATE_GBK, CANDIDATE_BIG5})
+                if (const std::string pair = encoder.Encode(candidate, {static_cast<wchar_t>(code)});
+                    pair.size() == 2)
+                    AddState(states, REGION_MAIN, pair + pair);
 }
 
 // Frequent Hangul, whose bytes would be ASCII and the lead byte of a hanzi anywhere else.
@@ -187,6 +201,7 @@ States ShapeOfDetector(const Ingredients& from)
     AddUnits(states, CharactersAbove(from.recipe.leastKnown, from));
     AddUtf8(states, CharactersAbove(from.recipe.leastCommon, from));
     AddLonePairs(states);
+    AddRows(states, from.encoder);
     AddHangul(states, from);
     AddMarks(states);
     return states;

@@ -74,12 +74,32 @@ bool IsHighSurrogateInUse(unsigned low)
     return (low >= 0x3C && low <= 0x3E) || low == 0x35 || (low >= 0x40 && low <= 0x73);
 }
 
+// Units that no text has: control characters and what is no character. Sound and tables of numbers are full
+// of them.
+void AddStrangeUnits(States& states)
+{
+    const State away{.value = COUNTS_AGAINST_UNICODE, .onward = REGION_FOREIGN};
+    for (unsigned code = 1; code < 0xA0; ++code)
+        if (IsUnusedControl(code) || code >= 0x80) {
+            AddState(states, REGION_MAIN, TwoBytes(code, 0));
+            states[{.region = REGION_MAIN, .path = TwoBytes(code, 0)}] = away;
+        }
+    for (unsigned low = 0xF0; low < 0x100; ++low) {
+        if (low == 0xFD) continue;  // stands for what could not be converted
+        AddState(states, REGION_MAIN, TwoBytes(low, 0xFF));
+        states[{.region = REGION_MAIN, .path = TwoBytes(low, 0xFF)}] = away;
+    }
+}
+
 void AddHighInUnicode(States& states)
 {
     for (unsigned low = 0; low < 0x100; ++low) {
         if (!IsHighSurrogateInUse(low)) continue;
         AddState(states, REGION_MAIN, TwoBytes(low, 0xD8));
         states[{.region = REGION_MAIN, .path = TwoBytes(low, 0xD8)}].onward = REGION_LOW_HALF;
+        if (low < 0x40) continue;
+        AddState(states, REGION_NEXT_UNIT, TwoBytes(low, 0xD8));
+        states[{.region = REGION_NEXT_UNIT, .path = TwoBytes(low, 0xD8)}].onward = REGION_LOW_HALF;
     }
     for (unsigned byte = 0; byte < 0x100; ++byte)
         states[{.region = REGION_LOW_HALF, .path = OneByte(byte)}].onward = REGION_HIGH_HALF;
@@ -89,13 +109,14 @@ void AddHighInUnicode(States& states)
     AddState(states, REGION_MAIN, "\x0F\xFE");  // chooses an emoji's form
 }
 
-// Of the world's text, half of what UTF-8 is.
-void AddWorldShares(CharacterShares& shares, const Ingredients& from)
+CharacterShares WorldShares(const Ingredients& from)
 {
+    CharacterShares shares;
     for (const CountedClass& counted : from.classes)
         if (counted.kind.role == Role::WORLD)
             for (const auto& [character, entry] : counted.counts.characters)
                 shares[character] += entry.total / counted.size * counted.kind.drawn / 100;
+    return shares;
 }
 
 void AddWayBack(States& states, const Ingredients& from)
@@ -107,22 +128,24 @@ void AddWayBack(States& states, const Ingredients& from)
         for (unsigned tail = 0x80; tail < 0xC0; ++tail)
             AddState(states, REGION_FOREIGN, OneByte(lead) + OneByte(tail));
 
-    const Shares hans = SharesOf(from, false), hant = SharesOf(from, true);
     std::map<std::string, std::pair<double, Candidate>> ways;  // by bytes, the likeliest encoding
+    const auto add = [&](Candidate candidate, const CharacterShares& shares, wchar_t least) {
+        for (const wchar_t character :
+             Top(shares, from.recipe.waysBack, [least](wchar_t c) { return c >= least; })) {
+            const std::string bytes = from.encoder.Encode(candidate, {character});
+            if (bytes.size() < 2) continue;
+            auto& way = ways[bytes];
+            if (shares.at(character) > way.first) way = {shares.at(character), candidate};
+        }
+    };
+    const Shares hans = SharesOf(from, false), hant = SharesOf(from, true);
     for (const Candidate candidate : ALL_CANDIDATES) {
         CharacterShares shares = hant.anywhere;
         if (candidate != CANDIDATE_BIG5)
             for (const auto& [character, share] : hans.anywhere) shares[character] += share;
-        if (candidate == CANDIDATE_UTF8) AddWorldShares(shares, from);
-        for (const wchar_t character : Top(shares, from.recipe.waysBack, [&](wchar_t c) {
-                 return c >= (candidate == CANDIDATE_UTF8 ? 0x80 : 0x2000);
-             })) {
-            const std::string bytes = from.encoder.Encode(candidate, {character});
-            if (bytes.size() < 2) continue;
-            auto& way = ways[bytes];
-            if (shares[character] > way.first) way = {shares[character], candidate};
-        }
+        add(candidate, shares, 0x2000);
     }
+    add(CANDIDATE_UTF8, WorldShares(from), 0x80);
     for (const auto& [bytes, way] : ways) {
         const Region back = RegionOf(REGION_RETURN, way.second);
         AddState(states, REGION_FOREIGN, bytes);
@@ -154,6 +177,7 @@ void AddForeignStates(States& states, const Ingredients& from, const CSampleSour
     AddZeros(states);
     AddHighInUtf8(states);
     AddHighInUnicode(states);
+    AddStrangeUnits(states);
     AddWayBack(states, from);
     AddAsciiBetween(states);
 }

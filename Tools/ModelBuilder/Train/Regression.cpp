@@ -47,6 +47,8 @@ Feature CRegression::NewFeature(const StateName& name, const CPriors& priors)
     if (feature.pair && ByteAt(name.path, 0) >= 0x80) {
         m_parameters.back().weight = m_parameters.back().origin = priors.Of(name.path);
         feature.counted = !IsPartOfUtf8(name.path);
+        feature.utf8 =
+            !feature.counted || (IsUtf8Tail(ByteAt(name.path, 0)) && IsUtf8Tail(ByteAt(name.path, 1)));
     }
     if (!feature.counted) feature.group = GroupParameter((feature.ascii ? "ascii " : "") + GroupOf(name));
     return feature;
@@ -105,7 +107,7 @@ void CRegression::Step(const Feature& feature, const Weights& gradient, double r
     const double ownRate = (feature.counted ? m_recipe.countedRate : m_recipe.learningRate) * rate;
     for (size_t c = 0; c < CANDIDATES; ++c) {
         if (feature.ascii && c != CANDIDATE_UNICODE) continue;
-        if (feature.counted && c == CANDIDATE_UTF8) continue;  // not of UTF-8
+        if (!feature.utf8 && c == CANDIDATE_UTF8) continue;
         Step(m_parameters[static_cast<size_t>(feature.own)], c, gradient[c], ownRate);
         if (feature.group >= 0)
             Step(m_parameters[static_cast<size_t>(feature.group)], c, gradient[c], m_recipe.groupRate * rate);

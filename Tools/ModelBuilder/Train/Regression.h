@@ -21,7 +21,8 @@ struct Feature {
     const StateName* name;
     bool ascii = false;        // ASCII alone enters it
     bool pair = false;         // it ends a pair
-    bool counted = false;      // a pair that UTF-8 cannot hold: the statistics say nearly all of it
+    bool counted = false;      // a pair that is no character of UTF-8: the statistics say nearly all of it
+    bool utf8 = true;          // it may stand in UTF-8
     bool silent = false;       // it has turned out to do harm, and says nothing any more
     int own = -1, group = -1;  // its parameters
     std::array<uint32_t, CANDIDATES> seen{};  // visits in training
