@@ -98,7 +98,7 @@ void PrintDecision(const Scores& s, std::ostream& out)
         out << std::left << std::setw(9) << CANDIDATE_NAMES[row.candidate] << "sum "
             << static_cast<int>(row.sum) << ", " << row.positive << " positive states; it needs ";
         if (row.candidate == CANDIDATE_GBK && s.highBytes == 0) {
-            out << "none, as the text is ASCII\n";
+            out << "none, as no byte is beyond ASCII\n";
         } else {
             out << "more than " << s.highBytes / row.part << " (" << row.partName << " of those bytes)\n";
         }
