@@ -137,18 +137,6 @@ void AddLonePairs(States& states)
     for (unsigned next = 0x20; next < 0x7F; ++next) AddState(states, REGION_LONE_PAIR, OneByte(next));
 }
 
-// Frames, blocks and other signs stand in rows, hanzi do not: two of a kind have a state of their own.
-void AddRows(States& states, const CEncoder& encoder)
-{
-    for (const auto& [first, last] :
-         {std::pair{0x2010, 0x203C}, {0x2190, 0x2200}, {0x2500, 0x2670}, {0x3000, 0x3020}, {0xFF01, 0xFF5F}})
-        for (int code = first; code < last; ++code)
-            for (const Candidate candidate : {CANDIDATE_GBK, CANDIDATE_BIG5})
-                if (const std::string pair = encoder.Encode(candidate, {static_cast<wchar_t>(code)});
-                    pair.size() == 2)
-                    AddState(states, REGION_MAIN, pair + pair);
-}
-
 // Frequent Hangul, whose bytes would be ASCII and the lead byte of a hanzi anywhere else.
 void AddHangul(States& states, const Ingredients& from)
 {
@@ -201,7 +189,6 @@ States ShapeOfDetector(const Ingredients& from)
     AddUnits(states, CharactersAbove(from.recipe.leastKnown, from));
     AddUtf8(states, CharactersAbove(from.recipe.leastCommon, from));
     AddLonePairs(states);
-    AddRows(states, from.encoder);
     AddHangul(states, from);
     AddMarks(states);
     return states;

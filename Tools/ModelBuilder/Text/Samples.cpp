@@ -10,34 +10,46 @@
 
 namespace
 {
-// Mostly short, as short text is where errors are; now and then a whole page.
-size_t DrawLength(CRandom& random)
+// Lengths of one kind: how many percent of the samples have them.
+struct Band {
+    uint32_t percent;
+    size_t least, most;
+};
+
+// The last band is for the rest.
+template <size_t COUNT>
+size_t DrawFrom(const Band (&bands)[COUNT], uint32_t all, CRandom& random)
 {
-    const uint32_t kind = random.Below(100);
-    if (kind < 6) return 1;
-    if (kind < 30) return 2;
-    if (kind < 44) return 3;
-    if (kind < 54) return 4;
-    if (kind < 72) return 5 + random.Below(8);
-    if (kind < 86) return 13 + random.Below(20);
-    if (kind < 96) return 33 + random.Below(64);
-    return 100 + random.Below(400);
+    uint32_t drawn = random.Below(all);
+    const Band* band = bands;
+    for (; band != bands + COUNT - 1 && drawn >= band->percent; ++band) drawn -= band->percent;
+    return band->least + (band->most > band->least ? random.Below(band->most - band->least + 1) : 0);
+}
+
+// Mostly short, as short text is where errors are; now and then a whole page.
+size_t DrawLength(const Recipe& recipe, CRandom& random)
+{
+    const Band bands[] = {
+        {recipe.ofOne, 1, 1},     {recipe.ofTwo, 2, 2},     {recipe.ofThree, 3, 3},   {recipe.ofFour, 4, 4},
+        {recipe.ofTwelve, 5, 12}, {recipe.ofALine, 13, 32}, {recipe.ofLines, 33, 96}, {0, 100, 499}};
+    return DrawFrom(bands, 100, random);
 }
 
 // Pieces of three to seven bytes are hard to tell from hanzi; longer ones are to be right for good.
-size_t DrawAsciiLength(CRandom& random)
+size_t DrawAsciiLength(const Recipe& recipe, CRandom& random)
 {
-    const uint32_t kind = random.Below(10);
-    if (kind < 3) return 1 + random.Below(7);
-    return kind < 8 ? 8 + random.Below(24) : 32 + random.Below(300);
+    const Band bands[] = {{recipe.asciiOfSeven, 1, 7}, {recipe.asciiOfALine, 8, 31}, {0, 32, 331}};
+    return DrawFrom(bands, 10, random);
 }
+
 // Lines, titles and messages; now and then a word.
-size_t DrawLineLength(CRandom& random)
+size_t DrawLineLength(const Recipe& recipe, CRandom& random)
 {
-    const uint32_t kind = random.Below(100);
-    if (kind < 12) return 2 + random.Below(3);
-    if (kind < 40) return 5 + random.Below(8);
-    return kind < 80 ? 13 + random.Below(40) : 53 + random.Below(100);
+    const Band bands[] = {{recipe.worldOfFour, 2, 4},
+                          {recipe.worldOfTwelve, 5, 12},
+                          {recipe.worldOfALine, 13, 52},
+                          {0, 53, 152}};
+    return DrawFrom(bands, 100, random);
 }
 }  // namespace
 
@@ -128,7 +140,7 @@ std::string CSampleSource::DrawForeign(size_t kind, CRandom& random) const
 
 Sample CSampleSource::DrawAscii(CRandom& random) const
 {
-    Sample sample{.bytes = Ascii(DrawAsciiLength(random), random)};
+    Sample sample{.bytes = Ascii(DrawAsciiLength(m_recipe, random), random)};
     if (sample.bytes.size() >= m_recipe.wholeAscii) sample.weight = m_recipe.wholeAsciiWeight;
     return sample;
 }
@@ -150,7 +162,7 @@ Sample CSampleSource::DrawWorld(CRandom& random) const
 {
     Sample sample;
     sample.answer = random.Chance(m_recipe.worldInUnicode) ? CANDIDATE_UNICODE : CANDIDATE_UTF8;
-    const size_t length = DrawLineLength(random);
+    const size_t length = DrawLineLength(m_recipe, random);
     std::wstring text;
     if (random.Chance(m_recipe.signs)) {
         const std::string ascii = Ascii(length, random);
@@ -193,7 +205,7 @@ Sample CSampleSource::DrawChinese(CRandom& random) const
     const bool traditional =
         sample.answer == CANDIDATE_BIG5 || random.Chance(m_recipe.TraditionalPart(sample.answer));
     if (sample.answer == CANDIDATE_BIG5) sample.weight = m_recipe.big5Weight;
-    const size_t length = DrawLength(random);
+    const size_t length = DrawLength(m_recipe, random);
     std::wstring text = length > 8 && random.Chance(m_recipe.artSamples)
                             ? Art(length, random) + Chinese(traditional, random.Below(4), random)
                         : length > 8 && random.Chance(m_recipe.sparseSamples)

@@ -17,7 +17,7 @@ bool CarriesValue(const StateName& state)
         case REGION_SECOND:
             return path.size() == 3 || (path.size() == 2 && !OpensUtf8(path));
         case REGION_MAIN:
-            return path.size() == 2 || StartsWithUtf8Character(path) || IsRow(path);
+            return path.size() == 2 || StartsWithUtf8Character(path);
         default:
             return false;
     }

@@ -15,12 +15,6 @@ inline bool IsPair(const StateName& state)
     return (state.region == REGION_MAIN || state.region == REGION_WORD) && state.path.size() == 2;
 }
 
-// Two equal pairs in a row, which signs are and hanzi are not.
-inline bool IsRow(const std::string& path)
-{
-    return path.size() == 4 && path.compare(0, 2, path, 2, 2) == 0;
-}
-
 // States of one group share a part of their weights, so that rare ones inherit from their like.
 std::string GroupOf(const StateName& state);
 

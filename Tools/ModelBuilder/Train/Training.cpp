@@ -1,9 +1,6 @@
 // Gradient descent is one step after another, so only the drawing of the samples runs beside it.
 #include "Training.h"
 
-#include <algorithm>
-
-#include "Detection.h"
 #include "Progress.h"
 #include "Rounding.h"
 #include "SampleStream.h"
@@ -45,19 +42,6 @@ void Learn(CRegression& regression, const Ingredients& from, const CSampleSource
         }
     }
 }
-// Behind a pair that is UTF-16LE beyond doubt, Hangul may come as well as behind its ASCII.
-void ExpectHangul(States& states, const Recipe& recipe)
-{
-    for (auto& [name, state] : states) {
-        if (name.region != REGION_MAIN || name.path.size() != 2 || state.onward != BY_RULE) continue;
-        const bool isText = IsAsciiText(ByteAt(name.path, 0)) && IsAsciiText(ByteAt(name.path, 1));
-        const Digits add = DigitsOf(state.value);
-        const int others = std::max({add[CANDIDATE_GBK], add[CANDIDATE_BIG5], add[CANDIDATE_UTF8]});
-        if (add[CANDIDATE_UNICODE] - others >= recipe.leadBeforeHangul && !LeadAfterAscii(name.path) &&
-            !isText && !IsLineEnd(name.path[0]))
-            state.onward = REGION_HANGUL;
-    }
-}
 }  // namespace
 
 void TrainValues(States& states, const Ingredients& from, const CSampleSource& source)
@@ -68,7 +52,6 @@ void TrainValues(States& states, const Ingredients& from, const CSampleSource& s
     const CRounding rounding(regression, from, foreign);
     for (const Feature& feature : regression.Features())
         states[*feature.name].value = rounding.ValueOf(feature);
-    ExpectHangul(states, from.recipe);
     // A lead byte at the very start counts for all alike: two pairs are otherwise refused if one is doubtful.
     for (unsigned lead = 0x81; lead < 0xFF; ++lead)
         states[{.region = REGION_START, .path = OneByte(lead)}] = {.value = PackDigits({1, 1, 1, 1})};
