@@ -97,6 +97,13 @@ void Build(const Arguments& arguments)
     std::cerr << states.size() << " states, " << content.size() << " bytes\n";
 }
 
+size_t CountFrom(const std::string& text)
+{
+    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
+        throw UsageError("'" + text + "' is no number of bytes");
+    return std::stoul(text);
+}
+
 void Explain(const Arguments& arguments)
 {
     constexpr size_t ROWS = 100;
@@ -109,7 +116,7 @@ void Explain(const Arguments& arguments)
         if (arguments[i] == "--readings" && i + 1 < arguments.size()) {
             readings = arguments[++i];
         } else if (arguments[i] == "--bytes" && i + 1 < arguments.size()) {
-            rows = std::stoul(arguments[++i]);
+            rows = CountFrom(arguments[++i]);
         } else {
             throw UsageError("explain does not know '" + arguments[i] + "'");
         }

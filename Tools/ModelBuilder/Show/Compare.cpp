@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "Detection.h"
-#include "Explain.h"
 #include "ModelFile.h"
 #include "TextFile.h"
 
@@ -33,10 +32,16 @@ struct Tally {
     std::array<size_t, 2> right{};  // by model
 };
 
+constexpr const char* LABELS[CANDIDATES] = {"gbk", "big5", "utf-8", "utf-16le"};
+
 // What the folder's name says.
 int CodeOfLabel(const std::string& label)
 {
-    return label == "undecided" ? int{ENCODE_UNKNOWN} : CODES[CandidateOf(label)];
+    if (label == "undecided") return ENCODE_UNKNOWN;
+    for (const Candidate c : ALL_CANDIDATES)
+        if (label == LABELS[c]) return CODES[c];
+    throw std::runtime_error("the folder '" + label +
+                             "' has no label's name: gbk, big5, utf-8, utf-16le or undecided");
 }
 
 size_t LengthOf(const std::string& line, size_t at, int code)
@@ -136,6 +141,7 @@ private:
 void CompareModels(const std::string& oldModel, const std::string& newModel, const std::string& folder,
                    std::ostream& out)
 {
+    if (!fs::is_directory(folder)) throw std::runtime_error(folder + " is no folder");
     CComparison comparison(oldModel, newModel);
     std::map<std::string, std::string> files;  // path to label, sorted
     for (const auto& label : fs::directory_iterator(folder)) {

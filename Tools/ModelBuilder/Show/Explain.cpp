@@ -90,13 +90,19 @@ void PrintDecision(const Scores& s, std::ostream& out)
         Candidate candidate;
         unsigned sum;
         long positive, part;
-    } rows[] = {{CANDIDATE_GBK, s.sumGbk, s.positiveGbk, 4},
-                {CANDIDATE_BIG5, s.sumBig5, s.positiveBig5, 4},
-                {CANDIDATE_UTF8, s.sumUtf8, s.positiveUtf8, 6}};
-    for (const auto& row : rows)
+        const char* partName;
+    } rows[] = {{CANDIDATE_GBK, s.sumGbk, s.positiveGbk, 4, "a quarter"},
+                {CANDIDATE_BIG5, s.sumBig5, s.positiveBig5, 4, "a quarter"},
+                {CANDIDATE_UTF8, s.sumUtf8, s.positiveUtf8, 6, "a sixth"}};
+    for (const auto& row : rows) {
         out << std::left << std::setw(9) << CANDIDATE_NAMES[row.candidate] << "sum "
-            << static_cast<int>(row.sum) << ", " << row.positive << " positive states; it needs more than "
-            << s.highBytes / row.part << " (a part of " << row.part << " of those bytes)\n";
+            << static_cast<int>(row.sum) << ", " << row.positive << " positive states; it needs ";
+        if (row.candidate == CANDIDATE_GBK && s.highBytes == 0) {
+            out << "none, as no byte is beyond ASCII\n";
+        } else {
+            out << "more than " << s.highBytes / row.part << " (" << row.partName << " of those bytes)\n";
+        }
+    }
     out << "UTF-16LE sum " << static_cast<int>(s.sumUnicode) << ", " << s.positiveUnicode
         << " positive states and " << s.nonPositiveUnicode << " others; it needs "
         << 10 * s.nonPositiveUnicode + 1 << " (ten for each other one, and one)\n"
