@@ -52,6 +52,7 @@ std::vector<ShortText> WeighedTexts(const Ingredients& from, const CLikelihood& 
     for (const std::string& bytes : SeenTexts(from)) {
         ShortText text{.bytes = bytes, .shares = likelihood.Of(bytes)};
         text.shares[CANDIDATE_BIG5] *= from.recipe.big5Advantage;
+        text.shares[CANDIDATE_UTF8] *= from.recipe.utf8Advantage;
         const auto best = std::max_element(text.shares.begin(), text.shares.end());
         text.best = static_cast<Candidate>(best - text.shares.begin());
         if (*best < from.recipe.leastText) continue;
@@ -179,8 +180,10 @@ private:
                                 ByteAt(bytes, 0) >= 0x80 &&
                                 twin == StateName{.region = REGION_MAIN, .path = bytes.substr(2)};
         if (isSequence || twin == inMain) return inMain;
-        // A text with ASCII in it is all there is only where it starts the buffer.
-        const bool isWord = bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80;
+        // A text with ASCII in it is all there is only where it starts the buffer, and two letters of UTF-8 are
+        // hardly ever a text of their own.
+        const bool isUtf8 = bytes.size() == 4 && IsPartOfUtf8(bytes) && IsPartOfUtf8(bytes.substr(2));
+        const bool isWord = bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !isUtf8;
         return {.region = isWord ? REGION_WORD : REGION_START, .path = bytes};
     }
 
