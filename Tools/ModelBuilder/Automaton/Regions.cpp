@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "Bytes.h"
+#include "Detection.h"
 
 namespace
 {
@@ -57,6 +58,12 @@ bool IsLineEndAlone(const std::string& path)
     return IsLineEnd(path[0]) && (path.size() > 2 ? second >= 0x80 : second >= 0xA0 && second != 0xFF);
 }
 
+// Two characters of ASCII of which the second is no letter, which would be the high byte of a hanzi as well.
+bool EndsInStep(const std::string& path)
+{
+    return IsAsciiText(ByteAt(path, 0)) && IsAsciiText(ByteAt(path, 1)) && ByteAt(path, 1) < 0x40;
+}
+
 // What a state means once its first unit is given up: the rest of its bytes, read from where that unit ended.
 StateName WithoutFirstUnit(const StateName& state)
 {
@@ -66,7 +73,7 @@ StateName WithoutFirstUnit(const StateName& state)
     if (IsLineEndAlone(path)) return Main(path.substr(1));
     if (LeadAfterAscii(path)) return {.region = REGION_UNIT, .path = path.substr(1)};
     if (path.size() == 2 && OpensUtf8(path)) return Root(REGION_THIRD);
-    if (path.size() == 2 && IsAscii(path)) return Root(REGION_WORD);
+    if (path.size() == 2 && EndsInStep(path)) return Root(REGION_WORD);
     if (!StartsWithUtf8Character(path)) return Main(path.substr(2));
     if (path.size() <= 4) return {.region = REGION_AFTER, .path = path.substr(2)};
     if (ByteAt(path, 3) < 0x80) return Main(path.substr(4));

@@ -30,8 +30,9 @@ std::string ParseClass(const std::string& line, TextClass& parsed)
 {
     std::istringstream cells(line);
     std::string role, script;
-    if (!(cells >> parsed.name >> role >> script >> parsed.weight >> parsed.drawn >> parsed.pairs))
-        return "a class needs a name, a role, a script, a weight, a part drawn and a number of pairs";
+    if (!(cells >> parsed.name >> role >> script >> parsed.weight >> parsed.pairs))
+        return "a class needs a name, a role, a script, a weight and a number of pairs";
+    if (parsed.weight < 0) return "a weight is 0 or more";
     if (!ParseRole(role, parsed.role)) return "there is no role '" + role + "'";
     if (script != "hans" && script != "hant" && script != "-") return "there is no script '" + script + "'";
     if (IsChinese(parsed.role) == (script == "-"))
@@ -41,37 +42,6 @@ std::string ParseClass(const std::string& line, TextClass& parsed)
     return parsed.title.empty() ? "a class needs a title" : "";
 }
 
-// Classes that samples are drawn from together share 100 %, and Chinese ones a weight of 1.
-void CheckSums(const std::vector<TextClass>& classes, const std::string& path)
-{
-    const struct {
-        const char* name;
-        bool (*has)(const TextClass&);
-        bool isWeighed;
-    } GROUPS[] = {
-        {"of the script hans", [](const TextClass& c) { return IsChinese(c.role) && !c.isTraditional; },
-         true},
-        {"of the script hant", [](const TextClass& c) { return IsChinese(c.role) && c.isTraditional; }, true},
-        {"of the world's text", [](const TextClass& c) { return c.role == Role::WORLD; }, false}};
-    for (const auto& group : GROUPS) {
-        uint32_t drawn = 0;
-        double weight = 0;
-        for (const TextClass& kind : classes) {
-            drawn += group.has(kind) ? kind.drawn : 0;
-            weight += group.has(kind) ? kind.weight : 0;
-        }
-        std::ostringstream fault;
-        fault << path << ": the classes " << group.name;
-        if (drawn != 100 && std::any_of(classes.begin(), classes.end(), group.has)) {
-            fault << " draw " << drawn << " % together, not 100";
-            throw std::runtime_error(fault.str());
-        }
-        if (group.isWeighed && weight != 0 && std::abs(weight - 1) > 1e-6) {
-            fault << " weigh " << weight << " together, not 1";
-            throw std::runtime_error(fault.str());
-        }
-    }
-}
 }  // namespace
 
 std::vector<TextClass> ReadClasses(const std::string& path)
@@ -90,6 +60,5 @@ std::vector<TextClass> ReadClasses(const std::string& path)
             throw std::runtime_error((path + ", line ").append(std::to_string(number)).append(": " + fault));
         classes.push_back(parsed);
     }
-    CheckSums(classes, path);
     return classes;
 }

@@ -23,10 +23,10 @@ struct TextClass {
     std::string name;
     Role role = Role::PROSE;
     bool isTraditional = false;
-    double weight = 0;   // in the statistics of Chinese text; of sequences that betray foreign text
-    uint32_t drawn = 0;  // percent of the Chinese samples of its script
-    size_t pairs = 0;    // most pairs of characters that its statistics keep
-    std::string title;   // for people
+    double weight =
+        0;  // among the classes of its kind: those of its script, of the world's text, of foreign text
+    size_t pairs = 0;   // most pairs of characters that its statistics keep
+    std::string title;  // for people
 };
 
 constexpr bool IsChinese(Role role)

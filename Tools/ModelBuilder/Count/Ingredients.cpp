@@ -11,3 +11,20 @@ Ingredients::Ingredients(const std::string& data, const Recipe& theRecipe)
         classes.push_back(std::move(counted));
     }
 }
+
+double Ingredients::WeightOfScript(bool traditional) const
+{
+    double sum = 0;
+    for (const CountedClass& counted : classes)
+        if (IsChinese(counted.kind.role) && counted.kind.isTraditional == traditional)
+            sum += counted.kind.weight;
+    return sum;
+}
+
+double Ingredients::WeightOfWorld() const
+{
+    double sum = 0;
+    for (const CountedClass& counted : classes)
+        if (counted.kind.role == Role::WORLD) sum += counted.kind.weight;
+    return sum;
+}

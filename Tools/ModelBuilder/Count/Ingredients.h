@@ -23,6 +23,10 @@ struct Ingredients {
     Recipe recipe;
     CEncoder encoder;
     std::vector<CountedClass> classes;  // in the order of the list
+
+    // The weights of the classes of one script of Chinese text, and of the world's text, summed.
+    double WeightOfScript(bool traditional) const;
+    double WeightOfWorld() const;
 };
 
 #endif  // MODEL_BUILDER_INGREDIENTS_H

@@ -115,7 +115,7 @@ CharacterShares WorldShares(const Ingredients& from)
     for (const CountedClass& counted : from.classes)
         if (counted.kind.role == Role::WORLD)
             for (const auto& [character, entry] : counted.counts.characters)
-                shares[character] += entry.total / counted.size * counted.kind.drawn / 100;
+                shares[character] += entry.total / counted.size * counted.kind.weight / from.WeightOfWorld();
     return shares;
 }
 

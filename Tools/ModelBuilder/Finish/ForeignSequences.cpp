@@ -175,7 +175,8 @@ void AddForeignSequences(States& states, const Ingredients& from, const CSampleS
         const std::string bytes = BytesOf(number);
         if (bytes.size() == 2) {
             if (IsForeignPair(bytes, share, own.OfPair(number), from.recipe)) SendAway(states, bytes);
-        } else if (share > from.recipe.sequenceOdds * own.OfSequence(number) &&
+        } else if (own.OfPair(number >> 16) < from.recipe.mostOfStart &&
+                   share > from.recipe.sequenceOdds * own.OfSequence(number) &&
                    !states.contains({.region = REGION_MAIN, .path = bytes})) {
             order.emplace_back(-share, bytes);
         }

@@ -100,18 +100,16 @@ TEST(Counting, NothingIsWrittenWhereOneFileIsRefused)
 
 TEST(Classes, ALineThatIsNoneIsNamedWithItsFault)
 {
-    const std::string hans = "a prose hans 1 100 9 Title\n";
+    const std::string hans = "a prose hans 1 9 Title\n";
     const std::pair<std::string, std::string> CASES[] = {
-        {"a prose hans 1 100", "line 1: a class needs a name"},
-        {"a verse hans 1 100 9 Title", "there is no role 'verse'"},
-        {"a prose latin 1 100 9 Title", "there is no script 'latin'"},
-        {"a prose - 1 100 9 Title", "of the script hans or hant"},
-        {"a bytes hant 1 0 9 Title", "of the script hans or hant"},
-        {"a prose hans 1 100 9", "needs a title"},
+        {"a prose hans 1", "line 1: a class needs a name"},
+        {"a verse hans 1 9 Title", "there is no role 'verse'"},
+        {"a prose latin 1 9 Title", "there is no script 'latin'"},
+        {"a prose - 1 9 Title", "of the script hans or hant"},
+        {"a bytes hant 1 9 Title", "of the script hans or hant"},
+        {"a prose hans 1 9", "needs a title"},
         {hans + "\n# two\n" + hans, "line 4: the class 'a' is listed twice"},
-        {hans + "b prose hans 0 10 9 Title\n", "of the script hans draw 110 % together, not 100"},
-        {hans + "b prose hans 0.5 0 9 Title\n", "of the script hans weigh 1.5 together, not 1"},
-        {"a world - 1 99 9 Title\n", "of the world's text draw 99 % together, not 100"}};
+        {"a prose hans -1 9 Title", "a weight is 0 or more"}};
     const TempFolder folder;
     for (const auto& [content, fault] : CASES) {
         WriteBytes("Classes.txt", content);

@@ -54,7 +54,10 @@ size_t DrawLineLength(const Recipe& recipe, CRandom& random)
 }  // namespace
 
 CSampleSource::CSampleSource(const Ingredients& ingredients)
-    : m_from(ingredients), m_recipe(ingredients.recipe)
+    : m_from(ingredients),
+      m_recipe(ingredients.recipe),
+      m_scripts{ingredients.WeightOfScript(false), ingredients.WeightOfScript(true)},
+      m_world(ingredients.WeightOfWorld())
 {
     for (const CountedClass& counted : m_from.classes) {
         if (counted.kind.role == Role::ASCII) m_ascii = m_samplers.size();
@@ -81,14 +84,15 @@ std::string CSampleSource::Ascii(size_t length, CRandom& random) const
 
 std::wstring CSampleSource::Chinese(bool traditional, size_t length, CRandom& random) const
 {
-    const uint32_t drawn = random.Below(100);
-    uint32_t upTo = 0;
+    const auto all = static_cast<uint32_t>(m_scripts[traditional]);
+    const uint32_t drawn = random.Below(all);
+    double upTo = 0;
     for (size_t i = 0; i < m_samplers.size(); ++i) {
         const TextClass& kind = m_from.classes[i].kind;
         if (!IsChinese(kind.role) || kind.isTraditional != traditional) continue;
-        upTo += kind.drawn;
+        upTo += kind.weight;
         if (drawn >= upTo) continue;
-        const bool joined = drawn >= 100 - m_recipe.joinedWords ||
+        const bool joined = drawn * 100 >= (100 - m_recipe.joinedWords) * all ||
                             (kind.role == Role::PROSE && length < m_recipe.joinedProse);
         return m_samplers[i].Text(length, random, joined);
     }
@@ -147,15 +151,14 @@ Sample CSampleSource::DrawAscii(CRandom& random) const
 
 std::wstring CSampleSource::World(size_t length, CRandom& random) const
 {
-    const uint32_t drawn = random.Below(100);
-    uint32_t upTo = 0;
-    size_t kind = 0;
-    for (size_t i = 0; i < m_samplers.size() && drawn >= upTo; ++i) {
+    const uint32_t drawn = random.Below(static_cast<uint32_t>(m_world));
+    double upTo = 0;
+    for (size_t i = 0; i < m_samplers.size(); ++i) {
         if (m_from.classes[i].kind.role != Role::WORLD) continue;
-        upTo += m_from.classes[i].kind.drawn;
-        kind = i;
+        upTo += m_from.classes[i].kind.weight;
+        if (drawn < upTo) return m_samplers[i].Text(length, random);
     }
-    return m_samplers[kind].Text(length, random);
+    return L"";
 }
 
 Sample CSampleSource::DrawWorld(CRandom& random) const

@@ -46,6 +46,7 @@ private:
 
     const Ingredients& m_from;
     const Recipe& m_recipe;
+    double m_scripts[2], m_world;      // the classes' weights, summed, by script and of the world's text
     std::vector<CSampler> m_samplers;  // by class
     size_t m_ascii = 0;                // the class of ASCII
     std::vector<wchar_t> m_hanzi[LEVELS];

@@ -38,25 +38,28 @@ bool IsAsciiText(const std::wstring& text)
 }
 }  // namespace
 
-CLikelihood::CLikelihood(const Ingredients& from) : m_from(from)
+CLikelihood::CLikelihood(const Ingredients& from)
+    : m_from(from),
+      m_scripts{from.WeightOfScript(false), from.WeightOfScript(true)},
+      m_world(from.WeightOfWorld())
 {
     for (const CountedClass& counted : from.classes) {
         const Class opened{.counted = &counted, .rest = UnlistedSuccessors(counted.counts)};
         if (counted.kind.role == Role::ASCII) m_ascii = opened;
         if (IsChinese(counted.kind.role) || counted.kind.role == Role::WORLD) m_classes.push_back(opened);
-        if (counted.kind.role == Role::WORLD) m_drawn += counted.kind.drawn;
     }
 }
 
 double CLikelihood::WeightOf(Candidate candidate, const TextClass& kind) const
 {
     const Recipe& recipe = m_from.recipe;
+    const double share = kind.weight / (kind.role == Role::WORLD ? m_world : m_scripts[kind.isTraditional]);
     if (candidate == CANDIDATE_BIG5)
-        return IsChinese(kind.role) && kind.isTraditional ? kind.weight * recipe.big5Weight : 0;
+        return IsChinese(kind.role) && kind.isTraditional ? share * recipe.big5Weight : 0;
     const double world = candidate == CANDIDATE_GBK ? 0 : recipe.worldPart;
-    if (kind.role == Role::WORLD) return world * kind.drawn / m_drawn;
+    if (kind.role == Role::WORLD) return world * share;
     const double part = recipe.TraditionalPart(candidate) / 100.0;
-    return (1 - world) * kind.weight * (kind.isTraditional ? part : 1 - part);
+    return (1 - world) * share * (kind.isTraditional ? part : 1 - part);
 }
 
 double CLikelihood::Alone(const Class& c, wchar_t character) const

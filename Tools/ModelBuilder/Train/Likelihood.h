@@ -40,7 +40,8 @@ private:
 
     const Ingredients& m_from;
     std::vector<Class> m_classes;  // of Chinese text and of the world's
-    double m_drawn = 0;            // of the world's classes, summed
+    double m_scripts[2];           // the classes' weights, summed: of Simplified and of Traditional text
+    double m_world;                // and of the world's
     Class m_ascii{};
 };
 
