@@ -23,13 +23,14 @@ void PrintWrapped(const std::string& text, std::ostream& out)
 {
     constexpr size_t WIDTH = 100;
     std::istringstream words(text);
+    if (text.empty()) return;
     std::string line = "   ";
     for (std::string word; words >> word; line += ' ' + word) {
         if (line.size() + 1 + word.size() <= WIDTH) continue;
         out << line << '\n';
         line = "   ";
     }
-    out << line << "\n\n";
+    out << line << '\n';
 }
 }  // namespace
 
