@@ -19,15 +19,6 @@ Weights Gradient(const Weights& sum, Candidate answer)
     return share;
 }
 
-// Whether a pair says something for UTF-8 by itself. The beginning of a hanzi is no more than that, and a
-// frequent pair of GBK: its third byte will tell.
-bool MayLearnUtf8(const std::string& pair)
-{
-    const unsigned first = ByteAt(pair, 0), second = ByteAt(pair, 1);
-    if (IsUtf8Tail(first)) return IsUtf8Tail(second);
-    return IsPartOfUtf8(pair) && !(first >= 0xE4 && first <= 0xE9);
-}
-
 constexpr double OUT_OF_QUESTION = 1000;  // nats
 }  // namespace
 
@@ -56,7 +47,8 @@ Feature CRegression::NewFeature(const StateName& name, const CPriors& priors)
     if (feature.pair && ByteAt(name.path, 0) >= 0x80) {
         m_parameters.back().weight = m_parameters.back().origin = priors.Of(name.path);
         feature.counted = !IsPartOfUtf8(name.path);
-        feature.utf8 = MayLearnUtf8(name.path);
+        feature.utf8 =
+            !feature.counted || (IsUtf8Tail(ByteAt(name.path, 0)) && IsUtf8Tail(ByteAt(name.path, 1)));
     }
     if (!feature.counted) feature.group = GroupParameter((feature.ascii ? "ascii " : "") + GroupOf(name));
     return feature;
