@@ -45,8 +45,8 @@ TEST(Sampler, DrawsInProportionToTheCounts)
                  {{L'a', 3 / 9.0 * 9 / 19}, {L'b', 6 / 9.0 + 3 / 9.0 * 7 / 19}, {L'c', 3 / 9.0 * 3 / 19}});
 
     CRandom random(1);
-    EXPECT_EQ(sampler.Text(50, random, true).find(L'\n'), std::wstring::npos);
-    const std::wstring text = sampler.Text(50, random);
+    EXPECT_EQ(sampler.Text(50, 50, random, true).find(L'\n'), std::wstring::npos);
+    const std::wstring text = sampler.Text(50, 50, random);
     EXPECT_EQ(text.size(), 50U);
     EXPECT_NE(text.find(L'\n'), std::wstring::npos);
 }

@@ -42,12 +42,13 @@ constexpr Range ART[] = {{0x2500, 75}, {0x2550, 36}, {0x2550, 36}, {0x2581, 15},
                          {0x203B, 1},  {0x2014, 1},  {0x2026, 1},  {0x25CF, 1},  {0xFE4F, 1}, {0x2502, 1}};
 }  // namespace
 
-void InsertRun(std::wstring& text, CRandom& random)
+void InsertRun(std::wstring& text, const Recipe& recipe, CRandom& random)
 {
-    const auto& range = random.Chance(65) ? COMMON_SIGNS[random.Below(std::size(COMMON_SIGNS))]
-                                          : RARE_SIGNS[random.Below(std::size(RARE_SIGNS))];
-    const size_t length = 1 + random.Below(6);
-    const bool same = random.Chance(40);
+    const auto& range = random.Chance(recipe.commonSigns)
+                            ? COMMON_SIGNS[random.Below(std::size(COMMON_SIGNS))]
+                            : RARE_SIGNS[random.Below(std::size(RARE_SIGNS))];
+    const size_t length = 1 + random.Below(recipe.longestRun);
+    const bool same = random.Chance(recipe.sameSign);
     const size_t at = random.Below(text.size() + 1);
     std::wstring run;
     wchar_t drawn = 0;
@@ -58,7 +59,7 @@ void InsertRun(std::wstring& text, CRandom& random)
     text.insert(at, run);
 }
 
-void InsertSigns(std::wstring& text, CRandom& random)
+void InsertSigns(std::wstring& text, const Recipe& recipe, CRandom& random)
 {
     static const std::wstring SIGNS =
         L"\u00A9\u00AE\u2122\u20AC\u00A3\u00A5\u00A7\u00B6\u00B0\u00B5\u00B1\u00D7\u00F7\u00BD\u00BC\u00B2"
@@ -69,77 +70,80 @@ void InsertSigns(std::wstring& text, CRandom& random)
         L"\u00BF\u00A1"
         L"\u00E9\u00E8\u00FC\u00F1\u00E7\u00E5\u00F8\u00DF\u0142\u00F6\u00E4\u00E1\u00ED\u00F3\u00FA\u00E0"
         L"\u00EF\u00C9";
-    const bool same = random.Chance(50);
+    const bool same = random.Chance(recipe.sameSignInEnglish);
     wchar_t sign = SIGNS[random.Below(SIGNS.size())];
-    for (uint32_t count = 1 + random.Below(3); count > 0; --count) {
+    for (uint32_t count = 1 + random.Below(recipe.mostSigns); count > 0; --count) {
         text.insert(random.Below(text.size() + 1), 1, sign);
         if (!same) sign = SIGNS[random.Below(SIGNS.size())];
     }
 }
 
-void InsertEmoji(std::wstring& text, CRandom& random)
+void InsertEmoji(std::wstring& text, const Recipe& recipe, CRandom& random)
 {
     static constexpr Range EMOJI[] = {
         {0x1F300, 768}, {0x1F600, 80}, {0x1F900, 256}, {0x1F1E6, 26}, {0x2600, 200}};
     std::wstring run;
-    for (uint32_t count = 1 + random.Below(3); count > 0; --count) {
+    for (uint32_t count = 1 + random.Below(recipe.mostEmoji); count > 0; --count) {
         run += DrawFrom(EMOJI[random.Below(std::size(EMOJI))], random);
-        if (random.Chance(20)) run += static_cast<wchar_t>(0x1F3FB + random.Below(5));
-        if (random.Chance(30)) run += L'\xFE0F';
-        if (count > 1 && random.Chance(40)) run += L'\x200D';
+        if (random.Chance(recipe.emojiSkin)) run += static_cast<wchar_t>(0x1F3FB + random.Below(5));
+        if (random.Chance(recipe.emojiForm)) run += L'\xFE0F';
+        if (count > 1 && random.Chance(recipe.emojiJoined)) run += L'\x200D';
     }
     text.insert(random.Below(text.size() + 1), run);
 }
 
-std::wstring Art(size_t length, CRandom& random)
+std::wstring Art(size_t length, const Recipe& recipe, CRandom& random)
 {
     static const std::wstring ASCII = L"  |-+=*/\\_:.[]()<>#0123456789\n";
     std::wstring text;
-    const bool hasAscii = random.Chance(60);
+    const bool hasAscii = random.Chance(recipe.artWithAscii);
     while (text.size() < length) {
         const Range& range = ART[random.Below(std::size(ART))];
-        const bool isAscii = hasAscii && random.Chance(40);
+        const bool isAscii = hasAscii && random.Chance(recipe.asciiInArt);
         const wchar_t sign = isAscii ? ASCII[random.Below(ASCII.size())] : DrawFrom(range, random);
-        const size_t run = random.Chance(50) ? 1 : 1 + random.Below(16);
+        const size_t run = random.Chance(recipe.singleInArt) ? 1 : 1 + random.Below(recipe.longestArtRun);
         for (size_t i = 0; i < run; ++i)
-            text += isAscii || random.Chance(80) ? sign : DrawFrom(range, random);
+            text += isAscii || random.Chance(recipe.sameInArtRun) ? sign : DrawFrom(range, random);
     }
-    if (random.Chance(40)) InsertEscapes(text, random);
+    if (random.Chance(recipe.escapesInArt)) InsertEscapes(text, recipe, random);
     return text;
 }
 
-void InsertFourBytes(std::string& bytes, CRandom& random)
+void InsertFourBytes(std::string& bytes, const Recipe& recipe, CRandom& random)
 {
     std::vector<size_t> places;  // between two characters
     for (size_t i = 0; i <= bytes.size(); i += i < bytes.size() && IsLead(ByteAt(bytes, i)) ? 2 : 1)
         places.push_back(i);
     std::string run;
-    for (uint32_t count = 1 + random.Below(3); count > 0; --count) {
-        const bool isBeyond = random.Chance(50);  // U+FFFF
-        run += TwoBytes(isBeyond ? 0x95 + random.Below(4) : 0x81 + random.Below(4), 0x30 + random.Below(10));
-        run += TwoBytes(0x81 + random.Below(126), 0x30 + random.Below(10));
+    for (uint32_t count = 1 + random.Below(recipe.mostFourByte); count > 0; --count) {
+        const bool isBeyond = random.Chance(recipe.fourByteBeyond);  // U+FFFF
+        for (const auto& [first, leads] : {std::pair{isBeyond ? 0x95U : 0x81U, 4U}, {0x81U, 126U}}) {
+            const uint32_t digit = random.Below(10U), lead = random.Below(leads);
+            run += TwoBytes(first + lead, '0' + digit);
+        }
     }
     bytes.insert(places[random.Below(places.size())], run);
 }
 
-void InsertEscapes(std::wstring& text, CRandom& random)
+void InsertEscapes(std::wstring& text, const Recipe& recipe, CRandom& random)
 {
     static const wchar_t* const ESCAPES[] = {L"\x1b[m",        L"\x1b[1;33m",    L"\x1b[32m",
                                              L"\x1b[0;37;44m", L"\x1b[1;31;40m", L"\x1b[K"};
-    for (uint32_t runs = 1 + random.Below(4); runs > 0; --runs) {
+    for (uint32_t runs = 1 + random.Below(recipe.mostEscapes); runs > 0; --runs) {
         const wchar_t* escape =
             ESCAPES[random.Below(6)];  // drawn before the place: the order is part of the result
         text.insert(random.Below(static_cast<uint32_t>(text.size() + 1)), escape);
     }
 }
 
-void Damage(std::string& bytes, CRandom& random)
+void Damage(std::string& bytes, const Recipe& recipe, CRandom& random)
 {
-    if (bytes.size() < 10) return;
-    const uint32_t kind = random.Below(100);
-    if (kind < 7) bytes.erase(0, 1);
-    if (kind >= 5 && kind < 10) bytes.pop_back();
-    if (kind >= 10 && kind < 12) {
+    if (bytes.size() < recipe.leastDamaged) return;
+    // Some lose a byte at both ends; what a byte was put into has lost none.
+    const uint32_t kind = random.Below(100), cut = recipe.cutFront + recipe.cutBack - recipe.cutBoth;
+    if (kind < recipe.cutFront) bytes.erase(0, 1);
+    if (kind >= recipe.cutFront - recipe.cutBoth && kind < cut) bytes.pop_back();
+    if (kind >= cut && kind < cut + recipe.strayByte) {
         const auto stray = static_cast<char>(random.Below(256));
         bytes.insert(random.Below(static_cast<uint32_t>(bytes.size())), 1, stray);
     }

@@ -39,10 +39,10 @@ wchar_t CSampler::After(wchar_t last, CRandom& random) const
     return found == end ? Any(random) : m_next[static_cast<size_t>(found - m_upTo.begin())];
 }
 
-std::wstring CSampler::Text(size_t length, CRandom& random, bool joined) const
+std::wstring CSampler::Text(size_t length, uint32_t startsLine, CRandom& random, bool joined) const
 {
     std::wstring text;
-    wchar_t last = random.Chance(50) ? L'\n' : Any(random);
+    wchar_t last = random.Chance(startsLine) ? L'\n' : Any(random);
     if (last != L'\n') text += last;
     while (text.size() < length) {
         last = After(last, random);

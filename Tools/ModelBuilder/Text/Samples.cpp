@@ -73,7 +73,7 @@ std::string CSampleSource::Ascii(size_t length, CRandom& random) const
 {
     if (random.Chance(m_recipe.machineText)) return MachineText(length, random);
     std::string bytes;
-    for (const wchar_t c : m_samplers[m_ascii].Text(length + 8, random)) {
+    for (const wchar_t c : m_samplers[m_ascii].Text(length + 8, m_recipe.startsLine, random)) {
         if (c >= 0x80) continue;
         if (c == L'\n' && length % 3 == 0) bytes += '\r';
         bytes += static_cast<char>(c);
@@ -94,7 +94,7 @@ std::wstring CSampleSource::Chinese(bool traditional, size_t length, CRandom& ra
         if (drawn >= upTo) continue;
         const bool joined = drawn * 100 >= (100 - m_recipe.joinedWords) * all ||
                             (kind.role == Role::PROSE && length < m_recipe.joinedProse);
-        return m_samplers[i].Text(length, random, joined);
+        return m_samplers[i].Text(length, m_recipe.startsLine, random, joined);
     }
     return L"";
 }
@@ -105,9 +105,9 @@ std::wstring CSampleSource::Sparse(bool traditional, size_t length, CRandom& ran
     const std::string ascii = Ascii(length, random);
     std::wstring text(ascii.begin(), ascii.end());
     uint32_t words = 1;
-    if (random.Chance(m_recipe.moreWords)) words += random.Below(3);
+    if (random.Chance(m_recipe.moreWords)) words += random.Below(m_recipe.mostMoreWords);
     for (; words > 0; --words) {
-        const std::wstring word = Chinese(traditional, 1 + random.Below(3), random);
+        const std::wstring word = Chinese(traditional, 1 + random.Below(m_recipe.longestWord), random);
         text.insert(random.Below(text.size() + 1), word);
     }
     return text;
@@ -119,7 +119,9 @@ void CSampleSource::DrawRareHanzi(std::wstring& text, Candidate candidate, CRand
     for (wchar_t& c : text) {
         if (c < 0x4E00 || c > 0x9FFF || !random.Chance(m_recipe.rareHanzi)) continue;
         const uint32_t kind = random.Below(10);
-        const auto& level = m_hanzi[kind < 5 ? LEVEL_COMMON : kind < 9 ? LEVEL_RARE : LEVEL_OUTSIDE];
+        const auto& level = m_hanzi[kind < m_recipe.commonHanzi                          ? LEVEL_COMMON
+                                    : kind < m_recipe.commonHanzi + m_recipe.secondHanzi ? LEVEL_RARE
+                                                                                         : LEVEL_OUTSIDE];
         const wchar_t rare = level[random.Below(level.size())];
         if (m_from.encoder.Has(candidate, rare)) c = rare;
     }
@@ -128,8 +130,8 @@ void CSampleSource::DrawRareHanzi(std::wstring& text, Candidate candidate, CRand
 void CSampleSource::AddOddities(std::wstring& text, Candidate candidate, CRandom& random) const
 {
     const bool isShort = text.size() <= 4;  // where one oddity would be all there is
-    if (!isShort && random.Chance(m_recipe.runs)) InsertRun(text, random);
-    if (text.size() > 16 && random.Chance(m_recipe.escapes)) InsertEscapes(text, random);
+    if (!isShort && random.Chance(m_recipe.runs)) InsertRun(text, m_recipe, random);
+    if (text.size() > 16 && random.Chance(m_recipe.escapes)) InsertEscapes(text, m_recipe, random);
     if (random.Chance(m_recipe.windowsLineEnds)) EndLinesAsWindows(text);
     if (!isShort && random.Chance(m_recipe.rareHanziSamples)) DrawRareHanzi(text, candidate, random);
 }
@@ -138,7 +140,8 @@ std::string CSampleSource::DrawForeign(size_t kind, CRandom& random) const
 {
     const size_t length = 64 + random.Below(200);
     std::string bytes;
-    for (const wchar_t token : m_samplers[kind].Text(length, random)) bytes += BytesOfToken(token);
+    for (const wchar_t token : m_samplers[kind].Text(length, m_recipe.startsLine, random))
+        bytes += BytesOfToken(token);
     return bytes;
 }
 
@@ -156,7 +159,7 @@ std::wstring CSampleSource::World(size_t length, CRandom& random) const
     for (size_t i = 0; i < m_samplers.size(); ++i) {
         if (m_from.classes[i].kind.role != Role::WORLD) continue;
         upTo += m_from.classes[i].kind.weight;
-        if (drawn < upTo) return m_samplers[i].Text(length, random);
+        if (drawn < upTo) return m_samplers[i].Text(length, m_recipe.startsLine, random);
     }
     return L"";
 }
@@ -170,21 +173,23 @@ Sample CSampleSource::DrawWorld(CRandom& random) const
     if (random.Chance(m_recipe.signs)) {
         const std::string ascii = Ascii(length, random);
         text.assign(ascii.begin(), ascii.end());
-        InsertSigns(text, random);
+        InsertSigns(text, m_recipe, random);
     } else {
         text = World(length, random);
     }
-    if (random.Chance(m_recipe.emoji)) InsertEmoji(text, random);
+    if (random.Chance(m_recipe.emoji)) InsertEmoji(text, m_recipe, random);
     if (random.Chance(m_recipe.windowsLineEnds)) EndLinesAsWindows(text);
     sample.bytes = m_from.encoder.Encode(sample.answer, text);
-    if (sample.answer == CANDIDATE_UTF8) Damage(sample.bytes, random);
+    if (sample.answer == CANDIDATE_UTF8) Damage(sample.bytes, m_recipe, random);
     if (IsAscii(sample.bytes) && sample.answer == CANDIDATE_UTF8) sample.answer = CANDIDATE_GBK;
     return sample;
 }
 
 std::string CSampleSource::DrawOtherUnicode(OtherUnicode kind, CRandom& random) const
 {
-    const std::wstring text = Chinese(random.Chance(50), 16 + random.Below(64), random);
+    const size_t length = 16 + random.Below(64);
+    const bool traditional = random.Chance(m_recipe.traditionalInUnicode);
+    const std::wstring text = Chinese(traditional, length, random);
     std::string bytes;
     for (const wchar_t c : text) {
         const std::string pair =
@@ -209,16 +214,20 @@ Sample CSampleSource::DrawChinese(CRandom& random) const
         sample.answer == CANDIDATE_BIG5 || random.Chance(m_recipe.TraditionalPart(sample.answer));
     if (sample.answer == CANDIDATE_BIG5) sample.weight = m_recipe.big5Weight;
     const size_t length = DrawLength(m_recipe, random);
-    std::wstring text = length > 8 && random.Chance(m_recipe.artSamples)
-                            ? Art(length, random) + Chinese(traditional, random.Below(4), random)
-                        : length > 8 && random.Chance(m_recipe.sparseSamples)
-                            ? Sparse(traditional, length, random)
-                            : Chinese(traditional, length, random);
+    std::wstring text;
+    if (length > 8 && random.Chance(m_recipe.artSamples)) {
+        const std::wstring title = Chinese(traditional, random.Below(m_recipe.titleOfArt), random);
+        text = Art(length, m_recipe, random) + title;
+    } else if (length > 8 && random.Chance(m_recipe.sparseSamples)) {
+        text = Sparse(traditional, length, random);
+    } else {
+        text = Chinese(traditional, length, random);
+    }
     AddOddities(text, sample.answer, random);
     sample.bytes = m_from.encoder.Encode(sample.answer, text);
     if (sample.answer == CANDIDATE_GBK && random.Chance(m_recipe.fourByteSamples))
-        InsertFourBytes(sample.bytes, random);
-    Damage(sample.bytes, random);
+        InsertFourBytes(sample.bytes, m_recipe, random);
+    Damage(sample.bytes, m_recipe, random);
     if (IsAscii(sample.bytes) && sample.answer != CANDIDATE_UNICODE) sample.answer = CANDIDATE_GBK;
     return sample;
 }

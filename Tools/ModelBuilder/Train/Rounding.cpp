@@ -48,7 +48,6 @@ wchar_t UnitOf(const std::string& pair)
 // By twos from the first byte beyond ASCII on, as the automaton reads what it does not know.
 ForeignPairs CountForeignPairs(const Ingredients& from, const CSampleSource& source)
 {
-    constexpr size_t SAMPLES = 4000;
     constexpr uint64_t SEED = 300;  // any number does
     ForeignPairs most(0x10000);
     for (size_t kind = 0; kind < from.classes.size(); ++kind) {
@@ -56,7 +55,7 @@ ForeignPairs CountForeignPairs(const Ingredients& from, const CSampleSource& sou
         CRandom random(SEED + kind);
         std::vector<double> counts(0x10000);
         double all = 0;
-        for (size_t n = 0; n < SAMPLES; ++n) {
+        for (size_t n = 0; n < from.recipe.pairSamples; ++n) {
             const std::string bytes = source.DrawForeign(kind, random);
             for (size_t i = 0; i + 1 < bytes.size(); ++i) {
                 if (!IsLead(ByteAt(bytes, i)) || ByteAt(bytes, i + 1) < 0x40) continue;
