@@ -55,14 +55,14 @@ private:
 std::wstring Prose(bool traditional)
 {
     CRandom random(1);
-    return CCommon(traditional).Of(Sampler(traditional ? "hant-prose" : "hans-prose").Text(WHOLE, random));
+    return CCommon(traditional).Of(Sampler(traditional ? "hant-prose" : "hans-prose").Text(WHOLE, 50, random));
 }
 
 // Lines of programs and prose in English with a remark in Chinese behind some.
 std::wstring Mixed(bool traditional, const std::wstring& prose)
 {
     CRandom random(2);
-    const std::wstring english = CCommon(traditional).Of(Sampler("ascii").Text(WHOLE, random));
+    const std::wstring english = CCommon(traditional).Of(Sampler("ascii").Text(WHOLE, 50, random));
     std::wstring text;
     size_t hanzi = 0, from = 0;
     for (const wchar_t c : english) {
