@@ -171,8 +171,8 @@ TEST(Detection, LeavesUndecidedWhatIsNotChinese)
     EXPECT_GE(right, 4995);
 }
 
-// Two characters are the most frequent reading of their bytes, a sign beyond U+FFFF is text in UTF-8, and
-// what French puts around words in Latin-1 is none of ours.
+// Two characters are the most frequent reading of their bytes; text of other languages is known in UTF-8 and
+// UTF-16LE, and so is what lies beyond U+FFFF.
 TEST(Detection, KnowsShortTextsAndSigns)
 {
     const LoadedModel model;
@@ -191,8 +191,15 @@ TEST(Detection, KnowsShortTextsAndSigns)
         {"a word and a sign", "Hi \xF0\x9F\x91\x8D\n", ENCODE_UTF8},
         {"a hanzi and a sign", "\xE5\xA5\xBD\xF0\x9F\x91\x8D", ENCODE_UTF8},
         {"a flag", "\xF0\x9F\x87\xA8\xF0\x9F\x87\xB3", ENCODE_UTF8},
-        {"quotation marks", "\xAB\xA0Non\xA0\xBB\n", ENCODE_UNKNOWN},
-        {"and a stop behind them", "\xAB\xA0Venez\xA0!\xA0\xBB dit-elle.\n", ENCODE_UNKNOWN},
+        {"an accent", "caf\xC3\xA9", ENCODE_UTF8},
+        {"a sign among ASCII", "\xC2\xA9 2024 by us", ENCODE_UTF8},
+        {"Russian", "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82", ENCODE_UTF8},
+        {"Burmese", "\xE1\x80\x99\xE1\x80\xBC\xE1\x80\x94\xE1\x80\xBA\xE1\x80\x99\xE1\x80\xAC", ENCODE_UTF8},
+        {"Russian in UTF-16LE", std::string("\x1F\4@\4\x38\4\x32\4\x35\4\x42\4", 12), ENCODE_UNICODE},
+        {"a hanzi beyond U+FFFF", "\xE4\xBB\x96\xE5\x9C\xA8\xF0\xA0\xAE\xB7\xE9\x87\x8E", ENCODE_UTF8},
+        {"a hanzi behind a mark", "\xFF\xFE\x2D\x4E", ENCODE_UNICODE},
+        {"the mark of UTF-32", std::string("\xFF\xFE\0\0\x2D\x4E\0\0", 8), ENCODE_UNKNOWN},
+        {"ASCII in UTF-32", std::string("a\0\0\0b\0\0\0c\0\0\0", 12), ENCODE_UNKNOWN},
     };
     for (const auto& c : cases) EXPECT_EQ(Detect(c.text), c.code) << c.what;
     const std::string novel = ReadBytes(CODETRANS_SOURCE_DIRECTORY "/Test/Samples/fiction-hans.gbk");
