@@ -55,7 +55,8 @@ private:
 std::wstring Prose(bool traditional)
 {
     CRandom random(1);
-    return CCommon(traditional).Of(Sampler(traditional ? "hant-prose" : "hans-prose").Text(WHOLE, 50, random));
+    return CCommon(traditional)
+        .Of(Sampler(traditional ? "hant-prose" : "hans-prose").Text(WHOLE, 50, random));
 }
 
 // Lines of programs and prose in English with a remark in Chinese behind some.

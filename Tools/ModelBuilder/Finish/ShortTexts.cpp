@@ -180,8 +180,8 @@ private:
                                 ByteAt(bytes, 0) >= 0x80 &&
                                 twin == StateName{.region = REGION_MAIN, .path = bytes.substr(2)};
         if (isSequence || twin == inMain) return inMain;
-        // A text with ASCII in it is all there is only where it starts the buffer, and two letters of UTF-8 are
-        // hardly ever a text of their own.
+        // A text with ASCII in it is all there is only where it starts the buffer, and two letters of UTF-8
+        // are hardly ever a text of their own.
         const bool isUtf8 = bytes.size() == 4 && IsPartOfUtf8(bytes) && IsPartOfUtf8(bytes.substr(2));
         const bool isWord = bytes.size() == 4 && ByteAt(bytes, 0) >= 0x80 && !isUtf8;
         return {.region = isWord ? REGION_WORD : REGION_START, .path = bytes};

@@ -21,7 +21,8 @@ public:
     // A character that may follow `last`.
     wchar_t After(wchar_t last, CRandom& random) const;
 
-    // `length` characters of running text; `startsLine` percent of them begin where a line does. Line ends that come up are kept, or left out when `joined`.
+    // `length` characters of running text; `startsLine` percent of them begin where a line does. Line ends
+    // that come up are kept, or left out when `joined`.
     std::wstring Text(size_t length, uint32_t startsLine, CRandom& random, bool joined = false) const;
 
 private:
