@@ -78,6 +78,8 @@ const Backups::Record& Backups::RecordOf(const fs::path& folder)
 {
     const auto [place, isNew] = m_records.try_emplace(folder);
     if (!isNew) return place->second;
+    std::error_code error;
+    if (!fs::is_regular_file(folder / RECORD, error)) return place->second;
     std::ifstream file(folder / RECORD);
     for (std::string line; std::getline(file, line);) {
         const size_t tab = line.find('\t');
