@@ -24,11 +24,11 @@ namespace fs = std::filesystem;
 namespace
 {
 constexpr const char* WORDS[] = {
-    "detect",    "convert",     "doctor",     "--to",     "--from",    "utf-8",    "gbk",
-    "utf-16le",  "big5",        "--in-place", "--backup", ".orig",     "-o",       "out",
-    "new.txt",   "-",           ".",          "a.txt",    "b.txt",     "folder",   "--recursive",
-    "--jobs",    "2",           "--json",     "--lossy",  "--bom",     "--no-bom", "--quiet",
-    "--verbose", "--directory", "../odd",     "--",       "--version", "--help",   "missing"};
+    "detect",    "convert",    "doctor",   "--to",    "--from",      "utf-8",       "gbk",     "utf-16le",
+    "big5",      "--in-place", "--backup", ".orig",   "-o",          "out",         "new.txt", "-",
+    ".",         "a.txt",      "b.txt",    "folder",  "--recursive", "--jobs",      "2",       "--json",
+    "--lossy",   "--bom",      "--no-bom", "--quiet", "--verbose",   "--directory", "../odd",  "--",
+    "--version", "--help",     "missing",  "--force"};
 
 bool s_hasWorkers = false;
 
@@ -131,7 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     REQUIRE(LowestFreeDescriptor() == descriptor && fs::current_path() == outer.Path("inner"));
     const auto after = Files();
     if (status == WRONG_USAGE || !Any(arguments, "convert")) REQUIRE(after == before);
-    if (!Any(arguments, ".codetrans"))
-        for (const auto& [name, bytes] : after) REQUIRE(name.find(".codetrans") == std::string::npos);
+    if (!Any(arguments, ".codetrans-"))
+        for (const auto& [name, bytes] : after) REQUIRE(name.find(".codetrans-") == std::string::npos);
     return 0;
 }

@@ -65,6 +65,8 @@ struct CommandLine {
                 "Big5 can be read but not written: the library has no encoder for it; "
                 "choose utf-8, gbk or utf-16le"};
         if (mark && convert.to == ENCODE_GBK) throw UsageError{"GBK has no byte-order mark"};
+        if (convert.force && from.empty())
+            throw UsageError{"--force needs --from, which says what the files are"};
         if (mark || noMark) convert.mark = mark;
         if (convert.inPlace && !convert.out.empty()) throw UsageError{"--in-place and -o exclude each other"};
         if (!convert.backupSuffix.empty() && !convert.inPlace) throw UsageError{"--backup needs --in-place"};
@@ -117,12 +119,16 @@ CLI::App* AddConvert(CLI::App& app, CommandLine& line)
         ->add_option("--output,-o", options.out, "File to write, or folder for several; - is standard output")
         ->type_name("OUT");
     command->add_flag("--in-place,-i", options.inPlace, "Replace each file by its converted form");
-    command->add_option("--backup", options.backupSuffix, "Keep the old file under its name and this suffix")
+    command
+        ->add_option("--backup", options.backupSuffix,
+                     "Keep the old file under its name and this suffix; never converted with its folder")
         ->type_name("SUFFIX");
     CLI::Option* const mark =
         command->add_flag("--bom", line.mark, "Write a byte-order mark (default for utf-16le)");
     command->add_flag("--no-bom", line.noMark, "Write none (default for utf-8)")->excludes(mark);
     command->add_flag("--lossy", options.lossy, "Convert although characters are lost, and say how many");
+    command->add_flag("--force", options.force,
+                      "Convert as --from says, although a file seems to be converted already or to be UTF-8");
     command->footer(std::string(CONVERT_EXAMPLES) + STATUSES);
     return command;
 }

@@ -23,6 +23,7 @@ struct ConvertOptions {
     std::optional<int> from;
     std::string out;  // empty: in place, or standard output
     bool inPlace = false, recursive = false, lossy = false;
+    bool force = false;  // follow `from`, although the file seems to be in the target encoding already
     std::string backupSuffix;
     std::optional<bool> mark;  // as asked for
     size_t jobs = 1;

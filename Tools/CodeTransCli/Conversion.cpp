@@ -98,12 +98,19 @@ public:
             const Block block = Decode(text, m_from, BLOCK_BYTES);
             const std::string written = Encode(block.units, m_to);
             const std::vector<size_t> lost = FindLost(block, written, m_to);
-            m_losses.count += lost.size();
-            if (!lost.empty() && m_losses.described.size() < m_describe)
-                DescribeLost(text, block, lost);
-            else
-                for (const char16_t unit : block.units) m_place.Pass(unit);
+            PassBlock(text, block, lost);
             sink(written, block.consumed);
+            text.remove_prefix(block.consumed);
+        }
+    }
+
+    // As Run, without a result. Characters beyond U+FFFF are read.
+    void Read(std::string_view text)
+    {
+        while (!text.empty()) {
+            const Block block = Decode(text, m_from, BLOCK_BYTES);
+            const std::vector<size_t> unreadable = Unreadable(text, block);
+            PassBlock(text, block, unreadable);
             text.remove_prefix(block.consumed);
         }
     }
@@ -111,6 +118,28 @@ public:
     Losses Take() { return std::move(m_losses); }
 
 private:
+    std::vector<size_t> Unreadable(std::string_view text, const Block& block) const
+    {
+        std::vector<size_t> unreadable;
+        auto next = block.lost.begin();
+        for (size_t i = 0; next != block.lost.end(); ++i) {
+            const Character character = FirstCharacter(text, m_from);
+            if (*next == i && character.form != Form::BEYOND) unreadable.push_back(i);
+            if (*next == i) ++next;
+            text.remove_prefix(character.length);
+        }
+        return unreadable;
+    }
+
+    void PassBlock(std::string_view text, const Block& block, const std::vector<size_t>& lost)
+    {
+        m_losses.count += lost.size();
+        if (!lost.empty() && m_losses.described.size() < m_describe)
+            DescribeLost(text, block, lost);
+        else
+            for (const char16_t unit : block.units) m_place.Pass(unit);
+    }
+
     // Walks the block's source once more, now with an eye on places.
     void DescribeLost(std::string_view text, const Block& block, const std::vector<size_t>& lost)
     {
@@ -147,5 +176,13 @@ Losses Convert(std::string_view text, int from, int to, size_t describe, const S
 {
     Converter converter(from, to, describe);
     converter.Run(text, sink);
+    return converter.Take();
+}
+
+Losses FindUnreadable(std::string_view text, int encoding, size_t describe)
+{
+    if (encoding == ENCODE_UTF8 && IsFlawlessUtf8(text)) return {};
+    Converter converter(encoding, encoding, describe);
+    converter.Read(text);
     return converter.Take();
 }

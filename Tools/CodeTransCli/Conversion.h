@@ -28,4 +28,7 @@ using Sink = std::function<void(std::string_view bytes, size_t consumed)>;
 // `text` has no byte-order mark, and none is written. Describes at most `describe` losses.
 Losses Convert(std::string_view text, int from, int to, size_t describe, const Sink& sink);
 
+// What of `text` is no character of `encoding`; a character beyond U+FFFF is one.
+Losses FindUnreadable(std::string_view text, int encoding, size_t describe);
+
 #endif  // CODETRANSCLI_CONVERSION_H

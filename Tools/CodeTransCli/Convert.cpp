@@ -4,14 +4,15 @@
 #include <iostream>
 #include <set>
 
-#include "Characters.h"
 #include "Commands.h"
 #include "Conversion.h"
+#include "Decision.h"
 #include "Encoding.h"
 #include "Identity.h"
 #include "Names.h"
 #include "Session.h"
 #include "Source.h"
+#include "StrayLines.h"
 #include "Target.h"
 
 namespace fs = std::filesystem;
@@ -43,44 +44,46 @@ public:
 
     Report Run()
     {
-        m_identity = Identify(m_source.Bytes());
-        if (const std::string doubt = Doubt(); !doubt.empty()) return Passed(doubt);
-        const bool ascii = m_identity.ascii && m_options.to != ENCODE_UNICODE;
-        if (m_identity.code == m_options.to || ascii || m_source.Bytes().empty()) return Same();
-        return Other();
+        const Decision decision = Decide(m_source.Bytes(), m_options);
+        m_identity = decision.identity;
+        if (!m_identity.doubt.empty()) return Passed();
+        if (const Losses stray = Stray(decision.same); stray.count > 0) return Mixed(stray);
+        return decision.same ? Same(decision.reached) : Other();
     }
 
 private:
-    // Why nothing can be done, or empty. Settles the source's encoding.
-    std::string Doubt()
+    // What stands in another encoding than the rest. A conversion finds by itself what it cannot read.
+    Losses Stray(bool same) const
     {
-        if (!m_options.from)
-            return m_identity.binary ? "binary; --from ENC converts it as text" : m_identity.doubt;
-        if (IsTargetBeyondDoubt()) return {};
-        const bool contradicted = m_identity.mark != 0 && m_identity.code != *m_options.from;
-        if (contradicted) return std::string("has the byte-order mark of ") + EncodingName(m_identity.code);
-        m_identity.code = *m_options.from;
-        m_identity.ascii = m_identity.ascii && *m_options.from != ENCODE_UNICODE;
-        return {};
+        const std::string_view text = m_source.Bytes().substr(m_identity.mark);
+        Losses stray;
+        if (!m_options.force) stray = FindUtf8Lines(text, m_identity.code, Shown());
+        if (same && stray.count == 0) stray = FindUnreadable(text, m_identity.code, Shown());
+        return stray;
     }
 
-    // Then --from is wrong by now: a second run must not convert what the first one wrote.
-    bool IsTargetBeyondDoubt() const
+    Report Mixed(const Losses& stray) const
     {
-        const bool flawless = m_options.to == ENCODE_UTF8 && IsFlawlessUtf8(m_source.Bytes());
-        return m_identity.code == m_options.to && (m_identity.mark != 0 || flawless);
+        const std::string name = EncodingName(m_identity.code);
+        const bool readable = m_identity.code != m_options.to;  // though not as it was meant
+        return {Outcome::REFUSED,
+                {},
+                Described(stray) +
+                    Remark(m_input.path, "not converted: not all of it is " + name +
+                                             "; it is damaged or in several encodings" +
+                                             (readable ? "; --from " + name + " --force converts it" : ""))};
     }
 
-    Report Passed(const std::string& why)
+    Report Passed()
     {
         m_progress(m_source.Bytes().size());
         if (m_identity.binary && !m_options.from && m_input.walked)
             return {Outcome::SKIPPED, {}, m_common.quiet ? "" : Remark(m_input.path, "binary, skipped")};
-        return {Outcome::UNDECIDED, {}, Remark(m_input.path, "not converted: " + why)};
+        return {Outcome::UNDECIDED, {}, Remark(m_input.path, "not converted: " + m_identity.doubt)};
     }
 
     // Already as wanted, but for the mark perhaps, if the user asked for one or none.
-    Report Same()
+    Report Same(bool reached)
     {
         const bool marked = m_identity.mark != 0;
         const bool wanted = m_source.Bytes().empty() ? marked : m_options.mark.value_or(marked);
@@ -95,7 +98,11 @@ private:
         if (changes) return Done(marked ? "byte-order mark removed" : "byte-order mark added");
         const std::string what =
             m_source.Bytes().empty() ? "is empty" : std::string("is ") + Already() + " already";
-        return {Outcome::UNTOUCHED, {}, m_common.quiet ? "" : Remark(m_input.path, what + ", left as it is")};
+        const std::string source = m_options.from ? EncodingName(*m_options.from) : "";
+        const std::string hint = reached ? "; --force converts it as " + source : "";
+        return {Outcome::UNTOUCHED,
+                {},
+                m_common.quiet ? "" : Remark(m_input.path, what + ", left as it is" + hint)};
     }
 
     std::string Already() const { return m_identity.ascii ? "ASCII and so " + ToName() : ToName(); }
@@ -128,10 +135,12 @@ private:
         return report;
     }
 
+    size_t Shown() const { return m_common.verbose ? LOSSES_SHOWN_VERBOSE : LOSSES_SHOWN; }
+
     Losses Pass(const Sink& sink) const
     {
-        const size_t shown = m_common.verbose ? LOSSES_SHOWN_VERBOSE : LOSSES_SHOWN;
-        return Convert(m_source.Bytes().substr(m_identity.mark), m_identity.code, m_options.to, shown, sink);
+        return Convert(m_source.Bytes().substr(m_identity.mark), m_identity.code, m_options.to, Shown(),
+                       sink);
     }
 
     Report Refused(const Losses& losses) const
@@ -234,7 +243,7 @@ void Summarise(const OutcomeCounts& counts)
 
 int Convert(const CommonOptions& common, const ConvertOptions& options)
 {
-    Inputs inputs = CollectInputs(options.files, {options.recursive, options.backupSuffix});
+    Inputs inputs = CollectInputs(options.files, {options.recursive, true, options.backupSuffix});
     if (options.inPlace) inputs.DropAliases();
     if (const std::string wrong = WrongUsage(options, inputs); !wrong.empty()) {
         std::cerr << "codetrans: " << wrong << '\n';

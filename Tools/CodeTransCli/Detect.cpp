@@ -52,7 +52,7 @@ Report DetectOne(const Input& input, const DetectOptions& options, size_t width)
 int Detect(const CommonOptions& common, const DetectOptions& options)
 {
     if (!Begin(common)) return FAILED;
-    const Inputs inputs = CollectInputs(options.files, {options.recursive, {}});
+    const Inputs inputs = CollectInputs(options.files, {options.recursive, false, {}});
     size_t width = 0;
     if (isatty(STDOUT_FILENO) == 1)
         for (const Input& input : inputs.files) width = std::max(width, Width(Readable(input.path)));

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "Characters.h"
 #include "Encoding.h"
+#include "Reading.h"
 
 namespace
 {
@@ -37,22 +37,6 @@ bool LooksBinary(std::string_view bytes, int code)
     return TooMany(odd, bytes.size() / step);
 }
 
-bool IsAscii(std::string_view bytes)
-{
-    return std::all_of(bytes.begin(), bytes.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// Text in other encodings is hardly ever flawless UTF-8 by chance, and a few characters of UTF-8 can be
-// mistaken. ASCII in UTF-16LE, every second byte of it zero, is flawless UTF-8 as well and no reason for
-// doubt.
-bool LooksLikeUtf8(std::string_view bytes, int code)
-{
-    const auto zeros = static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '\0'));
-    if (code == ENCODE_UNICODE && zeros > bytes.size() / 8) return false;
-    return IsFlawlessUtf8(bytes);
-}
-
 bool Starts(std::string_view bytes, std::string_view with)
 {
     return bytes.substr(0, with.size()) == with;
@@ -73,15 +57,16 @@ Identity Identify(std::string_view bytes)
         identity.mark = ByteOrderMark(code).size();
         return identity;
     }
-    identity.code = TQ_CodeDetect(bytes.data(), bytes.size());
-    identity.ascii = identity.code == ENCODE_GBK && IsAscii(bytes);
+    identity.code = Settled(bytes, TQ_CodeDetect(bytes.data(), bytes.size()));
+    const bool ascii = identity.code != ENCODE_UTF8 && IsAscii(bytes);
+    identity.ascii = ascii && identity.code == ENCODE_GBK;
     identity.binary = LooksBinary(bytes, identity.code);
     if (identity.binary)
         identity.code = ENCODE_UNKNOWN;
     else if (identity.code == ENCODE_UNKNOWN)
         identity.doubt = "the encoding could not be told; --from ENC names it";
-    else if (identity.code != ENCODE_UTF8 && !identity.ascii && LooksLikeUtf8(bytes, identity.code))
+    else if (ascii && !identity.ascii && !(identity.code == ENCODE_UNICODE && HasManyZeros(bytes)))
         identity.doubt = std::string("looks like ") + EncodingName(identity.code) +
-                         " but is flawless UTF-8 too; --from ENC decides";
+                         " but is ASCII too; --from ENC decides";
     return identity;
 }

@@ -1,4 +1,5 @@
-// What the bytes of a source are: the library's answer, after the byte-order marks, and cross-checked.
+// What the bytes of a source are: by a byte-order mark, by being flawless UTF-8, or else by the library's
+// answer.
 #ifndef CODETRANSCLI_IDENTITY_H
 #define CODETRANSCLI_IDENTITY_H
 

@@ -5,6 +5,7 @@
 #include <set>
 #include <system_error>
 
+#include "Backups.h"
 #include "Report.h"
 
 namespace fs = std::filesystem;
@@ -56,8 +57,10 @@ private:
                 Skip(path, "a folder of version control");
             else
                 Folder(path, top);
-        } else if (EndsIn(name, m_options.backupSuffix)) {
-            Skip(path, "a backup");
+        } else if (IsBackupRecord(name)) {
+            return;
+        } else if (const std::string what = Backup(path); !what.empty()) {
+            Skip(path, what);
         } else if (status.type() == fs::file_type::not_found && fs::is_symlink(path, error)) {
             Skip(path, "a link to " + fs::read_symlink(path, error).string() + ", which is missing");
         } else if (!fs::is_regular_file(status)) {
@@ -67,6 +70,15 @@ private:
         }
     }
 
+    // What kind of backup, or empty.
+    std::string Backup(const fs::path& path)
+    {
+        if (!m_options.passOverBackups) return {};
+        if (EndsIn(path.filename(), m_options.backupSuffix)) return "a backup";
+        const std::string original = m_backups.OriginalOf(path);
+        return original.empty() ? "" : "a backup of " + original;
+    }
+
     void Skip(const fs::path& path, const std::string& why)
     {
         m_inputs.remarks.push_back(Remark(path, why + ", skipped"));
@@ -74,6 +86,7 @@ private:
 
     const WalkOptions& m_options;
     Inputs& m_inputs;
+    Backups m_backups;
 };
 }  // namespace
 

@@ -24,7 +24,8 @@ struct Inputs {
 
 struct WalkOptions {
     bool recursive = false;
-    std::string backupSuffix;  // files that end in it are not walked
+    bool passOverBackups = false;
+    std::string backupSuffix;  // files that end in it are backups, too
 };
 
 // Folders are walked in the order of the names. Links to folders, the folders of version control, and what is

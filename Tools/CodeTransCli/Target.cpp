@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Backups.h"
 #include "Source.h"
 
 namespace fs = std::filesystem;
@@ -146,7 +147,11 @@ void Target::Commit(const struct stat* source, const std::string& backupSuffix)
     }
     if (fsync(m_descriptor) != 0) Fail("cannot flush the new file");
     if (m_temporary.empty()) GiveName();
-    if (!backupSuffix.empty()) KeepAs(m_path, m_path + backupSuffix);
+    if (!backupSuffix.empty()) {
+        KeepAs(m_path, m_path + backupSuffix);
+        const std::string name = fs::path(m_path).filename();
+        RecordBackup(m_folder, name + backupSuffix, name);
+    }
     if (rename(m_temporary.c_str(), m_path.c_str()) != 0) Fail("cannot replace " + m_path);
     m_temporary.clear();
     Flush();

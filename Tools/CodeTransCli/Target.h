@@ -26,7 +26,8 @@ public:
 
     // Keeps the mode of the file replaced, and its owner where the system lets us; a new file gets the mode
     // of the source, if that is a file. Time stamps are the source's. With a suffix, the file replaced stays
-    // under its name and that; a file that is called so already is never overwritten.
+    // under its name and that, and is recorded as a backup; a file that is called so already is never
+    // overwritten.
     void Commit(const struct stat* source, const std::string& backupSuffix);
 
 private:

@@ -17,7 +17,7 @@ _codetrans() {
         detect:-*) COMPREPLY=($(compgen -W "$common --json --recursive --jobs" -- "$word")) ;;
         convert:-*)
             COMPREPLY=($(compgen -W "$common --to --from --output --in-place --backup --recursive --jobs --bom --no-bom
-                --lossy" -- "$word"))
+                --lossy --force" -- "$word"))
             ;;
         doctor:-*) COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
         # No candidates: the shell completes file names, with all their oddities.
