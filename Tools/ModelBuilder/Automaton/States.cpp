@@ -3,8 +3,12 @@
 
 void AddState(States& states, Region region, const std::string& path)
 {
-    for (size_t length = 0; length <= path.size(); ++length)
-        states.try_emplace({.region = region, .path = path.substr(0, length)});
+    StateName name{.region = region, .path = ""};
+    states.try_emplace(name);
+    for (const char byte : path) {
+        name.path += byte;
+        states.try_emplace(name);
+    }
 }
 
 States BasicStates()

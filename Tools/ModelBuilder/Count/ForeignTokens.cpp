@@ -36,7 +36,7 @@ std::wstring TokensOfData(const std::string& bytes)
 
 std::string BytesOfToken(wchar_t token)
 {
-    const auto code = static_cast<unsigned>(token);
+    const unsigned code = static_cast<unsigned>(token) & 0xFFFF;
     if (code < FIRST_PAIR) return OneByte(code & 0xFF);
     return TwoBytes(0x80 + (code - FIRST_PAIR) / TRAILS, 0x40 + (code - FIRST_PAIR) % TRAILS);
 }

@@ -1,12 +1,18 @@
 // Reads the committed figures of a data folder.
 #include "Ingredients.h"
 
+#include <filesystem>
+#include <stdexcept>
+
 Ingredients::Ingredients(const std::string& data, const Recipe& theRecipe)
     : recipe(theRecipe), encoder(data + "/Mappings")
 {
     for (const TextClass& kind : ReadClasses(data + "/Classes.txt")) {
-        CountedClass counted{.kind = kind,
-                             .counts = Statistics::Read(data + "/Statistics/" + kind.name + ".txt")};
+        const std::string counts = data + "/Statistics/" + kind.name + ".txt";
+        if (!std::filesystem::exists(counts))
+            throw std::runtime_error("the class '" + kind.name + "' has no counts in " + counts +
+                                     ": let ModelBuilder count texts of it first");
+        CountedClass counted{.kind = kind, .counts = Statistics::Read(counts)};
         for (const auto& [character, entry] : counted.counts.characters) counted.size += entry.total;
         classes.push_back(std::move(counted));
     }

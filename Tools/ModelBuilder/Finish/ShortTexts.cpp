@@ -175,7 +175,7 @@ private:
     {
         StateName twin{.region = REGION_START, .path = ""};
         for (const char byte : bytes) twin = Step(m_states, twin, byte);
-        const StateName inMain{.region = REGION_MAIN, .path = bytes};
+        StateName inMain{.region = REGION_MAIN, .path = bytes};
         const bool isSequence = !IsFrequent(bytes.substr(0, 2)) && bytes.size() > 2 &&
                                 ByteAt(bytes, 0) >= 0x80 &&
                                 twin == StateName{.region = REGION_MAIN, .path = bytes.substr(2)};

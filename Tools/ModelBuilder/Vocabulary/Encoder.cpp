@@ -76,9 +76,8 @@ void AppendUnit(std::string& to, unsigned unit)
 }
 
 // Little-endian; a character beyond U+FFFF is two units, a high and a low surrogate.
-void AppendUtf16(std::string& to, wchar_t character)
+void AppendUtf16(std::string& to, unsigned code)
 {
-    const auto code = static_cast<unsigned>(character);
     if (code > 0xFFFF) AppendUnit(to, 0xD800 + ((code - 0x10000) >> 10));
     AppendUnit(to, code > 0xFFFF ? 0xDC00 + (code & 0x3FF) : code);
 }
@@ -89,7 +88,7 @@ std::string CEncoder::Encode(Candidate candidate, const std::wstring& text) cons
     std::string bytes;
     for (const wchar_t c : text) {
         if (candidate == CANDIDATE_UNICODE) {
-            AppendUtf16(bytes, c);
+            AppendUtf16(bytes, static_cast<unsigned>(c));
         } else if (candidate == CANDIDATE_UTF8) {
             AppendUtf8(bytes, c);
         } else if (c < 0x80) {
