@@ -176,7 +176,7 @@ void AddMarks(States& states)
     states[{.region = REGION_START, .path = mark}].value = PackAllBut(CANDIDATE_UNICODE, 9, 0);
     states[{.region = REGION_START, .path = mark + OneByte(0) + OneByte(0)}] = {
         .value = PackAllBut(CANDIDATE_UNICODE, -9, 0), .onward = REGION_FOREIGN};
-    states[{REGION_START, "\xEF\xBB\xBF"}].value = Decisive(CANDIDATE_UTF8);
+    states[{.region = REGION_START, .path = "\xEF\xBB\xBF"}].value = Decisive(CANDIDATE_UTF8);
 }
 }  // namespace
 

@@ -132,7 +132,8 @@ void AddThirdPairs(States& states, const Recipe& recipe)
         const int lead = add[CANDIDATE_UNICODE] - add[CANDIDATE_GBK];
         if (lead <= 0) continue;
         AddState(states, After(2), name.path);
-        states[{After(2), name.path}] = {GivenBack(std::min(lead, recipe.mostOfThirdPair)), After(3)};
+        states[{.region = After(2), .path = name.path}] = {
+            .value = GivenBack(std::min(lead, recipe.mostOfThirdPair)), .onward = After(3)};
     }
 }
 
@@ -144,11 +145,11 @@ void AddHanziInCount(States& states, const Recipe& recipe)
             for (unsigned high = 0x4E; high < 0x7F; ++high) {
                 const std::string pair = TwoBytes(low, high);
                 if (IsTextPair(pair)) continue;
-                const int value = pairs == 2   ? states.at({REGION_MAIN, pair}).value
+                const int value = pairs == 2   ? states.at({.region = REGION_MAIN, .path = pair}).value
                                   : pairs == 3 ? GivenBack(recipe.mostOfPair)
                                                : GivenBack(2 * recipe.mostOfPair);
                 AddState(states, After(pairs), pair);
-                states[{After(pairs), pair}] = {value, REGION_MAIN};
+                states[{.region = After(pairs), .path = pair}] = {.value = value, .onward = REGION_MAIN};
             }
 }
 
@@ -160,8 +161,9 @@ void AddAsciiOnly(States& states)
             !IsForgiven(state.value))
             state.onward = REGION_ASCII_ONLY;
     for (unsigned byte = 0; byte < 0x80; ++byte) {
-        if (IsText(byte)) states[{REGION_ASCII_ONLY, OneByte(byte)}].onward = REGION_ASCII_ONLY_TRAIL;
-        states[{REGION_ASCII_ONLY_TRAIL, OneByte(byte)}].onward =
+        if (IsText(byte))
+            states[{.region = REGION_ASCII_ONLY, .path = OneByte(byte)}].onward = REGION_ASCII_ONLY_TRAIL;
+        states[{.region = REGION_ASCII_ONLY_TRAIL, .path = OneByte(byte)}].onward =
             IsText(byte) ? REGION_ASCII_ONLY : REGION_MAIN;
     }
 }

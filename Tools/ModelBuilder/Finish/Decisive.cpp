@@ -70,8 +70,8 @@ private:
         for (unsigned byte = 0x09; byte < 0x7F; ++byte) {
             if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') continue;
             const std::string ascii = static_cast<char>(byte) + high;
-            m_special[{hint, ascii}].onward = byte == '\n' ? next : BY_RULE;
-            m_special[{next, ascii}];
+            m_special[{.region = hint, .path = ascii}].onward = byte == '\n' ? next : BY_RULE;
+            m_special[{.region = next, .path = ascii}];
         }
     }
 
@@ -124,7 +124,8 @@ private:
                     continue;
             }
             if (candidate == CANDIDATE_UNICODE && ByteAt(bytes, 1) < 0x20) continue;
-            m_special[{RegionOf(REGION_NEXT_LINE, candidate), bytes}].value = Decisive(candidate);
+            m_special[{.region = RegionOf(REGION_NEXT_LINE, candidate), .path = bytes}].value =
+                Decisive(candidate);
             ++m_starts;
         }
     }

@@ -19,7 +19,8 @@ void AddBroken(States& states)
     const std::string signs = "#$%&()*+-.=?";
     for (unsigned byte = 1; byte < 0x100; ++byte)
         if (IsStranger(byte) || (byte < 0x80 && signs.find(static_cast<char>(byte)) != std::string::npos))
-            states[{REGION_BROKEN, OneByte(byte)}] = {COUNTS_AGAINST_UNICODE, REGION_FOREIGN};
+            states[{.region = REGION_BROKEN, .path = OneByte(byte)}] = {.value = COUNTS_AGAINST_UNICODE,
+                                                                        .onward = REGION_FOREIGN};
 }
 
 // Zeros at the end fill a buffer; with something behind them they are data, and what it is remains to be
@@ -28,14 +29,16 @@ void AddZeros(States& states)
 {
     const std::string zeros(2, '\0');
     for (const Region region : {REGION_MAIN, REGION_FOREIGN}) AddState(states, region, zeros);
-    states[{REGION_MAIN, zeros}].onward = REGION_ZEROS;
+    states[{.region = REGION_MAIN, .path = zeros}].onward = REGION_ZEROS;
     // Big5 gets ahead without a positive state, so that data without a byte of 80 and above stays undecided,
     // too.
     Digits against{-2, -1, -2, LEAST_DIGIT};
-    states[{REGION_FOREIGN, zeros}] = {.value = PackDigits(against), .onward = REGION_FOREIGN};
+    states[{.region = REGION_FOREIGN, .path = zeros}] = {.value = PackDigits(against),
+                                                         .onward = REGION_FOREIGN};
     for (unsigned byte = 0; byte < 0x100; ++byte)
-        states[{REGION_ZEROS, OneByte(byte)}] =
-            byte == 0 ? State{TRIE_VALUE_NONE, REGION_ZEROS} : State{COUNTS_AGAINST_UNICODE};
+        states[{.region = REGION_ZEROS, .path = OneByte(byte)}] =
+            byte == 0 ? State{.value = TRIE_VALUE_NONE, .onward = REGION_ZEROS}
+                      : State{.value = COUNTS_AGAINST_UNICODE};
 }
 
 // Characters beyond U+FFFF in UTF-8: four bytes, of which the first two are F0 9F for emoji, F0 A0 to F0 AC
@@ -149,9 +152,9 @@ void AddWayBack(States& states, const Ingredients& from)
     for (const auto& [bytes, way] : ways) {
         const Region back = RegionOf(REGION_RETURN, way.second);
         AddState(states, REGION_FOREIGN, bytes);
-        states[{REGION_FOREIGN, bytes}].onward = back;
+        states[{.region = REGION_FOREIGN, .path = bytes}].onward = back;
         AddState(states, back, bytes);
-        states[{back, bytes}].onward = REGION_MAIN;
+        states[{.region = back, .path = bytes}].onward = REGION_MAIN;
     }
 }
 
@@ -162,9 +165,10 @@ void AddAsciiBetween(States& states)
         const Region back = RegionOf(REGION_RETURN, candidate);
         for (unsigned byte = 0; byte < 0x80; ++byte) {
             const std::string ascii = OneByte(byte) + (candidate == CANDIDATE_UNICODE ? OneByte(0) : "");
-            if (IsStranger(byte) || byte == 0x1B || states.contains({back, ascii})) continue;
+            if (IsStranger(byte) || byte == 0x1B || states.contains({.region = back, .path = ascii}))
+                continue;
             AddState(states, back, ascii);
-            states[{back, ascii}].onward = back;
+            states[{.region = back, .path = ascii}].onward = back;
         }
     }
 }

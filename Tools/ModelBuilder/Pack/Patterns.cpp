@@ -8,15 +8,12 @@
 
 namespace
 {
-// The order of the columns, which is that of the digits in a node.
-constexpr Candidate COLUMNS[] = {CANDIDATE_GBK, CANDIDATE_BIG5, CANDIDATE_UNICODE, CANDIDATE_UTF8};
-
 std::string ValueText(int value)
 {
     if (value == TRIE_VALUE_NONE) return "-";
     const Digits digits = DigitsOf(value);
     std::string text;
-    for (const Candidate c : COLUMNS) {
+    for (const Candidate c : ALL_CANDIDATES) {
         if (!text.empty()) text += ',';
         text += std::to_string(digits[c]);
     }
@@ -31,8 +28,8 @@ int ParseValue(const std::string& text)
     std::istringstream in(text);
     Digits digits{};
     char comma = ',';
-    for (const Candidate c : COLUMNS) {
-        if (c != COLUMNS[0]) in >> comma;
+    for (const Candidate c : ALL_CANDIDATES) {
+        if (c != ALL_CANDIDATES[0]) in >> comma;
         in >> digits[c];
     }
     if (!in) throw std::runtime_error("no value: " + text);
@@ -58,7 +55,7 @@ void WritePatterns(const States& states, const std::string& path)
         if (state.onward != BY_RULE) line += std::string(">") + static_cast<char>(state.onward);
     }
     std::string out =
-        "# The detector's states: REGION PATH, then BYTE:GBK,BIG5,UTF-16LE,UTF-8 of each child\n"
+        "# The detector's states: REGION PATH, then BYTE:GBK,BIG5,UTF-8,UTF-16LE of each child\n"
         "# DO NOT EDIT: made by ModelBuilder train\n";
     for (const auto& [parent, line] : lines)
         out += std::string(1, parent.region) + ' ' + (parent.path.empty() ? "-" : ToHex(parent.path)) + line +
@@ -77,7 +74,7 @@ States ReadPatterns(const std::string& path)
         cells >> region >> parent;
         const std::string prefix = parent == "-" ? "" : FromHex(parent);
         while (cells >> cell)
-            states[{static_cast<Region>(region), prefix + FromHex(cell.substr(0, 2))}] =
+            states[{.region = static_cast<Region>(region), .path = prefix + FromHex(cell.substr(0, 2))}] =
                 ParseState(cell.substr(3));
     }
     return states;

@@ -29,7 +29,7 @@ TEST(Patterns, AreReadAsTheyWereWritten)
     WritePatterns(states, "patterns");
     EXPECT_EQ(ReadPatterns("patterns"), states);
     const std::string text = ReadFile("patterns");
-    EXPECT_NE(text.find("M D6 D0:10,-9,1,23>H\n"), std::string::npos);
+    EXPECT_NE(text.find("M D6 D0:10,-9,23,1>H\n"), std::string::npos);
     EXPECT_NE(text.find("M 0A 00:0,0,0,0*"), std::string::npos);
     WriteBytes("patterns", "M D6 D0:1,2\n");
     EXPECT_THROW(ReadPatterns("patterns"), std::runtime_error);
