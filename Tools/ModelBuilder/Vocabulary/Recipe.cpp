@@ -1,11 +1,12 @@
 // Reading and printing of the recipe by name.
 #include "Recipe.h"
 
-#include <cmath>
 #include <iomanip>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
+
+#include "PortableMath.h"
 
 namespace
 {
@@ -64,5 +65,5 @@ void Recipe::PrintReasons(std::ostream& out) const
 
 double Recipe::OddsOfUnit() const
 {
-    return std::exp(1 / unitsANat);
+    return 1 / PortableExp(-1 / unitsANat);
 }
