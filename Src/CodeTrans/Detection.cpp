@@ -11,10 +11,11 @@
 
 using namespace trie;
 
-Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length)
+void Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length,
+          WalkPosition& position)
 {
-    Scores scores;
-    int state = ROOT;
+    Scores& scores = position.scores;
+    int state = position.state;
     for (unsigned long i = 0; i < length && scores.decidedCode == 0; ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         scores.highBytes += byte >= 0x80;
@@ -29,7 +30,21 @@ Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned
         state = next;
         if (trie[state].nValue != TRIE_VALUE_NONE) scores.Add(trie[state].nValue);
     }
-    return scores;
+    position.state = state;
+}
+
+Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length)
+{
+    WalkPosition position;
+    Walk(trie, nodeCount, text, length, position);
+    return position.scores;
+}
+
+Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length)
+{
+    WalkPosition position;
+    FastWalk(trie, nodeCount, text, length, position);
+    return position.scores;
 }
 
 // Candidates in this order; a later one must beat the best sum so far, so ties go to the earlier. GBK, Big5

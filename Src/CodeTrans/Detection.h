@@ -78,7 +78,21 @@ private:
 };
 }  // namespace trie
 
-// The walk over a whole text, and its fast form: the same totals, or the same decided code.
+// A walk that can go on: where it stands, and what it has added up so far.
+struct WalkPosition {
+    int state = trie::ROOT;
+    Scores scores;
+};
+
+// Walks on over the next piece of a text, which may end anywhere. Does nothing once a node has decided.
+void Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length,
+          WalkPosition& position);
+
+// Its fast form: the same position, or the same decided code.
+void FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length,
+              WalkPosition& position);
+
+// The same over a whole text.
 Scores Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length);
 Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length);
 

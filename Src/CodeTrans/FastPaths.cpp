@@ -66,8 +66,7 @@ Progress FastUtf8ToGbk(const char*, unsigned long, char*)
     return {};
 }
 
-Scores FastWalk(const TrieNode*, unsigned, const char*, unsigned long)
+void FastWalk(const TrieNode*, unsigned, const char*, unsigned long, WalkPosition&)
 {
-    return {};
 }
 #endif

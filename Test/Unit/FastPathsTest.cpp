@@ -223,6 +223,15 @@ protected:
         const Scores plain = Walk(trie, nodeCount, source, text.size());
         const Scores fast = FastPathsOn() ? FastWalk(trie, nodeCount, source, text.size()) : plain;
         ASSERT_TRUE(SameWalk(fast, plain)) << testing::PrintToString(text.substr(0, 300));
+        WalkPosition plainPieces, fastPieces;
+        for (size_t at = 0, size = 0; at < text.size(); at += size) {
+            size = std::min<size_t>(text.size() - at, Random(Random(4) == 0 ? 3000 : 9));
+            Walk(trie, nodeCount, source + at, size, plainPieces);
+            if (FastPathsOn()) FastWalk(trie, nodeCount, source + at, size, fastPieces);
+        }
+        ASSERT_TRUE(SameWalk(plainPieces.scores, plain)) << testing::PrintToString(text.substr(0, 300));
+        ASSERT_TRUE(!FastPathsOn() || SameWalk(fastPieces.scores, plain))
+            << testing::PrintToString(text.substr(0, 300));
         if (text.size() > 200) return;
         ASSERT_EQ(Decide(plain), DetectionOracle({trie, trie + nodeCount}, text))
             << testing::PrintToString(text);

@@ -31,10 +31,12 @@ TARGET_AVX2 bool IsAllAsciiText(const unsigned char* text)
 class CWalker
 {
 public:
-    CWalker(const TrieNode* trie, unsigned nodeCount)
-        : m_pTrie(trie), m_nNodes(nodeCount), m_pShortcuts(FindShortcuts(trie, nodeCount))
+    CWalker(const TrieNode* trie, unsigned nodeCount, int state)
+        : m_pTrie(trie), m_nNodes(nodeCount), m_pShortcuts(FindShortcuts(trie, nodeCount)), m_nState(state)
     {
     }
+
+    int State() const { return m_nState; }
 
     // Moves over the text and appends the values met to `values`, at most one a byte. Returns their end.
     int* Walk(const unsigned char* text, const unsigned char* end, int* values)
@@ -152,7 +154,7 @@ private:
     const TrieNode* m_pTrie;
     unsigned m_nNodes;
     const Shortcuts* m_pShortcuts;
-    int m_nState = ROOT;
+    int m_nState;
 };
 
 // The sum of the 16-bit lanes at even places and of those at odd places.
@@ -227,18 +229,19 @@ TARGET_AVX2 int CountHighBytes(const unsigned char* text, unsigned long size)
 }  // namespace
 }  // namespace fast
 
-Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length)
+void FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length,
+              WalkPosition& position)
 {
     using namespace fast;
     alignas(32) int values[CHUNK + 8];
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
-    Scores scores;
-    CWalker walker(trie, nodeCount);
+    Scores& scores = position.scores;
+    CWalker walker(trie, nodeCount, position.state);
     for (unsigned long at = 0; at < length && scores.decidedCode == 0; at += CHUNK) {
         const unsigned long size = std::min(length - at, CHUNK);
         int* const end = walker.Walk(bytes + at, bytes + at + size, values);
         AddValues(values, end, scores);
         scores.highBytes += CountHighBytes(bytes + at, size);
     }
-    return scores;
+    position.state = walker.State();
 }
