@@ -1,18 +1,36 @@
 // Which files are backups, so that none is converted with the folder that it lies in.
 //
-// Beside each backup lies a record, .codetrans.backups: a line for each backup with its name, a tab and the
-// name of the file that it keeps. Control characters and backslashes stand there as \x09.
+// Beside each backup lies a record, .codetrans.backups: a line for each backup with its name, the name of the
+// file that it keeps, and a fingerprint of what that file became, separated by tabs. Control characters and
+// backslashes in names stand there as \x09.
 #ifndef CODETRANSCLI_BACKUPS_H
 #define CODETRANSCLI_BACKUPS_H
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 bool IsBackupRecord(const std::string& name);
 
-// Both names without a folder. Throws std::system_error.
-void RecordBackup(const std::string& folder, const std::string& backup, const std::string& original);
+struct Backup {
+    std::string name, original;  // without a folder
+    std::string fingerprint;     // of the converted file
+};
+
+// The record is not flushed to the disk. Throws std::system_error, as the others do.
+void RecordBackup(const std::string& folder, const Backup& backup);
+void FlushBackupRecord(const std::string& folder);
+
+// In the order in which they were made; none where there is no record.
+std::vector<Backup> RecordedBackups(const std::filesystem::path& folder);
+
+// Writes the record anew, without `gone`; removes an empty one.
+void ForgetBackups(const std::filesystem::path& folder, const std::set<std::string>& gone);
+
+// Of the file that `descriptor` is open on: its size and a checksum of its bytes (64-bit FNV-1a).
+std::string Fingerprint(int descriptor);
 
 class Backups
 {
@@ -22,8 +40,7 @@ public:
     std::string OriginalOf(const std::filesystem::path& path);
 
 private:
-    // Backups and originals, as they stand in the record.
-    using Record = std::map<std::string, std::string>;
+    using Record = std::map<std::string, std::string>;  // backups and originals
     const Record& RecordOf(const std::filesystem::path& folder);
 
     std::map<std::filesystem::path, Record> m_records;

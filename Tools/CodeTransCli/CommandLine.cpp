@@ -1,10 +1,13 @@
 // The command line alone; the commands are in files of their own.
 #include "CommandLine.h"
 
+#include <Margin.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <new>
 
 #include "Commands.h"
 #include "Encoding.h"
@@ -42,56 +45,98 @@ struct UsageError {
     std::string text;
 };
 
-int Encoding(const std::string& name)
+NamedEncoding EncodingFor(const std::string& name)
 {
-    if (const auto code = EncodingNamed(name)) return *code;
-    throw UsageError{"'" + name + "' is no encoding known here; there are utf-8, gbk, big5 and utf-16le"};
+    const NamedEncoding found = FindEncoding(name);
+    if (found.encoding != nullptr) return found;
+    throw UsageError{"'" + name +
+                     "' is no encoding known here; 'codetrans convert --list' shows what there is"};
 }
 
 struct CommandLine {
     CommonOptions common;
     DetectOptions detect;
     ConvertOptions convert;
-    std::string to, from;
-    bool mark = false, noMark = false;
+    RestoreOptions restore;
+    std::string to, from, lineEnd;
+    bool mark = false, noMark = false, list = false;
 
     // What the parser cannot see.
     void Settle()
     {
-        convert.to = Encoding(to);
-        if (!from.empty()) convert.from = Encoding(from);
-        if (convert.to == ENCODE_BIG5)
-            throw UsageError{
-                "Big5 can be read but not written: the library has no encoder for it; "
-                "choose utf-8, gbk or utf-16le"};
-        if (mark && convert.to == ENCODE_GBK) throw UsageError{"GBK has no byte-order mark"};
+        if (to.empty()) throw UsageError{"--to is required: the encoding to write, such as utf-8"};
+        const NamedEncoding target = EncodingFor(to);
+        convert.to = target.encoding;
+        if (convert.to == &HZ) throw UsageError{"HZ can be read, but not written"};
+        if (!from.empty()) {
+            const NamedEncoding source = EncodingFor(from);
+            convert.from = source.encoding;
+            convert.fromEitherOrder = source.marked;
+        }
+        if (mark && convert.to->mark.empty()) throw UsageError{convert.to->name + " has no byte-order mark"};
         if (convert.force && from.empty())
             throw UsageError{"--force needs --from, which says what the files are"};
-        if (mark || noMark) convert.mark = mark;
+        if (convert.byLines && (!from.empty() || convert.force))
+            throw UsageError{"--lines finds the encoding of each line; it goes without --from and --force"};
+        if (mark || noMark || target.marked) convert.mark = !noMark;
         if (convert.inPlace && !convert.out.empty()) throw UsageError{"--in-place and -o exclude each other"};
         if (!convert.backupSuffix.empty() && !convert.inPlace) throw UsageError{"--backup needs --in-place"};
-        if (convert.backupSuffix.find('/') != std::string::npos)
+        CheckSuffix(convert.backupSuffix);
+        if (lineEnd == "lf") convert.lineEnd = LineEnd::LF;
+        if (lineEnd == "crlf") convert.lineEnd = LineEnd::CRLF;
+    }
+
+    static void CheckSuffix(const std::string& suffix)
+    {
+        if (suffix.find('/') != std::string::npos)
             throw UsageError{"the suffix of a backup cannot contain '/'"};
+    }
+
+    static void CheckInput(const FileOptions& input)
+    {
+        if (input.files.empty() && input.listFile.empty())
+            throw UsageError{"no file was named; - is standard input"};
+        if (input.zeroSeparated && input.listFile.empty())
+            throw UsageError{"-0 says how the names in --files-from are separated"};
     }
 };
 
 void AddCommon(CLI::App& app, CommonOptions& options)
 {
     app.add_option("--directory", options.directory,
-                   "Folder that holds Data/CodeTrans.model, if it is not beside the library or installed")
+                   "Folder that holds Data/CodeTrans.model, if it is not beside the program or installed")
         ->envname("CODETRANS_DIRECTORY")
         ->type_name("DIR");
-    CLI::Option* const quiet = app.add_flag("--quiet,-q", options.quiet, "Speak of failures and losses only");
-    app.add_flag("--verbose,-v", options.verbose, "Speak of every file, and of more losses")->excludes(quiet);
+    CLI::Option* const quiet =
+        app.add_flag("--quiet,-q", options.quiet, "Report only failures, refusals and losses");
+    app.add_flag("--verbose,-v", options.verbose, "Report every file, and more of the losses")
+        ->excludes(quiet);
 }
 
-void AddWalk(CLI::App& command, std::vector<std::string>& files, bool& recursive, size_t& jobs)
+void AddFiles(CLI::App& command, FileOptions& options)
 {
-    command.add_option("FILE", files, "Files, folders (with --recursive), or - for standard input")
-        ->required()
+    command.add_option("FILE", options.files, "Files, folders (with --recursive), or - for standard input")
         ->type_name("");
-    command.add_flag("--recursive,-r", recursive, "Walk folders; binaries in them are skipped");
-    command.add_option("--jobs,-j", jobs, "Processes that share the work")
+    command.add_flag("--recursive,-r", options.recursive, "Walk folders; binaries in them are skipped");
+}
+
+void AddWalk(CLI::App& command, FileOptions& options)
+{
+    AddFiles(command, options);
+    command.add_option("--include", options.include, "In folders, take only names that fit the pattern")
+        ->type_name("PATTERN")
+        ->expected(1);
+    command.add_option("--exclude", options.exclude, "In folders, leave out names that fit the pattern")
+        ->type_name("PATTERN")
+        ->expected(1);
+    command
+        .add_option("--files-from", options.listFile, "Read further names from a file, - is standard input")
+        ->type_name("FILE");
+    command.add_flag("-0,--null", options.zeroSeparated,
+                     "Names in --files-from end with a zero byte, not a line end");
+    command
+        .add_option("--jobs,-j", options.jobs,
+                    "Processes that share the work (default: one for each processor)")
         ->check(CLI::Range(static_cast<size_t>(1), MOST_JOBS))
         ->type_name("N");
 }
@@ -99,38 +144,146 @@ void AddWalk(CLI::App& command, std::vector<std::string>& files, bool& recursive
 CLI::App* AddDetect(CLI::App& app, DetectOptions& options)
 {
     CLI::App* const command = app.add_subcommand("detect", "Print the encoding of each file");
-    AddWalk(*command, options.files, options.recursive, options.jobs);
-    command->add_flag("--json", options.json, "One JSON object a line");
+    AddWalk(*command, options.input);
+    CLI::Option* const json = command->add_flag("--json", options.json, "Print one JSON object a line");
+    command->add_option("--only", options.only, "Print only files in this encoding (also: unknown, binary)")
+        ->type_name("ENC")
+        ->expected(1);
+    command->add_flag("--print0", options.printNames, "Print only the names, each with a zero byte behind")
+        ->excludes(json);
     command->footer(std::string(DETECT_EXAMPLES) + STATUSES);
     return command;
+}
+
+void AddWriting(CLI::App& command, CommandLine& line)
+{
+    ConvertOptions& options = line.convert;
+    command
+        .add_option("--output,-o", options.out, "File to write, or folder for several; - is standard output")
+        ->type_name("OUT");
+    command.add_flag("--in-place,-i", options.inPlace, "Replace each file by its converted form");
+    command
+        .add_option("--backup", options.backupSuffix,
+                    "Keep the old file under its name and this suffix; 'restore' puts it back")
+        ->type_name("SUFFIX");
+    command.add_flag("--dry-run,-n", options.dryRun, "Write nothing; say what would be done");
+    command.add_flag("--json", options.json, "Print a report: one JSON object a file");
+    CLI::Option* const mark =
+        command.add_flag("--bom", line.mark, "Write a byte-order mark (default for UTF-16 and UTF-32)");
+    command.add_flag("--no-bom", line.noMark, "Write none (default for UTF-8)")->excludes(mark);
+    command.add_option("--eol", line.lineEnd, "Turn all line ends into this kind: lf or crlf")
+        ->check(CLI::IsMember({"lf", "crlf"}))
+        ->type_name("KIND");
+    command.add_flag("--fix-declarations", options.fixDeclarations,
+                     "Rewrite the encoding's name where the text declares it, as in HTML and XML");
 }
 
 CLI::App* AddConvert(CLI::App& app, CommandLine& line)
 {
     ConvertOptions& options = line.convert;
     CLI::App* const command = app.add_subcommand("convert", "Convert files; nothing is lost in silence");
-    AddWalk(*command, options.files, options.recursive, options.jobs);
-    command->add_option("--to,-t", line.to, "Encoding to write: utf-8, gbk or utf-16le")
-        ->required()
+    AddWalk(*command, options.input);
+    command->add_option("--to,-t", line.to, "Encoding to write, such as utf-8 or gbk")->type_name("ENC");
+    command->add_option("--from,-f", line.from, "Encoding to read; detected when not given")
         ->type_name("ENC");
-    command->add_option("--from,-f", line.from, "Encoding to read: these or big5; detected when not given")
-        ->type_name("ENC");
+    command->add_flag("--list", line.list, "Print the encodings and their names, and do nothing else");
+    command->add_flag("--lines", options.byLines, "Each line is in an encoding of its own, as in mixed logs");
     command
-        ->add_option("--output,-o", options.out, "File to write, or folder for several; - is standard output")
-        ->type_name("OUT");
-    command->add_flag("--in-place,-i", options.inPlace, "Replace each file by its converted form");
-    command
-        ->add_option("--backup", options.backupSuffix,
-                     "Keep the old file under its name and this suffix; never converted with its folder")
-        ->type_name("SUFFIX");
-    CLI::Option* const mark =
-        command->add_flag("--bom", line.mark, "Write a byte-order mark (default for utf-16le)");
-    command->add_flag("--no-bom", line.noMark, "Write none (default for utf-8)")->excludes(mark);
+        ->add_option("--sure", options.sure,
+                     "Least margin of the detector that is enough, 0 to 100 (default " +
+                         std::to_string(ENOUGH_MARGIN) + ")")
+        ->check(CLI::Range(0, MOST_MARGIN))
+        ->type_name("N");
+    AddWriting(*command, line);
     command->add_flag("--lossy", options.lossy, "Convert although characters are lost, and say how many");
     command->add_flag("--force", options.force,
                       "Convert as --from says, although a file seems to be converted already or to be UTF-8");
     command->footer(std::string(CONVERT_EXAMPLES) + STATUSES);
     return command;
+}
+
+CLI::App* AddRestore(CLI::App& app, RestoreOptions& options)
+{
+    CLI::App* const command = app.add_subcommand("restore", "Put back what convert --backup kept");
+    AddFiles(*command, options.input);
+    command
+        ->add_option("--backup", options.backupSuffix,
+                     "Suffix of the backups (default: what the record says)")
+        ->type_name("SUFFIX");
+    command->add_flag("--dry-run,-n", options.dryRun, "Change nothing; say what would be done");
+    command->add_flag("--force", options.force,
+                      "Put back over files that were changed after the conversion, too");
+    return command;
+}
+
+int PrintEncodings()
+{
+    for (const auto& [encoding, names] : KnownEncodings()) {
+        for (size_t i = 0; i < names.size(); ++i) std::cout << (i == 0 ? "" : " ") << names[i];
+        std::cout << (encoding == &HZ ? "  (read only)\n" : "\n");
+    }
+    std::cout << "and what 'iconv --list' shows\n";
+    return std::cout.flush() ? DONE : FAILED;
+}
+
+// The least number of letters to change, leave out, add or swap between two words.
+size_t Distance(const std::string& a, const std::string& b)
+{
+    std::vector<std::vector<size_t>> cost(a.size() + 1, std::vector<size_t>(b.size() + 1));
+    for (size_t i = 0; i <= a.size(); ++i)
+        for (size_t k = 0; k <= b.size(); ++k) {
+            if (i == 0 || k == 0) {
+                cost[i][k] = i + k;
+                continue;
+            }
+            cost[i][k] = std::min(
+                {cost[i - 1][k] + 1, cost[i][k - 1] + 1, cost[i - 1][k - 1] + (a[i - 1] != b[k - 1])});
+            if (i > 1 && k > 1 && a[i - 1] == b[k - 2] && a[i - 2] == b[k - 1])
+                cost[i][k] = std::min(cost[i][k], cost[i - 2][k - 2] + 1);
+        }
+    return cost[a.size()][b.size()];
+}
+
+// The subcommand or option that a wrong word was likely meant to be, or empty.
+std::string LikelyWord(const CLI::App& app, const std::string& word)
+{
+    std::vector<std::string> words;
+    const bool isOption = word.rfind("--", 0) == 0;
+    for (const CLI::App* const command : app.get_subcommands({})) {
+        if (!isOption) words.push_back(command->get_name());
+        if (!isOption || !command->parsed()) continue;
+        for (const CLI::Option* const option : command->get_options())
+            for (const std::string& name : option->get_lnames()) words.push_back("--" + name);
+    }
+    for (const CLI::Option* const option : app.get_options())
+        for (const std::string& name : option->get_lnames())
+            if (isOption) words.push_back("--" + name);
+    std::string likely;
+    size_t least = 3;  // letters: more is another word
+    for (const std::string& candidate : words)
+        if (const size_t distance = Distance(word, candidate); distance < least) {
+            least = distance;
+            likely = candidate;
+        }
+    return likely;
+}
+
+void SuggestWord(const CLI::App& app, int argc, char** argv)
+{
+    bool first = true;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = std::string(argv[i]).substr(0, std::string(argv[i]).find('='));
+        const bool isOption = word.rfind("--", 0) == 0 && word.size() > 2;
+        if (isOption || (first && word.rfind('-', 0) != 0)) {
+            const std::string likely = LikelyWord(app, word);
+            if (!likely.empty() && likely != word) {
+                std::cerr << "codetrans: '" << word << "' is not known here; did you mean '" << likely
+                          << "'?\n";
+                return;
+            }
+        }
+        first = first && word.rfind('-', 0) == 0;
+    }
 }
 
 // What the parser would not take for a file name: an option, of which it knows "--" only before the first
@@ -159,7 +312,7 @@ std::vector<std::string> Arguments(int argc, char** argv)
 
 int Run(int argc, char** argv)
 {
-    CLI::App app{"Tells GBK, Big5, UTF-8 and UTF-16LE text apart and converts it.", "codetrans"};
+    CLI::App app{"Tells the encodings of Chinese text apart and converts between them.", "codetrans"};
     CommandLine line;
     app.require_subcommand(1);
     app.fallthrough();
@@ -168,18 +321,28 @@ int Run(int argc, char** argv)
     AddCommon(app, line.common);
     const CLI::App* const detect = AddDetect(app, line.detect);
     const CLI::App* const convert = AddConvert(app, line);
-    app.add_subcommand("doctor", "Check the library, the model and the locale, and tell what mends them");
+    const CLI::App* const restore = AddRestore(app, line.restore);
+    app.add_subcommand("doctor", "Check the program, the model and the locale, and tell what mends them");
+    line.convert.sure = ENOUGH_MARGIN;
 
     try {
         app.parse(Arguments(argc, argv));
+        if (convert->parsed() && line.list) return PrintEncodings();
+        if (detect->parsed()) line.CheckInput(line.detect.input);
+        if (convert->parsed()) line.CheckInput(line.convert.input);
+        if (restore->parsed()) line.CheckInput(line.restore.input);
         if (convert->parsed()) line.Settle();
+        if (restore->parsed()) line.CheckSuffix(line.restore.backupSuffix);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? DONE : WRONG_USAGE;
+        const bool wrong = app.exit(error) != 0;
+        if (wrong) SuggestWord(app, argc, argv);
+        return wrong ? WRONG_USAGE : DONE;
     } catch (const UsageError& error) {
         std::cerr << "codetrans: " << error.text << '\n';
         return WRONG_USAGE;
     }
     if (detect->parsed()) return Detect(line.common, line.detect);
+    if (restore->parsed()) return Restore(line.common, line.restore);
     return convert->parsed() ? Convert(line.common, line.convert) : Doctor(line.common);
 }
 }  // namespace
@@ -188,6 +351,9 @@ int RunCommandLine(int argc, char** argv)
 {
     try {
         return Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::cerr << "codetrans: there is not enough memory\n";
+        return FAILED;
     } catch (const std::exception& error) {
         std::cerr << "codetrans: " << error.what() << '\n';
         return FAILED;

@@ -2,30 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <stdexcept>
-
-#include "Characters.h"
-#include "Encoding.h"
-#include "Text.h"
 
 namespace
 {
-// Large enough to make the library's calls long; small enough for the processor's cache, and for its buffers,
-// four times as large, to come from the heap and not each time anew from the system.
-constexpr size_t BLOCK_BYTES = 1 << 14;
-
-struct Place {
-    size_t line = 1, column = 1;
-
-    void Pass(char16_t unit)
-    {
-        ++column;
-        if (unit != u'\n') return;
-        ++line;
-        column = 1;
-    }
-};
-
 std::string Hex(std::string_view bytes)
 {
     std::string text;
@@ -37,152 +16,105 @@ std::string Hex(std::string_view bytes)
     return text;
 }
 
-std::string CodePoint(unsigned long value)
+std::string CodePoint(char32_t value)
 {
     char text[16];
-    snprintf(text, sizeof text, "U+%04lX", value);
+    snprintf(text, sizeof text, "U+%04lX", static_cast<unsigned long>(value));
     return text;
 }
 
-// Of a four-byte sequence of UTF-8 or a pair of surrogates.
-unsigned long CodePointBeyond(std::string_view bytes, int encoding)
+std::string DescribeUnreadable(std::string_view bytes, Fault fault, const Encoding& from)
 {
-    const auto byte = [&](size_t i) {
-        return static_cast<unsigned long>(static_cast<unsigned char>(bytes[i]));
-    };
-    if (encoding == ENCODE_UTF8)
-        return (byte(0) & 0x07) << 18 | (byte(1) & 0x3F) << 12 | (byte(2) & 0x3F) << 6 | (byte(3) & 0x3F);
-    const unsigned long high = byte(0) | byte(1) << 8, low = byte(2) | byte(3) << 8;
-    return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
-}
-
-std::string DescribeUnreadable(std::string_view bytes, Form form, int from)
-{
-    const std::string name = EncodingName(from);
-    switch (form) {
-        case Form::CUT:
+    switch (fault) {
+        case Fault::CUT:
             return "the text ends inside a character: " + Hex(bytes);
-        case Form::BEYOND:
-            return CodePoint(CodePointBeyond(bytes, from)) + " (" + Hex(bytes) + ") lies beyond U+FFFF";
-        case Form::LONE_HALF:
+        case Fault::LONE_HALF:
             return Hex(bytes) + " is half a surrogate pair";
         default:
-            return Hex(bytes) + " is no character of " + name;
+            return Hex(bytes) + " is no character of " + from.name;
     }
 }
-
-// The indices of the units that do not come back from the bytes written, and of those that were unreadable.
-std::vector<size_t> FindLost(const Block& block, const std::string& written, int to)
-{
-    const std::u16string back = Decode(written, to, written.size()).units;
-    if (back == block.units) return block.lost;
-    if (back.size() != block.units.size()) throw std::logic_error("the result cannot be read back");
-    std::vector<size_t> lost;
-    auto unreadable = block.lost.begin();
-    for (size_t i = 0; i < back.size(); ++i) {
-        const bool wasUnreadable = unreadable != block.lost.end() && *unreadable == i;
-        if (wasUnreadable) ++unreadable;
-        if (wasUnreadable || back[i] != block.units[i]) lost.push_back(i);
-    }
-    return lost;
-}
-
-class Converter
-{
-public:
-    Converter(int from, int to, size_t describe) : m_from(from), m_to(to), m_describe(describe) {}
-
-    void Run(std::string_view text, const Sink& sink)
-    {
-        while (!text.empty()) {
-            const Block block = Decode(text, m_from, BLOCK_BYTES);
-            const std::string written = Encode(block.units, m_to);
-            const std::vector<size_t> lost = FindLost(block, written, m_to);
-            PassBlock(text, block, lost);
-            sink(written, block.consumed);
-            text.remove_prefix(block.consumed);
-        }
-    }
-
-    // As Run, without a result. Characters beyond U+FFFF are read.
-    void Read(std::string_view text)
-    {
-        while (!text.empty()) {
-            const Block block = Decode(text, m_from, BLOCK_BYTES);
-            const std::vector<size_t> unreadable = Unreadable(text, block);
-            PassBlock(text, block, unreadable);
-            text.remove_prefix(block.consumed);
-        }
-    }
-
-    Losses Take() { return std::move(m_losses); }
-
-private:
-    std::vector<size_t> Unreadable(std::string_view text, const Block& block) const
-    {
-        std::vector<size_t> unreadable;
-        auto next = block.lost.begin();
-        for (size_t i = 0; next != block.lost.end(); ++i) {
-            const Character character = FirstCharacter(text, m_from);
-            if (*next == i && character.form != Form::BEYOND) unreadable.push_back(i);
-            if (*next == i) ++next;
-            text.remove_prefix(character.length);
-        }
-        return unreadable;
-    }
-
-    void PassBlock(std::string_view text, const Block& block, const std::vector<size_t>& lost)
-    {
-        m_losses.count += lost.size();
-        if (!lost.empty() && m_losses.described.size() < m_describe)
-            DescribeLost(text, block, lost);
-        else
-            for (const char16_t unit : block.units) m_place.Pass(unit);
-    }
-
-    // Walks the block's source once more, now with an eye on places.
-    void DescribeLost(std::string_view text, const Block& block, const std::vector<size_t>& lost)
-    {
-        auto next = lost.begin();
-        for (size_t i = 0; i < block.units.size(); ++i) {
-            const Character character = FirstCharacter(text, m_from);
-            if (next != lost.end() && *next == i) {
-                ++next;
-                if (m_losses.described.size() < m_describe)
-                    m_losses.described.push_back(
-                        {m_place.line, m_place.column, Describe(text, character, block, i)});
-            }
-            m_place.Pass(block.units[i]);
-            text.remove_prefix(character.length);
-        }
-    }
-
-    std::string Describe(std::string_view text, Character character, const Block& block, size_t index) const
-    {
-        const std::string_view bytes = text.substr(0, character.length);
-        if (std::binary_search(block.lost.begin(), block.lost.end(), index))
-            return DescribeUnreadable(bytes, character.form, m_from);
-        return CodePoint(block.units[index]) + " (" + Hex(bytes) + ") has no place in " + EncodingName(m_to);
-    }
-
-    int m_from, m_to;
-    size_t m_describe;
-    Place m_place;
-    Losses m_losses;
-};
 }  // namespace
 
-Losses Convert(std::string_view text, int from, int to, size_t describe, const Sink& sink)
+void Place::Pass(std::u16string_view units)
 {
-    Converter converter(from, to, describe);
-    converter.Run(text, sink);
-    return converter.Take();
+    if (const size_t lastEnd = units.rfind(u'\n'); lastEnd != std::u16string_view::npos) {
+        m_line += static_cast<uint64_t>(std::count(units.begin(), units.end(), u'\n'));
+        m_column = 1;
+        units.remove_prefix(lastEnd + 1);
+    }
+    const auto seconds = std::count_if(units.begin(), units.end(), IsLowSurrogate);
+    m_column += units.size() - static_cast<uint64_t>(seconds);
 }
 
-Losses FindUnreadable(std::string_view text, int encoding, size_t describe)
+Conversion::Conversion(const Encoding& from, const Encoding* to, size_t describe)
+    : m_from(from),
+      m_to(to),
+      m_describe(describe),
+      m_decoder(MakeDecoder(from)),
+      m_encoder(to != nullptr ? MakeEncoder(*to) : nullptr)
 {
-    if (encoding == ENCODE_UTF8 && IsFlawlessUtf8(text)) return {};
-    Converter converter(encoding, encoding, describe);
-    converter.Read(text);
-    return converter.Take();
+}
+
+size_t Conversion::Pass(std::string_view text, bool isLast, std::string& out)
+{
+    size_t used = 0;
+    while (used < text.size()) {
+        m_units.clear();
+        const size_t read = m_decoder->Read(text.substr(used), m_units);
+        if (m_change) m_areChanged = m_change(m_units, isLast && used + read == text.size());
+        WriteUnits(text.substr(used, read), out);
+        used += read;
+        if (used == text.size()) break;
+
+        const Character odd = m_decoder->First(text.substr(used));
+        if (odd.fault == Fault::CUT && !isLast) break;
+        Lose(DescribeUnreadable(text.substr(used, odd.length), odd.fault, m_from), out);
+        if (m_encoder != nullptr) m_encoder->WriteSubstitute(out);
+        m_place.Pass(u"?");
+        used += odd.length;
+    }
+    return used;
+}
+
+// `text` is where the units come from.
+void Conversion::WriteUnits(std::string_view text, std::string& out)
+{
+    std::u16string_view rest = m_units;
+    while (m_encoder != nullptr && !rest.empty()) {
+        const size_t written = m_encoder->Write(rest, out);
+        m_place.Pass(rest.substr(0, written));
+        rest.remove_prefix(written);
+        if (rest.empty()) break;
+
+        const Character odd = FirstOfUnits(rest);
+        const std::string bytes =
+            m_losses.described.size() < m_describe ? BytesOfUnit(text, m_units.size() - rest.size()) : "";
+        Lose(CodePoint(odd.codePoint) + (bytes.empty() ? "" : " (" + bytes + ")") + " has no place in " +
+                 m_to->name,
+             out);
+        m_encoder->WriteSubstitute(out);
+        m_place.Pass(rest.substr(0, odd.length));
+        rest.remove_prefix(odd.length);
+    }
+    m_place.Pass(rest);
+}
+
+void Conversion::Lose(const std::string& what, const std::string& out)
+{
+    if (++m_losses.count == 1) m_outBeforeLoss = out.size();
+    if (m_losses.described.size() < m_describe)
+        m_losses.described.push_back({m_place.Line(), m_place.Column(), what});
+}
+
+// Of the source. Empty where the units were changed, and for encodings that cannot be read from the middle.
+std::string Conversion::BytesOfUnit(std::string_view text, size_t index) const
+{
+    if (m_areChanged || m_from.scheme == Scheme::ICONV || m_from.scheme == Scheme::HZ) return {};
+    for (size_t units = 0;;) {
+        const Character next = m_decoder->First(text);
+        if (units >= index) return Hex(text.substr(0, next.length));
+        units += next.codePoint > 0xFFFF ? 2 : 1;
+        text.remove_prefix(next.length);
+    }
 }

@@ -1,34 +1,82 @@
-// A whole text from one encoding to another, with proof of what arrives.
-//
-// The library reports no error, so nothing that it writes is believed: each block is decoded, encoded,
-// decoded again from the bytes that would be written, and compared unit by unit. What differs, and what could
-// not be read in the first place, is a loss with a place and a cause.
+// A text on its way from one encoding to another, piece by piece, and what would be lost on it.
 #ifndef CODETRANSCLI_CONVERSION_H
 #define CODETRANSCLI_CONVERSION_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Codec.h"
+
 struct Loss {
-    size_t line, column;  // from 1; columns are characters
+    uint64_t line, column;  // from 1; columns are characters
     std::string what;
 };
 
 struct Losses {
-    size_t count = 0;
+    uint64_t count = 0;
     std::vector<Loss> described;  // the first of them
 };
 
-// Gets the result piece by piece, each with the number of source bytes that it came from.
-using Sink = std::function<void(std::string_view bytes, size_t consumed)>;
+// Where in a text, in lines and characters.
+class Place
+{
+public:
+    uint64_t Line() const { return m_line; }
+    uint64_t Column() const { return m_column; }
+    void Pass(std::u16string_view units);
 
-// `text` has no byte-order mark, and none is written. Describes at most `describe` losses.
-Losses Convert(std::string_view text, int from, int to, size_t describe, const Sink& sink);
+private:
+    uint64_t m_line = 1, m_column = 1;
+};
 
-// What of `text` is no character of `encoding`; a character beyond U+FFFF is one.
-Losses FindUnreadable(std::string_view text, int encoding, size_t describe);
+class Conversion
+{
+public:
+    // Without `to`, the text is only read. Describes at most `describe` losses.
+    Conversion(const Encoding& from, const Encoding* to, size_t describe);
+
+    // The next piece of the text, without a byte-order mark. Appends its converted form to `out`, with
+    // something in place of what is lost. Returns the bytes used: all of them, but for a character that is
+    // cut at the end of a piece that is not the last.
+    size_t Pass(std::string_view text, bool isLast, std::string& out);
+
+    // Changes the units of each piece before they are written, and returns whether it did.
+    using Change = std::function<bool(std::u16string& units, bool isLast)>;
+    void ChangeBy(Change change) { m_change = std::move(change); }
+
+    // Goes on where another conversion of the same text ended.
+    void GoOnFrom(const Conversion& other)
+    {
+        m_place = other.m_place;
+        m_losses = other.m_losses;
+    }
+
+    const Losses& Lost() const { return m_losses; }
+
+    // How long `out` was when the first of them was met.
+    size_t OutBeforeLoss() const { return m_outBeforeLoss; }
+
+private:
+    void WriteUnits(std::string_view text, std::string& out);
+    void Lose(const std::string& what, const std::string& out);
+    std::string BytesOfUnit(std::string_view text, size_t index) const;
+
+    const Encoding& m_from;
+    const Encoding* m_to;
+    size_t m_describe;
+    std::unique_ptr<Decoder> m_decoder;
+    std::unique_ptr<Encoder> m_encoder;
+    Change m_change;
+    std::u16string m_units;
+    bool m_areChanged = false;
+    Place m_place;
+    Losses m_losses;
+    size_t m_outBeforeLoss = 0;
+};
 
 #endif  // CODETRANSCLI_CONVERSION_H

@@ -9,11 +9,12 @@
 #include "Identity.h"
 
 struct Decision {
-    Identity identity;     // with the code that counts; the doubt says why nothing can be done
+    Identity identity;     // with the encoding that counts; the doubt says why nothing can be done
     bool same = false;     // no conversion: empty, or in the target encoding
     bool reached = false;  // the target encoding, although --from names another
 };
 
-Decision Decide(std::string_view bytes, const ConvertOptions& options);
+// `head` as for Identify.
+Decision Decide(std::string_view head, bool isWhole, const ConvertOptions& options);
 
 #endif  // CODETRANSCLI_DECISION_H

@@ -1,11 +1,11 @@
 // doctor: is all there that the library and this program need, and what mends what is not.
+#include <STLCodeTrans.h>
 #include <unistd.h>
 
 #include <iostream>
 #include <string_view>
 
 #include "Commands.h"
-#include "Encoding.h"
 #include "Locale.h"
 #include "Model.h"
 #include "Report.h"
@@ -25,7 +25,7 @@ void Mend(const std::string& command)
 std::string CommandThatBringsModel(const std::string& folder)
 {
     const std::string root = geteuid() == 0 ? "" : "sudo ";
-    const bool packaged = LibraryFile().rfind("/usr/lib/", 0) == 0;
+    const bool packaged = ProgramFile().rfind("/usr/bin/", 0) == 0;
     if (packaged) return root + "dpkg --install codetrans_" CODETRANS_VERSION "_*.deb";
     return root + "install -D -m 644 Data/CodeTrans.model '" + ModelFile(folder) + "'";
 }
@@ -62,9 +62,9 @@ bool CheckDetection(const CommonOptions& common)
                                   {ENCODE_BIG5, "\xA4\xA4\xA4\xE5"},
                                   {ENCODE_UTF8, "\xE4\xB8\xAD\xE6\x96\x87"},
                                   {ENCODE_UNICODE, "\x2D\x4E\x87\x65"}};
-    bool good = LoadQuietly(FindModel(ModelFolders(common.directory)));
+    bool good = LoadModel(ModelFile(FindModel(ModelFolders(common.directory))));
     for (const Sample& sample : SAMPLES)
-        good = good && TQ_CodeDetect(sample.bytes.data(), sample.bytes.size()) == sample.code;
+        good = good && CodeTrans_CodeDetect(sample.bytes.data(), sample.bytes.size()) == sample.code;
     std::cout << (good ? "ok      " : "WRONG   ") << "detection: of two characters in each encoding\n";
     return good;
 }
@@ -82,7 +82,7 @@ bool CheckLocale()
 
 int Doctor(const CommonOptions& common)
 {
-    std::cout << "ok      library: CodeTrans " CODETRANS_VERSION ", " << LibraryFile() << '\n';
+    std::cout << "ok      program: codetrans " CODETRANS_VERSION ", " << ProgramFile() << '\n';
     const bool model = CheckModelFile(common) && CheckDetection(common);
     const bool locale = CheckLocale();
     if (!std::cout.flush()) return FAILED;

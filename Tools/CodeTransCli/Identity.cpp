@@ -1,19 +1,21 @@
 #include "Identity.h"
 
-#include <CodeTrans.h>
+#include <Margin.h>
 
 #include <algorithm>
 
-#include "Encoding.h"
+#include "Codec.h"
 #include "Reading.h"
+#include "SevenBit.h"
+#include "UnicodeCodec.h"
 
 namespace
 {
-// Enough of a file to see that it is no text.
+// Enough of a file to see that it is no text, or that it is UTF-16BE.
 constexpr size_t SAMPLE = 1 << 16;
 
 // Text has line ends, tabs, page breaks and escape sequences, and hardly another control character.
-bool IsOddControl(unsigned unit)
+bool IsOddControl(char32_t unit)
 {
     return unit < 0x20 && !(unit >= 0x08 && unit <= 0x0D) && unit != 0x1A && unit != 0x1B;
 }
@@ -24,11 +26,11 @@ bool TooMany(size_t odd, size_t total)
     return odd > 4 + total / 50;
 }
 
-bool LooksBinary(std::string_view bytes, int code)
+bool LooksBinary(std::string_view bytes, const Encoding* encoding)
 {
     bytes = bytes.substr(0, SAMPLE);
     const auto byte = [&](size_t i) { return static_cast<unsigned>(static_cast<unsigned char>(bytes[i])); };
-    const size_t step = code == ENCODE_UNICODE ? 2 : 1;
+    const size_t step = encoding == &UTF16LE ? 2 : 1;
     size_t odd = 0;
     for (size_t i = 0; i + step <= bytes.size(); i += step) {
         const unsigned unit = step == 2 ? byte(i) | byte(i + 1) << 8 : byte(i);
@@ -37,36 +39,105 @@ bool LooksBinary(std::string_view bytes, int code)
     return TooMany(odd, bytes.size() / step);
 }
 
-bool Starts(std::string_view bytes, std::string_view with)
+Answer Detect(std::string_view text)
 {
-    return bytes.substr(0, with.size()) == with;
+    WalkPosition position;
+    WalkOn(text.data(), text.size(), position);
+    return AnswerOf(position.scores);
+}
+
+// The detector knows UTF-16LE: the other byte order is what it knows when its bytes are turned round.
+bool IsUtf16Be(std::string_view head, const Answer& answer)
+{
+    if (head.size() < 4 || head.size() % 2 != 0 || answer.margin >= ENOUGH_MARGIN) return false;
+    std::string turned(head.substr(0, SAMPLE));
+    for (size_t i = 0; i + 1 < turned.size(); i += 2) std::swap(turned[i], turned[i + 1]);
+    const Answer other = Detect(turned);
+    return other.code == ENCODE_UNICODE && other.margin >= ENOUGH_MARGIN && other.margin > answer.margin &&
+           !LooksBinary(turned, &UTF16LE) && CanBeRead(head, UTF16BE);
+}
+
+// A lead byte, a digit, a lead byte, a digit: a character of GB18030 that GBK lacks.
+bool HasFourByteCharacters(std::string_view text)
+{
+    const auto digit = [&](size_t i) { return text[i] >= '0' && text[i] <= '9'; };
+    const auto lead = [&](size_t i) { return static_cast<unsigned char>(text[i]) >= 0x81; };
+    for (size_t i = 0; i + 4 <= text.size(); ++i)
+        if (digit(i + 3) && digit(i + 1) && lead(i) && lead(i + 2)) return true;
+    return false;
+}
+
+void Certain(Identity& identity, const Encoding* encoding)
+{
+    identity.encoding = encoding;
+    identity.margin = MOST_MARGIN;
+}
+
+// ASCII, of which the detector says `answer`.
+void IdentifyAscii(std::string_view head, bool isWhole, const Answer& answer, Identity& identity)
+{
+    if (answer.code == ENCODE_UNICODE && (HasManyZeros(head) || answer.margin >= ENOUGH_MARGIN)) {
+        identity.encoding = &UTF16LE;
+        identity.margin = answer.margin;
+        if (!HasManyZeros(head)) identity.doubt = "looks like UTF-16LE but is ASCII, too; --from ENC decides";
+        return;
+    }
+    Certain(identity, FindSevenBit(head));
+    if (identity.encoding == nullptr && HasManyZeros(head) && isWhole && IsUtf16Be(head, {}))
+        identity.encoding = &UTF16BE;
+    if (identity.encoding == &UTF7 || identity.encoding == &HZ)
+        identity.doubt = "looks like " + identity.encoding->name + " but is ASCII, too; --from ENC decides";
+    identity.ascii = identity.encoding == nullptr;
+    if (identity.ascii) identity.encoding = &ASCII;
+}
+
+void IdentifyUnmarked(std::string_view head, bool isWhole, Identity& identity)
+{
+    if (isWhole)
+        if (const Encoding* const found = FindUtf32(head)) return Certain(identity, found);
+    const Answer answer = Detect(head);
+    if (AsciiLength(head) == head.size()) return IdentifyAscii(head, isWhole, answer, identity);
+    identity.encoding = EncodingOf(Settled(head, isWhole, answer.code));
+    identity.margin = answer.margin;
+    if (identity.encoding == &UTF8 && IsFlawlessUtf8(head)) identity.margin = MOST_MARGIN;
+    if (IsUtf16Be(head, identity.encoding == nullptr ? Answer{} : Answer{answer.code, identity.margin}))
+        return Certain(identity, &UTF16BE);
+    const bool gb18030 = identity.encoding == &GBK && HasFourByteCharacters(head);
+    if (gb18030 && !CanBeRead(head, GBK) && CanBeRead(head, GB18030)) identity.encoding = &GB18030;
 }
 }  // namespace
 
-Identity Identify(std::string_view bytes)
+bool CanBeRead(std::string_view text, const Encoding& encoding)
 {
-    using namespace std::string_view_literals;
+    const auto decoder = MakeDecoder(encoding);
+    std::u16string units;
+    while (!text.empty()) {
+        units.clear();
+        const std::string_view piece = text.substr(0, SAMPLE);
+        const size_t used = decoder->Read(piece, units);
+        text.remove_prefix(used);
+        const bool cut = used < piece.size() && !text.empty() && piece.size() == SAMPLE &&
+                         decoder->First(text.substr(0, piece.size() - used)).fault == Fault::CUT;
+        if (used < piece.size() && !cut) return false;
+    }
+    return true;
+}
+
+Identity Identify(std::string_view head, bool isWhole)
+{
     Identity identity;
-    if (Starts(bytes, "\xFF\xFE\0\0"sv) || Starts(bytes, "\0\0\xFE\xFF"sv) || Starts(bytes, "\xFE\xFF"sv)) {
-        identity.doubt = "has the byte-order mark of UTF-16BE or UTF-32, which are not read here";
+    if (const Encoding* const marked = MarkedEncoding(head)) {
+        Certain(identity, marked);
+        identity.mark = marked->mark.size();
         return identity;
     }
-    for (const int code : {ENCODE_UTF8, ENCODE_UNICODE}) {
-        if (!Starts(bytes, ByteOrderMark(code))) continue;
-        identity.code = code;
-        identity.mark = ByteOrderMark(code).size();
-        return identity;
-    }
-    identity.code = Settled(bytes, TQ_CodeDetect(bytes.data(), bytes.size()));
-    const bool ascii = identity.code != ENCODE_UTF8 && IsAscii(bytes);
-    identity.ascii = ascii && identity.code == ENCODE_GBK;
-    identity.binary = LooksBinary(bytes, identity.code);
+    IdentifyUnmarked(head, isWhole, identity);
+    const bool wide =
+        identity.encoding != nullptr && !identity.encoding->holdsAscii && identity.encoding != &UTF16LE;
+    identity.binary = !wide && LooksBinary(head, identity.encoding);
     if (identity.binary)
-        identity.code = ENCODE_UNKNOWN;
-    else if (identity.code == ENCODE_UNKNOWN)
+        identity = {nullptr, 0, 0, false, true, {}};
+    else if (identity.encoding == nullptr)
         identity.doubt = "the encoding could not be told; --from ENC names it";
-    else if (ascii && !identity.ascii && !(identity.code == ENCODE_UNICODE && HasManyZeros(bytes)))
-        identity.doubt = std::string("looks like ") + EncodingName(identity.code) +
-                         " but is ASCII too; --from ENC decides";
     return identity;
 }

@@ -1,19 +1,29 @@
-// What the bytes of a source are: by a byte-order mark, by being flawless UTF-8, or else by the library's
-// answer.
+// What the bytes of a source are: by a byte-order mark, by being flawless UTF-8, by the escape sequences of a
+// seven-bit encoding, or else by the detector's answer.
 #ifndef CODETRANSCLI_IDENTITY_H
 #define CODETRANSCLI_IDENTITY_H
 
 #include <string>
 #include <string_view>
 
+#include "Encoding.h"
+
+// Of a source that is longer, the decision is taken on so much of it, from its first byte beyond ASCII on.
+constexpr size_t HEAD_BYTES = 16 << 20;
+
 struct Identity {
-    int code = 0;        // ENCODE_UNKNOWN for binaries too
-    size_t mark = 0;     // bytes of the byte-order mark
-    bool ascii = false;  // nothing but ASCII: GBK and UTF-8 at once
+    const Encoding* encoding = nullptr;  // null for binaries, and where it could not be told
+    size_t mark = 0;                     // bytes of the byte-order mark
+    int margin = 0;                      // how clear it is: see Margin.h; MOST_MARGIN where it is certain
+    bool ascii = false;                  // nothing but ASCII: GBK, Big5 and UTF-8 at once
     bool binary = false;
-    std::string doubt;  // why a conversion should not follow the code, or empty
+    std::string doubt;  // why a conversion should not follow the encoding, or empty
 };
 
-Identity Identify(std::string_view bytes);
+// `head` is the start of the text, or all of it.
+Identity Identify(std::string_view head, bool isWhole);
+
+// Whether all of `text` can be read in `encoding`.
+bool CanBeRead(std::string_view text, const Encoding& encoding);
 
 #endif  // CODETRANSCLI_IDENTITY_H

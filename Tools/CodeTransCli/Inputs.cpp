@@ -1,5 +1,7 @@
 #include "Inputs.h"
 
+#include <fnmatch.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
@@ -7,6 +9,7 @@
 
 #include "Backups.h"
 #include "Report.h"
+#include "Source.h"
 
 namespace fs = std::filesystem;
 
@@ -23,10 +26,35 @@ bool IsVersionControl(const std::string& name)
     return name == ".git" || name == ".hg" || name == ".svn";
 }
 
+// By the name alone, or by the path where the pattern has a slash.
+bool Fits(const fs::path& relative, const std::vector<std::string>& patterns)
+{
+    return std::any_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
+        const bool wholePath = pattern.find('/') != std::string::npos;
+        const std::string text = wholePath ? relative : relative.filename();
+        return fnmatch(pattern.c_str(), text.c_str(), 0) == 0;
+    });
+}
+
+void AppendListed(const FileOptions& options, std::vector<std::string>& names)
+{
+    Source list(options.listFile);
+    std::string_view rest = list.Fill(SIZE_MAX / 4);
+    const char end = options.zeroSeparated ? '\0' : '\n';
+    while (!rest.empty()) {
+        const std::string_view name = rest.substr(0, rest.find(end));
+        rest.remove_prefix(std::min(name.size() + 1, rest.size()));
+        if (!name.empty()) names.emplace_back(name);
+    }
+}
+
 class Walk
 {
 public:
-    Walk(const WalkOptions& options, Inputs& inputs) : m_options(options), m_inputs(inputs) {}
+    Walk(const FileOptions& options, const BackupOptions& backups, Inputs& inputs)
+        : m_options(options), m_backupOptions(backups), m_inputs(inputs)
+    {
+    }
 
     void Folder(const fs::path& folder, const fs::path& top)
     {
@@ -57,7 +85,7 @@ private:
                 Skip(path, "a folder of version control");
             else
                 Folder(path, top);
-        } else if (IsBackupRecord(name)) {
+        } else if (IsBackupRecord(name) || !IsWanted(path.lexically_relative(top))) {
             return;
         } else if (const std::string what = Backup(path); !what.empty()) {
             Skip(path, what);
@@ -73,10 +101,16 @@ private:
     // What kind of backup, or empty.
     std::string Backup(const fs::path& path)
     {
-        if (!m_options.passOverBackups) return {};
-        if (EndsIn(path.filename(), m_options.backupSuffix)) return "a backup";
+        if (!m_backupOptions.passedOver) return {};
+        if (EndsIn(path.filename(), m_backupOptions.suffix)) return "a backup";
         const std::string original = m_backups.OriginalOf(path);
         return original.empty() ? "" : "a backup of " + original;
+    }
+
+    bool IsWanted(const fs::path& relative) const
+    {
+        return (m_options.include.empty() || Fits(relative, m_options.include)) &&
+               !Fits(relative, m_options.exclude);
     }
 
     void Skip(const fs::path& path, const std::string& why)
@@ -84,17 +118,20 @@ private:
         m_inputs.remarks.push_back(Remark(path, why + ", skipped"));
     }
 
-    const WalkOptions& m_options;
+    const FileOptions& m_options;
+    const BackupOptions& m_backupOptions;
     Inputs& m_inputs;
     Backups m_backups;
 };
 }  // namespace
 
-Inputs CollectInputs(const std::vector<std::string>& arguments, const WalkOptions& options)
+Inputs CollectInputs(const FileOptions& options, const BackupOptions& backups)
 {
     Inputs inputs;
-    Walk walk(options, inputs);
-    for (const std::string& argument : arguments) {
+    Walk walk(options, backups, inputs);
+    std::vector<std::string> names = options.files;
+    if (!options.listFile.empty()) AppendListed(options, names);
+    for (const std::string& argument : names) {
         std::error_code error;
         if (argument == "-" || !fs::is_directory(argument, error))
             inputs.files.push_back({argument, fs::path(argument).filename(), false});

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Commands.h"
+
 struct Input {
     std::string path;      // "-" is standard input
     std::string relative;  // to the folder that was named; the file's own name for a file that was
@@ -22,14 +24,14 @@ struct Inputs {
     void DropAliases();
 };
 
-struct WalkOptions {
-    bool recursive = false;
-    bool passOverBackups = false;
-    std::string backupSuffix;  // files that end in it are backups, too
+struct BackupOptions {
+    bool passedOver = false;
+    std::string suffix;  // files that end in it are backups, too
 };
 
 // Folders are walked in the order of the names. Links to folders, the folders of version control, and what is
-// no regular file are passed over.
-Inputs CollectInputs(const std::vector<std::string>& arguments, const WalkOptions& options);
+// no regular file are passed over; so are files in folders that no pattern of `include` or some pattern of
+// `exclude` fits: the name, or the path below the folder where the pattern has a slash.
+Inputs CollectInputs(const FileOptions& options, const BackupOptions& backups);
 
 #endif  // CODETRANSCLI_INPUTS_H

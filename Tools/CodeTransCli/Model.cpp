@@ -1,9 +1,7 @@
 // The file's form is told in Doc/ModelFormat.md.
 #include "Model.h"
 
-#include <CodeTrans.h>
-#include <dlfcn.h>
-#include <fcntl.h>
+#include <STLCodeTrans.h>
 #include <unistd.h>
 
 #include <array>
@@ -92,56 +90,22 @@ private:
     size_t m_count;
     std::vector<bool> m_seen;
 };
-
-// Turns standard output away and goes where no file can be made, for as long as it lives.
-class Silence
-{
-public:
-    Silence() : m_output(dup(STDOUT_FILENO)), m_folder(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC))
-    {
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        fflush(stdout);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-        m_moved = m_folder >= 0 && chdir("/proc") == 0;
-    }
-    ~Silence()
-    {
-        fflush(stdout);
-        if (m_output >= 0)
-            dup2(m_output, STDOUT_FILENO);
-        else
-            close(STDOUT_FILENO);
-        if (m_moved && fchdir(m_folder) != 0) m_moved = false;
-        if (m_output >= 0) close(m_output);
-        if (m_folder >= 0) close(m_folder);
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-
-private:
-    int m_output, m_folder;
-    bool m_moved = false;
-};
 }  // namespace
 
-std::string LibraryFile()
+std::string ProgramFile()
 {
-    Dl_info info = {};
-    if (dladdr(reinterpret_cast<const void*>(&TQ_Exit), &info) == 0) return {};
     std::error_code error;
-    const fs::path file = fs::canonical(info.dli_fname, error);
-    return error ? info.dli_fname : file.string();
+    return fs::read_symlink("/proc/self/exe", error);
 }
 
+// Beside the program means prefix/share/CodeTrans for prefix/bin/codetrans, and the build folder for a
+// program that was not installed.
 std::vector<std::string> ModelFolders(const std::string& chosen)
 {
     if (!chosen.empty()) return {chosen};
-    const fs::path beside = fs::path(LibraryFile()).parent_path();
-    // The library lies in the prefix's lib, or in Debian's lib/x86_64-linux-gnu.
-    const bool nested = beside.parent_path().filename() == "lib";
-    const fs::path prefix = nested ? beside.parent_path().parent_path() : beside.parent_path();
-    return {beside, prefix / "share/CodeTrans", CODETRANS_INSTALLED_DIRECTORY};
+    const fs::path folder = fs::path(ProgramFile()).parent_path();
+    if (folder.filename() == "CodeTransCli") return {folder.parent_path().parent_path()};
+    return {folder.parent_path() / "share/CodeTrans", CODETRANS_INSTALLED_DIRECTORY};
 }
 
 std::string ModelFile(const std::string& folder)
@@ -160,8 +124,8 @@ ModelState CheckModel(const std::string& file, bool thorough)
 {
     ModelState state;
     try {
-        const Source source(file);
-        const std::string_view bytes = source.Bytes();
+        Source source(file);
+        const std::string_view bytes = source.Fill(SIZE_MAX / 4);
         state.bytes = bytes.size();
         if (state.bytes < NODES_OFFSET + NODE_BYTES) {
             state.fault = "ends after " + std::to_string(state.bytes) + " bytes";
@@ -180,9 +144,7 @@ ModelState CheckModel(const std::string& file, bool thorough)
     return state;
 }
 
-bool LoadQuietly(const std::string& folder)
+bool LoadModel(const std::string& file)
 {
-    const std::string absolute = fs::absolute(folder);
-    const Silence silence;
-    return TQ_Init(absolute.c_str(), nullptr) == 1;
+    return CodeTrans_Initialize(file.c_str()) == 0;
 }

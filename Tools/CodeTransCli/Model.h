@@ -1,8 +1,6 @@
-// Where the model lies, whether it is whole, and loading it without a sound.
+// Where the model lies, whether it is whole, and loading it.
 //
-// The library loads what it is given and, when it cannot, writes a log file into the current folder and
-// prints. So the model is looked at first, and loaded where no log file can come into being, with standard
-// output turned away.
+// TQ_Init would log and print where it fails, so the engine's own function loads it.
 #ifndef CODETRANSCLI_MODEL_H
 #define CODETRANSCLI_MODEL_H
 
@@ -11,13 +9,13 @@
 #include <vector>
 
 // The folders that may hold Data/CodeTrans.model, the first that does wins: `chosen` alone unless it is
-// empty, else those beside the library, else the one installed.
+// empty, else those beside the program, else the one installed.
 std::vector<std::string> ModelFolders(const std::string& chosen);
 
 std::string ModelFile(const std::string& folder);
 
-// The library that this process runs with.
-std::string LibraryFile();
+// This program.
+std::string ProgramFile();
 
 // The first of `folders` that has a model, or empty.
 std::string FindModel(const std::vector<std::string>& folders);
@@ -29,7 +27,6 @@ struct ModelState {
 };
 ModelState CheckModel(const std::string& file, bool thorough);
 
-// False when the library refuses.
-bool LoadQuietly(const std::string& folder);
+bool LoadModel(const std::string& file);
 
 #endif  // CODETRANSCLI_MODEL_H

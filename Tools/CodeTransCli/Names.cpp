@@ -1,13 +1,13 @@
 #include "Names.h"
 
-#include <CodeTrans.h>
+#include <STLCodeTrans.h>
 #include <wchar.h>
 
 #include <algorithm>
 #include <cstdio>
 
-#include "Characters.h"
-#include "Text.h"
+#include "Codec.h"
+#include "UnicodeCodec.h"
 
 namespace
 {
@@ -47,15 +47,35 @@ bool IsControlOrHigh(unsigned char byte)
 std::string Readable(std::string_view name)
 {
     if (IsFlawlessUtf8(name)) return EscapeIf(std::string(name), IsControl);
-    const Block block = Decode(name, ENCODE_GBK, name.size());
-    if (!block.lost.empty()) return EscapeIf(std::string(name), IsControlOrHigh);
-    return EscapeIf(Encode(block.units, ENCODE_UTF8), IsControl);
+    std::u16string units;
+    std::string readable;
+    const bool isGbk = g_mapGBKToUnicode != nullptr && MakeDecoder(GBK)->Read(name, units) == name.size();
+    if (!isGbk || MakeEncoder(UTF8)->Write(units, readable) != units.size())
+        return EscapeIf(std::string(name), IsControlOrHigh);
+    return EscapeIf(readable, IsControl);
+}
+
+std::string Base64(std::string_view bytes)
+{
+    constexpr const char* DIGITS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        unsigned group = 0;
+        for (size_t k = 0; k < 3; ++k)
+            group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+        for (size_t k = 0; k < 4; ++k)
+            text += i + k <= bytes.size() ? DIGITS[group >> (18 - 6 * k) & 0x3F] : '=';
+    }
+    return text;
 }
 
 size_t Width(const std::string& readable)
 {
     size_t width = 0;
-    const Block block = Decode(readable, ENCODE_UTF8, readable.size());
-    for (const char16_t unit : block.units) width += static_cast<size_t>(std::max(wcwidth(unit), 0));
+    for (std::string_view rest = readable; !rest.empty();) {
+        const Character next = FirstOfUtf8(rest);
+        width += static_cast<size_t>(std::max(wcwidth(static_cast<wchar_t>(next.codePoint)), 0));
+        rest.remove_prefix(next.length);
+    }
     return width;
 }

@@ -9,6 +9,8 @@
 // \xFF.
 std::string Readable(std::string_view name);
 
+std::string Base64(std::string_view bytes);
+
 // Columns on a terminal.
 size_t Width(const std::string& readable);
 

@@ -1,11 +1,13 @@
 #include "Reading.h"
 
-#include <CodeTrans.h>
+#include <Margin.h>
 
 #include <algorithm>
 #include <iterator>
 
-#include "Characters.h"
+#include "Identity.h"
+#include "SevenBit.h"
+#include "UnicodeCodec.h"
 
 namespace
 {
@@ -114,7 +116,9 @@ bool IsPlausibleInUtf16(std::string_view text)
         const bool ascii = high == 0 && Byte(text, i) != 0;
         if (!hanzi && !ascii) return false;
     }
-    return TQ_CodeDetect(text.data(), text.size()) == ENCODE_UNICODE;
+    WalkPosition position;
+    WalkOn(text.data(), text.size(), position);
+    return AnswerOf(position.scores).code == ENCODE_UNICODE;
 }
 
 bool IsShort(std::string_view text)
@@ -123,30 +127,46 @@ bool IsShort(std::string_view text)
         std::count_if(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
     return static_cast<size_t>(beyond) <= SHORT;
 }
-}  // namespace
 
-bool IsAscii(std::string_view text)
+// In one of the encodings that the library has a code for.
+bool IsPlausibleFor(std::string_view text, int code)
 {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    if (code == ENCODE_UTF8) return true;
+    if (code == ENCODE_UNICODE && text.size() % 2 == 0 && HasManyZeros(text)) return true;
+    if (AsciiLength(text) == text.size() ? code != ENCODE_UNICODE : IsUtf8AtSight(text)) return false;
+    // Where the detector does not know, GBK is as likely as anything.
+    return code == ENCODE_UNICODE ? IsPlausibleInUtf16(text) : IsPlausibleInPairs(text, code);
 }
+
+std::string Turned(std::string_view text)
+{
+    std::string turned(text);
+    for (size_t i = 0; i + 1 < turned.size(); i += 2) std::swap(turned[i], turned[i + 1]);
+    return turned;
+}
+}  // namespace
 
 bool HasManyZeros(std::string_view text)
 {
     return static_cast<size_t>(std::count(text.begin(), text.end(), '\0')) > text.size() / 8;
 }
 
-bool IsPlausible(std::string_view text, int encoding)
+bool IsPlausible(std::string_view text, const Encoding& encoding)
 {
-    if (encoding == ENCODE_UTF8) return true;
-    if (encoding == ENCODE_UNICODE && text.size() % 2 == 0 && HasManyZeros(text)) return true;
-    if (IsAscii(text) ? encoding != ENCODE_UNICODE : IsUtf8AtSight(text)) return false;
-    // Where the library does not know, GBK is as likely as anything.
-    return encoding == ENCODE_UNICODE ? IsPlausibleInUtf16(text) : IsPlausibleInPairs(text, encoding);
+    if (encoding.code != ENCODE_UNKNOWN) return IsPlausibleFor(text, encoding.code);
+    if (&encoding == &GB18030) return IsPlausibleFor(text, ENCODE_GBK);
+    if (&encoding == &UTF16BE) return IsPlausibleFor(Turned(text), ENCODE_UNICODE);
+    if (encoding.scheme == Scheme::UTF32) return FindUtf32(text) == &encoding;
+    if (AsciiLength(text) == text.size()) return !encoding.holdsAscii || FindSevenBit(text) == &encoding;
+    return IsShort(text) && !IsUtf8AtSight(text) && CanBeRead(text, encoding);
 }
 
-int Settled(std::string_view text, int answer)
+int Settled(std::string_view text, bool isWhole, int answer)
 {
-    if (answer == ENCODE_UTF8 || IsAscii(text) || !IsFlawlessUtf8(text)) return answer;
+    if (answer == ENCODE_UTF8) return answer;
+    const std::string_view rest = text.substr(Utf8Length(text));
+    const bool isUtf8 = rest.empty() || (!isWhole && FirstOfUtf8(rest).fault == Fault::CUT);
+    if (!isUtf8) return answer;
     const bool open = IsShort(text) || (answer == ENCODE_UNICODE && HasManyZeros(text));
-    return open && IsPlausible(text, answer) ? answer : ENCODE_UTF8;
+    return open && IsPlausibleFor(text, answer) ? answer : ENCODE_UTF8;
 }

@@ -8,8 +8,9 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <new>
+#include <thread>
 
-#include "Locale.h"
 #include "Model.h"
 
 namespace
@@ -71,17 +72,11 @@ bool Begin(const CommonOptions& common)
         return false;
     }
     const std::string file = ModelFile(folder.empty() ? common.directory : folder);
+    if (LoadModel(file)) return true;
     const ModelState model = CheckModel(file, false);
-    if (!model.fault.empty() || !LoadQuietly(folder)) {
-        std::cerr << "codetrans: the model " << file
-                  << " cannot be used: " << (model.fault.empty() ? "the library refused it" : model.fault)
-                  << '\n';
-        return false;
-    }
-    if (!common.quiet && !LocaleIsThere())
-        std::cerr << "codetrans: note: the locale " << LOCALE_NAME
-                  << " is missing; all is done without it here, but see 'codetrans doctor'\n";
-    return true;
+    std::cerr << "codetrans: the model " << file
+              << " cannot be used: " << (model.fault.empty() ? "it cannot be loaded" : model.fault) << '\n';
+    return false;
 }
 
 int Session::Run(OutcomeCounts& counts) const
@@ -94,15 +89,18 @@ int Session::Run(OutcomeCounts& counts) const
     Outcome worst = inputs.failures.empty() ? Outcome::DONE : Outcome::FAILED;
     Workers workers;
     workers.tasks = inputs.files.size();
-    workers.processes = jobs;
-    workers.work = [&](size_t task, const Workers::Progress& progress) {
+    workers.processes = jobs != 0 ? jobs : std::max(1U, std::thread::hardware_concurrency());
+    workers.work = [&](size_t task, const Workers::Progress& progress, const Workers::Send& send) {
         const Input& input = inputs.files[task];
         try {
-            return work(input, progress);
+            work(task, progress, send);
+        } catch (const std::bad_alloc&) {
+            send(task, {Outcome::FAILED, {}, Remark(input.path, "there is not enough memory for it")});
         } catch (const std::exception& error) {
-            return Report{Outcome::FAILED, {}, Remark(input.path, error.what())};
+            send(task, {Outcome::FAILED, {}, Remark(input.path, error.what())});
         }
     };
+    workers.finish = finish;
     workers.done = [&](size_t task, const Report& report) {
         std::cout << report.result;
         const bool named = report.remark.empty() || report.remark.back() == '\n';

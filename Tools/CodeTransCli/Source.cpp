@@ -1,10 +1,11 @@
 #include "Source.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -12,6 +13,8 @@ namespace fs = std::filesystem;
 
 namespace
 {
+constexpr size_t LEAST_ROOM = 1 << 16;
+
 // Of the file itself, where a link has lost it: "No such file" alone would puzzle who sees the link.
 std::string Missing(const std::string& path)
 {
@@ -28,43 +31,51 @@ void Fail(const std::string& what)
 }
 
 Source::Source(const std::string& path)
+    : m_descriptor(path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC)),
+      m_name(path == "-" ? " standard input" : "")
 {
-    const int descriptor = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) Fail(Missing(path));
-    try {
-        if (fstat(descriptor, &m_status) != 0) Fail("cannot read");
-        const auto size = static_cast<size_t>(m_status.st_size);
-        if (path != "-" && IsRegular() && size > 0)
-            m_mapping = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor, 0);
-        if (m_mapping == MAP_FAILED) m_mapping = nullptr;
-        if (m_mapping != nullptr)
-            m_bytes = {static_cast<const char*>(m_mapping), size};
-        else
-            ReadToEnd(descriptor, path);
-    } catch (...) {
-        close(descriptor);
-        throw;
-    }
-    close(descriptor);
+    if (m_descriptor < 0) Fail(Missing(path));
+    if (fstat(m_descriptor, &m_status) == 0) return;
+    close(m_descriptor);
+    Fail("cannot read");
 }
 
 Source::~Source()
 {
-    if (m_mapping != nullptr) munmap(m_mapping, m_bytes.size());
+    close(m_descriptor);
 }
 
-void Source::ReadToEnd(int descriptor, const std::string& path)
+// At the end of the buffer. A file's size is only a hint: it may grow, or be 0 below /proc.
+void Source::MakeRoom(size_t size)
 {
-    constexpr size_t STEP = 1 << 20;
-    for (;;) {
-        const size_t had = m_content.size();
-        m_content.resize(had + STEP);
-        const ssize_t got = read(descriptor, m_content.data() + had, STEP);
-        if (got < 0 && errno != EINTR) Fail(path == "-" ? "cannot read standard input" : "cannot read");
-        m_content.resize(had + static_cast<size_t>(got > 0 ? got : 0));
-        if (got == 0) break;
+    if (m_begin + size <= m_capacity) return;
+    const size_t held = m_end - m_begin;
+    if (size > m_capacity) {
+        const auto whole = static_cast<size_t>(IsRegular() ? m_status.st_size + 1 : 0);
+        const size_t grown = std::min(size, std::max({2 * m_capacity, whole, LEAST_ROOM}));
+        std::unique_ptr<char[]> buffer(new char[grown]);
+        if (held > 0) memcpy(buffer.get(), m_buffer.get() + m_begin, held);
+        m_buffer = std::move(buffer);
+        m_capacity = grown;
+    } else {
+        memmove(m_buffer.get(), m_buffer.get() + m_begin, held);
     }
-    m_bytes = m_content;
+    m_begin = 0;
+    m_end = held;
+}
+
+std::string_view Source::Fill(size_t size)
+{
+    while (!m_isAtEnd && m_end - m_begin < size) {
+        if (m_end == m_capacity || m_begin + size > m_capacity) MakeRoom(size);
+        const ssize_t got = read(m_descriptor, m_buffer.get() + m_end, m_capacity - m_end);
+        if (got < 0 && errno != EINTR) Fail("cannot read" + m_name);
+        m_isAtEnd = got == 0;
+        if (got <= 0) continue;
+        m_end += static_cast<size_t>(got);
+        m_size += static_cast<uint64_t>(got);
+    }
+    return Window();
 }
 
 void Source::CheckUnchanged(const std::string& path) const

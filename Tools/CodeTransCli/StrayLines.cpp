@@ -1,38 +1,34 @@
 #include "StrayLines.h"
 
-#include <CodeTrans.h>
-
 #include <algorithm>
 
-#include "Characters.h"
+#include "UnicodeCodec.h"
 
 namespace
 {
 // Fewer could be hanzi of GBK by chance.
 constexpr std::ptrdiff_t ENOUGH = 4;
-
-bool IsUtf8BeyondChance(std::string_view line)
-{
-    const auto threes = std::count_if(line.begin(), line.end(), [](char c) {
-        return static_cast<unsigned char>(c) >= 0xE0 && static_cast<unsigned char>(c) <= 0xEF;
-    });
-    return threes >= ENOUGH && IsFlawlessUtf8(line);
-}
 }  // namespace
 
-Losses FindUtf8Lines(std::string_view text, int encoding, size_t describe)
+// Most lines of GBK are no UTF-8 from their first hanzi on.
+bool IsUtf8BeyondChance(std::string_view line)
 {
-    Losses lines;
-    if (encoding != ENCODE_GBK && encoding != ENCODE_BIG5) return lines;
-    for (size_t number = 1; !text.empty(); ++number) {
-        const std::string_view line = text.substr(0, text.find('\n'));
+    if (!IsFlawlessUtf8(line)) return false;
+    const auto longer =
+        std::count_if(line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) >= 0xE0; });
+    return longer >= ENOUGH;
+}
+
+void StrayLines::Pass(std::string_view text)
+{
+    while (!text.empty()) {
+        const size_t end = text.find('\n');
+        const std::string_view line = text.substr(0, end);
         text.remove_prefix(std::min(line.size() + 1, text.size()));
-        if (!IsUtf8BeyondChance(line)) continue;
-        const auto* const first = std::find_if(line.begin(), line.end(),
-                                               [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-        const auto column = static_cast<size_t>(first - line.begin()) + 1;
-        if (++lines.count <= describe)
-            lines.described.push_back({number, column, "from here to the end of the line, this is UTF-8"});
+        const size_t first = AsciiLength(line);
+        if (first < line.size() && IsUtf8BeyondChance(line.substr(first)) && ++m_found.count <= m_describe)
+            m_found.described.push_back(
+                {m_line, first + 1, "from here to the end of the line, this is UTF-8"});
+        m_line += end != std::string_view::npos;
     }
-    return lines;
 }

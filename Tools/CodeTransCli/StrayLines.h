@@ -1,13 +1,30 @@
-// Lines in another encoding than the rest of their text.
-#ifndef CODETRANSCLI_STRAYLINES_H
-#define CODETRANSCLI_STRAYLINES_H
+// Lines of UTF-8 in a text of GBK or Big5, where the detector sees the most of the text only.
+#ifndef CODETRANSCLI_STRAY_LINES_H
+#define CODETRANSCLI_STRAY_LINES_H
 
 #include <string_view>
 
 #include "Conversion.h"
 
-// The lines of `text`, in GBK or Big5, that are UTF-8 beyond chance: flawless, with four characters of three
-// bytes. None in the other encodings, where the lines of another cannot be read at all.
-Losses FindUtf8Lines(std::string_view text, int encoding, size_t describe);
+class StrayLines
+{
+public:
+    // Describes at most `describe` lines.
+    explicit StrayLines(size_t describe) : m_describe(describe) {}
 
-#endif  // CODETRANSCLI_STRAYLINES_H
+    // The next piece of the text. Lines should be whole: of a line that is cut, each part is looked at alone.
+    void Pass(std::string_view text);
+
+    // A line counts when it is flawless UTF-8 and has four characters of three bytes or more.
+    const Losses& Found() const { return m_found; }
+
+private:
+    size_t m_describe;
+    uint64_t m_line = 1;
+    Losses m_found;
+};
+
+// Whether `line` counts.
+bool IsUtf8BeyondChance(std::string_view line);
+
+#endif  // CODETRANSCLI_STRAY_LINES_H

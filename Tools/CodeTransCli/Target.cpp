@@ -77,7 +77,7 @@ void Target::OpenTemporary()
 {
     // Without /proc, a file without a name could not be given one.
     if (access("/proc/self/fd", X_OK) == 0)
-        m_descriptor = open(m_folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+        m_descriptor = open(m_folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
     if (m_descriptor >= 0) return;
     std::string name = m_folder + "/.codetrans-XXXXXX";
     m_descriptor = mkostemp(name.data(), O_CLOEXEC);
@@ -91,8 +91,16 @@ void Target::Write(std::string_view bytes)
         const ssize_t written = write(m_descriptor, bytes.data(), bytes.size());
         if (written < 0 && errno != EINTR)
             Fail("cannot write " + (m_path == "-" ? "standard output" : m_path));
-        if (written > 0) bytes.remove_prefix(static_cast<size_t>(written));
+        if (written <= 0) continue;
+        bytes.remove_prefix(static_cast<size_t>(written));
+        m_written += static_cast<uint64_t>(written);
     }
+    // The disk need not wait for the end of a large file.
+    constexpr uint64_t STRETCH = 8 << 20;
+    if (m_direct || m_written - m_started < STRETCH) return;
+    sync_file_range(m_descriptor, static_cast<off_t>(m_started), static_cast<off_t>(m_written - m_started),
+                    SYNC_FILE_RANGE_WRITE);
+    m_started = m_written;
 }
 
 // Only root may give a file away; the group is often possible where the owner is not. A file that could not
@@ -118,17 +126,32 @@ void Target::GiveName()
     }
 }
 
-// A renaming lasts when the folder has been written too. File systems that cannot flush a folder say EINVAL.
-void Target::Flush() const
+void FlushFolder(const std::string& folder)
 {
-    const int folder = open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) return;
-    const bool flushed = fsync(folder) == 0 || errno == EINVAL;
-    close(folder);
-    if (!flushed) Fail("cannot flush " + m_folder);
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    const bool flushed = fsync(descriptor) == 0 || errno == EINVAL;
+    close(descriptor);
+    if (!flushed) Fail("cannot flush " + folder);
 }
 
-void Target::Commit(const struct stat* source, const std::string& backupSuffix)
+dev_t Target::Device() const
+{
+    struct stat status = {};
+    return fstat(m_descriptor, &status) == 0 ? status.st_dev : 0;
+}
+
+void Target::Commit(const std::string& backupSuffix)
+{
+    if (m_direct) return;
+    Keep(backupSuffix);
+    if (!backupSuffix.empty()) FlushBackupRecord(m_folder);
+    if (fsync(m_descriptor) != 0) Fail("cannot flush the new file");
+    Place();
+    FlushFolder(m_folder);
+}
+
+void Target::Prepare(const struct stat* source)
 {
     if (m_direct) {
         const int descriptor = m_descriptor;
@@ -145,14 +168,20 @@ void Target::Commit(const struct stat* source, const std::string& backupSuffix)
         const struct timespec times[2] = {source->st_atim, source->st_mtim};
         if (futimens(m_descriptor, times) != 0) Fail("cannot set the time stamps");
     }
-    if (fsync(m_descriptor) != 0) Fail("cannot flush the new file");
+}
+
+void Target::Keep(const std::string& backupSuffix)
+{
+    if (m_direct || backupSuffix.empty()) return;
+    KeepAs(m_path, m_path + backupSuffix);
+    const std::string name = fs::path(m_path).filename();
+    RecordBackup(m_folder, {name + backupSuffix, name, Fingerprint(m_descriptor)});
+}
+
+void Target::Place()
+{
+    if (m_direct) return;
     if (m_temporary.empty()) GiveName();
-    if (!backupSuffix.empty()) {
-        KeepAs(m_path, m_path + backupSuffix);
-        const std::string name = fs::path(m_path).filename();
-        RecordBackup(m_folder, name + backupSuffix, name);
-    }
     if (rename(m_temporary.c_str(), m_path.c_str()) != 0) Fail("cannot replace " + m_path);
     m_temporary.clear();
-    Flush();
 }

@@ -131,8 +131,12 @@ private:
     {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         const auto progress = [this](uint64_t bytes) { m_shared->bytes += bytes; };
+        const auto send = [&](size_t task, const Report& done) {
+            if (!Send(report, task, done)) _exit(0);
+        };
         for (size_t task = m_shared->nextTask++; task < m_workers.tasks; task = m_shared->nextTask++)
-            if (!Send(report, task, m_workers.work(task, progress))) break;
+            m_workers.work(task, progress, send);
+        m_workers.finish(send);
         _exit(0);
     }
 
@@ -183,5 +187,11 @@ private:
 
 void Workers::Run() const
 {
-    Crew(*this).Run();
+    if (tasks > 1) return Crew(*this).Run();
+    const auto send = [this](size_t task, const Report& report) { done(task, report); };
+    uint64_t total = 0;
+    if (tasks == 1)
+        work(
+            0, [&](uint64_t bytes) { shown(total += bytes); }, send);
+    finish(send);
 }

@@ -1,6 +1,7 @@
 // Work on many files in several processes; reports come back in the order of the files.
 //
-// Processes, not threads: what a damaged disk or a full memory does to one file stays with that file.
+// Processes, not threads: what a damaged disk or a full memory does to one file stays with that file. A
+// single file is worked on in this process, as starting another one would take longer than most files do.
 #ifndef CODETRANSCLI_WORKERS_H
 #define CODETRANSCLI_WORKERS_H
 
@@ -14,11 +15,14 @@ struct Workers {
     size_t tasks = 0;
     size_t processes = 1;
 
-    // Runs in a worker; tells the bytes that it has done, as it goes.
+    // Runs in a worker; tells the bytes that it has done, as it goes. The report may be sent with a later
+    // task's, or by `finish`, which runs once in each worker when no task is left.
     using Progress = std::function<void(uint64_t bytes)>;
-    std::function<Report(size_t task, const Progress& progress)> work;
+    using Send = std::function<void(size_t task, const Report& report)>;
+    std::function<void(size_t task, const Progress& progress, const Send& send)> work;
+    std::function<void(const Send& send)> finish;
 
-    // Run in this process: each report in its turn, and now and then the bytes done by all.
+    // Runs in this process: each report in its turn, and now and then the bytes done by all.
     std::function<void(size_t task, const Report& report)> done;
     Progress shown;
 

@@ -2,11 +2,14 @@
 //
 // Results go to standard output, everything else to standard error.
 #include <clocale>
+#include <csignal>
 
 #include "CommandLine.h"
 
 int main(int argc, char** argv)
 {
+    // A file that grows too large is an error of writing, and not the end of the process.
+    signal(SIGXFSZ, SIG_IGN);
     // For the width of characters alone.
     setlocale(LC_CTYPE, "C.UTF-8");
     return RunCommandLine(argc, argv);

@@ -1,0 +1,50 @@
+#include "Margin.h"
+
+#include <algorithm>
+
+#include "FastPaths.h"
+
+namespace
+{
+long Lead(const Scores& scores, int code)
+{
+    const struct {
+        int code;
+        unsigned sum;
+    } candidates[] = {{ENCODE_GBK, scores.sumGbk},
+                      {ENCODE_BIG5, scores.sumBig5},
+                      {ENCODE_UTF8, scores.sumUtf8},
+                      {ENCODE_UNICODE, scores.sumUnicode}};
+    long own = 0, others = 0;
+    for (const auto& candidate : candidates) {
+        const long sum = static_cast<int>(candidate.sum);
+        if (candidate.code == code)
+            own = sum;
+        else
+            others = std::max(others, sum);
+    }
+    return own - others;
+}
+}  // namespace
+
+Answer AnswerOf(const Scores& scores)
+{
+    const int code = Decide(scores);
+    if (code == ENCODE_UNKNOWN) return {code, 0};
+    if (scores.decidedCode != 0) return {code, MOST_MARGIN};
+    constexpr long FEW = 4;  // bytes: two characters of GBK or Big5
+    const long lead = std::max(Lead(scores, code), 0L);
+    const bool divides = code != ENCODE_UTF8 && scores.highBytes > FEW;
+    const long margin = divides ? lead * FEW / scores.highBytes : lead;
+    return {code, static_cast<int>(std::min<long>(margin, MOST_MARGIN))};
+}
+
+void WalkOn(const char* text, unsigned long length, WalkPosition& position)
+{
+    const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());
+    if (g_pstTrieTable == nullptr || nodeCount == 0) return;
+    if (FastPathsOn())
+        FastWalk(g_pstTrieTable, nodeCount, text, length, position);
+    else
+        Walk(g_pstTrieTable, nodeCount, text, length, position);
+}

@@ -1,0 +1,21 @@
+// One file into another encoding, whole or not at all.
+#ifndef CODETRANSCLI_CONVERT_FILE_H
+#define CODETRANSCLI_CONVERT_FILE_H
+
+#include <memory>
+
+#include "Commands.h"
+#include "Inputs.h"
+#include "Report.h"
+#include "Target.h"
+#include "Workers.h"
+
+struct ConvertedFile {
+    Report report;                   // as it will be true once the target is in its place
+    std::unique_ptr<Target> target;  // prepared; null if nothing is left to do
+};
+
+ConvertedFile ConvertFile(const CommonOptions& common, const ConvertOptions& options, const Input& input,
+                          const Workers::Progress& progress);
+
+#endif  // CODETRANSCLI_CONVERT_FILE_H
