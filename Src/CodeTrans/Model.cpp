@@ -4,6 +4,14 @@
 // section is read by one call straight into the array that serves it, and nothing is looked at on the way: a
 // damaged table is the readers' matter (the trie's walk bounds its indices by CodeTrans_TrieNodeCount).
 // Invariant: either all three tables stand, or none, whenever no load is running.
+//
+// CodeTrans_Map takes the tables where they lie in a mapping of the file, for programs that start, look at
+// one short text and end: most of the model is never touched then.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -28,6 +36,10 @@ enum LoadResult {
     NODES_SHORT = -4,
     OUT_OF_MEMORY = -127,
 };
+
+// The file in a mapping, if the tables lie in one.
+void* s_pMapping = nullptr;
+size_t s_nMapped = 0;
 
 // The node table that was loaded last and its size.
 const TrieNode* s_pLoadedTrie = nullptr;
@@ -98,8 +110,46 @@ int CodeTrans_Initialize(char const* path)
     return result;
 }
 
+int CodeTrans_Map(char const* path)
+{
+    constexpr size_t TABLE = MAPPING_ENTRIES * sizeof(unsigned short);
+    constexpr size_t NODES = 2 * TABLE + sizeof(int);
+    const bool isHostsOrder = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    const int file = isHostsOrder ? open(path, O_RDONLY | O_CLOEXEC) : -1;
+    struct stat status = {};
+    const bool hasNodes = file >= 0 && fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+                          static_cast<size_t>(status.st_size) > NODES;
+    const size_t size = hasNodes ? static_cast<size_t>(status.st_size) : 0;
+    void* const mapping = hasNodes ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
+    if (file >= 0) close(file);
+    if (mapping == MAP_FAILED) return CodeTrans_Initialize(path);
+
+    char* const bytes = static_cast<char*>(mapping);
+    int count = 0;
+    memcpy(&count, bytes + 2 * TABLE, sizeof count);
+    if (count < 0 || (size - NODES) / sizeof(TrieNode) < static_cast<size_t>(count)) {
+        munmap(mapping, size);
+        return CodeTrans_Initialize(path);  // which says what is wrong
+    }
+    g_mapGBKToUnicode = reinterpret_cast<unsigned short*>(bytes);
+    g_mapBig5ToUnicode = reinterpret_cast<unsigned short*>(bytes + TABLE);
+    g_pstTrieTable = reinterpret_cast<TrieNode*>(bytes + NODES);
+    s_pMapping = mapping;
+    s_nMapped = size;
+    s_pLoadedTrie = g_pstTrieTable;
+    s_nLoadedNodes = count;
+    DropShortcuts();
+    return LOADED;
+}
+
 void CodeTrans_Destroy()
 {
+    if (s_pMapping != nullptr) {
+        munmap(s_pMapping, s_nMapped);
+        s_pMapping = nullptr;
+        g_pstTrieTable = nullptr;
+        g_mapGBKToUnicode = g_mapBig5ToUnicode = nullptr;
+    }
     delete[] g_pstTrieTable;
     g_pstTrieTable = nullptr;
     s_pLoadedTrie = nullptr;

@@ -81,6 +81,10 @@ extern TrieNode* g_pstTrieTable;            // node 0 is the root
 // Must not overlap any other call that reads the tables.
 int CodeTrans_Initialize(char const* path);
 
+// The same in less time where little of the model will be used: the tables stay in the file, which is mapped
+// into memory and must not be cut short while they are in use. Nothing may be loaded yet.
+int CodeTrans_Map(char const* path);
+
 // Frees whatever is loaded; harmless when nothing is.
 void CodeTrans_Destroy();
 

@@ -40,6 +40,9 @@ public:
     // Returns the bytes that they take.
     virtual size_t Read(std::string_view text, std::u16string& units);
 
+    // The length of the whole characters at the start of `text`, as far as lengths tell.
+    size_t WholeLength(std::string_view text) const { return PieceEnd(text, text.size() - 1); }
+
     // The character, or what is none, at the start of `text`, which is not empty.
     virtual Character First(std::string_view text) = 0;
 

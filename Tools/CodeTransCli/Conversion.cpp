@@ -47,6 +47,12 @@ void Place::Pass(std::u16string_view units)
     m_column += units.size() - static_cast<uint64_t>(seconds);
 }
 
+void Place::Pass(const Place& passed)
+{
+    m_column = passed.m_line > 1 ? passed.m_column : m_column + passed.m_column - 1;
+    m_line += passed.m_line - 1;
+}
+
 Conversion::Conversion(const Encoding& from, const Encoding* to, size_t describe)
     : m_from(from),
       m_to(to),
@@ -75,6 +81,18 @@ size_t Conversion::Pass(std::string_view text, bool isLast, std::string& out)
         used += odd.length;
     }
     return used;
+}
+
+void Conversion::Join(const Conversion& next, const std::string& out)
+{
+    if (m_losses.count == 0) m_outBeforeLoss = out.size() + next.m_outBeforeLoss;
+    for (const Loss& loss : next.m_losses.described) {
+        if (m_losses.described.size() >= m_describe) break;
+        const uint64_t column = loss.line == 1 ? m_place.Column() + loss.column - 1 : loss.column;
+        m_losses.described.push_back({m_place.Line() + loss.line - 1, column, loss.what});
+    }
+    m_losses.count += next.m_losses.count;
+    m_place.Pass(next.m_place);
 }
 
 // `text` is where the units come from.

@@ -30,6 +30,9 @@ public:
     uint64_t Column() const { return m_column; }
     void Pass(std::u16string_view units);
 
+    // Goes on by what another place has passed from the start of a text.
+    void Pass(const Place& passed);
+
 private:
     uint64_t m_line = 1, m_column = 1;
 };
@@ -57,6 +60,10 @@ public:
     }
 
     const Losses& Lost() const { return m_losses; }
+
+    // Adds what another conversion did with the next piece of the text, as if this one had done it. `out` is
+    // what there was before.
+    void Join(const Conversion& next, const std::string& out);
 
     // How long `out` was when the first of them was met.
     size_t OutBeforeLoss() const { return m_outBeforeLoss; }

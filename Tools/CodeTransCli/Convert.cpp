@@ -6,6 +6,7 @@
 #include <iostream>
 #include <map>
 #include <set>
+#include <thread>
 
 #include "Commands.h"
 #include "ConvertFile.h"
@@ -124,9 +125,13 @@ int Convert(const CommonOptions& common, const ConvertOptions& options)
     if (!Begin(common)) return FAILED;
     Batch batch(inputs, options);
     Session session{common, inputs, options.input.jobs, true, {}};
+    // Several files are shared between processes, a single one between threads.
     const bool single = inputs.files.size() == 1;
+    const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
+    const auto threads =
+        single ? static_cast<unsigned>(options.input.jobs != 0 ? options.input.jobs : processors) : 1;
     session.work = [&](size_t task, const Workers::Progress& progress, const Workers::Send& send) {
-        ConvertedFile file = ConvertFile(common, options, inputs.files[task], progress);
+        ConvertedFile file = ConvertFile(common, options, inputs.files[task], progress, threads);
         if (single && file.target != nullptr) {
             file.target->Commit(options.backupSuffix);
             file.target.reset();

@@ -7,7 +7,9 @@
 #include <Margin.h>
 
 #include <algorithm>
+#include <deque>
 #include <filesystem>
+#include <future>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -46,8 +48,13 @@ class FileConverter
 {
 public:
     FileConverter(const CommonOptions& common, const ConvertOptions& options, const Input& input,
-                  const Workers::Progress& progress)
-        : m_common(common), m_options(options), m_input(input), m_progress(progress), m_source(input.path)
+                  const Workers::Progress& progress, unsigned threads)
+        : m_common(common),
+          m_options(options),
+          m_input(input),
+          m_progress(progress),
+          m_threads(threads),
+          m_source(input.path)
     {
     }
 
@@ -197,12 +204,12 @@ private:
             if (looksForLines && (m_identity.encoding == &GBK || m_identity.encoding == &BIG5))
                 stray.Pass(chunk);
             if (stray.Found().count > 0) m_stopped = true;
-            size_t used = m_lines ? PassLines(chunk) : PassPieces(chunk, !more);
-            if (used == 0 && more) used = PassPieces(chunk, true);
+            const size_t used = PassChunk(chunk, !more);
             m_source.Use(used);
             m_progress(used);
             if (m_stopped && IsPartial()) break;
         }
+        while (!m_jobs.empty()) TakeJob();
         if (stray.Found().count > 0) return Mixed(stray.Found());
         const Losses& losses = m_conversion->Lost();
         if (losses.count > 0 && (!m_options.lossy || m_same)) return m_same ? Mixed(losses) : Lost(losses);
@@ -216,9 +223,11 @@ private:
         auto next = std::make_unique<Conversion>(from, to, describe);
         if (m_conversion != nullptr) next->GoOnFrom(*m_conversion);
         m_conversion = std::move(next);
+        m_to = to;
+        m_looked = m_looked || to == nullptr;
         if (to == nullptr) return;
-        m_conversion->ChangeBy(nullptr);
         const bool declares = !m_same && !m_lines && !m_looked;
+        if (!declares) m_looked = true;
         if (!declares && m_options.lineEnd == LineEnd::KEPT) return;
         m_conversion->ChangeBy([this](std::u16string& units, bool isLast) {
             if (!m_looked && !m_same && !m_lines)
@@ -237,6 +246,63 @@ private:
         if (m_undecided) return window.substr(0, window.size() - PIECE);
         const size_t end = window.substr(0, CHUNK).rfind('\n');
         return window.substr(0, end == std::string_view::npos ? CHUNK : end + 1);
+    }
+
+    size_t PassChunk(std::string_view chunk, bool isLast)
+    {
+        if (m_lines) return PassLines(chunk);
+        if (!isLast && CanShare()) return StartJob(chunk);
+        while (!m_jobs.empty()) TakeJob();
+        const size_t used = PassPieces(chunk, isLast);
+        return used > 0 || isLast ? used : PassPieces(chunk, true);
+    }
+
+    // The first chunk may have declarations. Encodings with states can only be read from the start.
+    bool CanShare() const
+    {
+        const auto isFree = [](const Encoding* encoding) {
+            return encoding->scheme != Scheme::ICONV && encoding->scheme != Scheme::HZ;
+        };
+        return m_threads > 1 && m_looked && m_options.lineEnd == LineEnd::KEPT && !m_undecided &&
+               isFree(m_identity.encoding) && isFree(m_options.to);
+    }
+
+    // A chunk that another thread converts.
+    struct Job {
+        std::string out;
+        std::unique_ptr<Conversion> conversion;
+    };
+
+    size_t StartJob(std::string_view chunk)
+    {
+        const size_t whole = MakeDecoder(*m_identity.encoding)->WholeLength(chunk);
+        const auto convert = [text = std::string(chunk.substr(0, whole)), from = m_identity.encoding,
+                              to = m_to, copies = m_copies, describe = Shown()] {
+            Job job;
+            job.conversion = std::make_unique<Conversion>(*from, to, describe);
+            for (size_t used = 0; used < text.size();) {
+                const std::string_view piece = std::string_view(text).substr(used, PIECE);
+                const bool ends = used + piece.size() == text.size();
+                const size_t step = job.conversion->Pass(piece, ends, job.out);
+                if (copies) job.out += piece.substr(0, step);
+                used += step;
+            }
+            return job;
+        };
+        m_jobs.push_back(std::async(std::launch::async, convert));
+        if (m_jobs.size() > m_threads) TakeJob();
+        return whole;
+    }
+
+    // In their order.
+    void TakeJob()
+    {
+        const Job job = m_jobs.front().get();
+        m_jobs.pop_front();
+        m_conversion->Join(*job.conversion, m_out);
+        m_out += job.out;
+        if (m_conversion->Lost().count > 0 && !m_options.lossy) m_stopped = true;
+        Emit(false);
     }
 
     size_t PassPieces(std::string_view chunk, bool isLast)
@@ -452,6 +518,7 @@ private:
     const ConvertOptions& m_options;
     const Input& m_input;
     const Workers::Progress& m_progress;
+    unsigned m_threads;
     Source m_source;
     std::unique_ptr<Target> m_target;
 
@@ -461,6 +528,8 @@ private:
     std::optional<LineReader> m_lines;
 
     std::unique_ptr<Conversion> m_conversion;
+    const Encoding* m_to = nullptr;  // null: the text is only read
+    std::deque<std::future<Job>> m_jobs;
     LineEnds m_lineEnds{m_options.lineEnd};
     std::vector<Declaration> m_declarations;
     bool m_looked = false;   // for declarations
@@ -474,7 +543,7 @@ private:
 }  // namespace
 
 ConvertedFile ConvertFile(const CommonOptions& common, const ConvertOptions& options, const Input& input,
-                          const Workers::Progress& progress)
+                          const Workers::Progress& progress, unsigned threads)
 {
-    return FileConverter(common, options, input, progress).Run();
+    return FileConverter(common, options, input, progress, threads).Run();
 }

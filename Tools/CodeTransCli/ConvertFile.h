@@ -15,7 +15,8 @@ struct ConvertedFile {
     std::unique_ptr<Target> target;  // prepared; null if nothing is left to do
 };
 
+// `threads` share the work where the file is long.
 ConvertedFile ConvertFile(const CommonOptions& common, const ConvertOptions& options, const Input& input,
-                          const Workers::Progress& progress);
+                          const Workers::Progress& progress, unsigned threads);
 
 #endif  // CODETRANSCLI_CONVERT_FILE_H

@@ -146,5 +146,5 @@ ModelState CheckModel(const std::string& file, bool thorough)
 
 bool LoadModel(const std::string& file)
 {
-    return CodeTrans_Initialize(file.c_str()) == 0;
+    return CodeTrans_Map(file.c_str()) == 0;
 }

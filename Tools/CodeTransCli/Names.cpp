@@ -4,6 +4,7 @@
 #include <wchar.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 
 #include "Codec.h"
@@ -71,6 +72,9 @@ std::string Base64(std::string_view bytes)
 
 size_t Width(const std::string& readable)
 {
+    // wcwidth asks the locale. Only terminals are asked for widths.
+    static const bool s_set = setlocale(LC_CTYPE, "C.UTF-8") != nullptr;
+    if (!s_set) return readable.size();
     size_t width = 0;
     for (std::string_view rest = readable; !rest.empty();) {
         const Character next = FirstOfUtf8(rest);

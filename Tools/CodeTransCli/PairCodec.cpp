@@ -3,6 +3,7 @@
 // Big5's the first from A140 on, but for LATER. GBK's euro sign is the single byte 80.
 #include "PairCodec.h"
 
+#include <FastPaths.h>
 #include <STLCodeTrans.h>
 
 #include <algorithm>
@@ -102,16 +103,23 @@ void ReadByEngine(std::string_view piece, int code, std::u16string& units)
     units.resize(had + written / 2);
 }
 
+// Writes the bytes of `units` as the engine does, and returns their number: one for ASCII, two for all else.
+size_t WriteByEngine(std::u16string_view units, char* out)
+{
+    const char* const source = reinterpret_cast<const char*>(units.data());
+    if (FastPathsOn()) return FastUtf16ToGbk(source, units.size(), out).written;
+    utoGbk(source, out, units.size());
+    return units.size() + static_cast<size_t>(std::count_if(units.begin(), units.end(),
+                                                            [](char16_t unit) { return unit >= 0x80; }));
+}
+
 // Appends the bytes of all of `piece`. What has no place becomes what does not come back.
 void WriteByTable(std::u16string_view piece, const PairTable& table, std::string& bytes)
 {
     const size_t had = bytes.size();
     bytes.resize(had + 2 * piece.size() + 2);
     if (table.Code() == ENCODE_GBK) {
-        utoGbk(reinterpret_cast<const char*>(piece.data()), bytes.data() + had, piece.size());
-        const auto narrow = static_cast<size_t>(
-            std::count_if(piece.begin(), piece.end(), [](char16_t unit) { return unit < 0x80; }));
-        bytes.resize(had + 2 * piece.size() - narrow);
+        bytes.resize(had + WriteByEngine(piece, bytes.data() + had));
         return;
     }
     char* out = bytes.data() + had;

@@ -19,6 +19,8 @@ public:
     const Losses& Found() const { return m_found; }
 
 private:
+    void PassFlawless(std::string_view lines);
+
     size_t m_describe;
     uint64_t m_line = 1;
     Losses m_found;

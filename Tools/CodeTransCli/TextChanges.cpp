@@ -31,6 +31,16 @@ std::string AsciiOf(std::u16string_view units)
     return text;
 }
 
+// Most texts declare nothing, and the patterns take longer than the conversion of a short text.
+bool MayDeclare(const std::string& text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(tolower(c)); });
+    const auto has = [&](const char* word) { return lower.find(word) != std::string::npos; };
+    return has("charset") || has("coding") || has("fenc");
+}
+
 size_t EndOfSecondLine(const std::string& text)
 {
     const size_t first = text.find('\n');
@@ -83,6 +93,7 @@ std::vector<Declaration> FindDeclarations(std::u16string_view head)
 {
     const std::string text = AsciiOf(head.substr(0, DECLARATION_UNITS));
     std::vector<Declaration> found;
+    if (!MayDeclare(text)) return found;
     for (const Kind& kind : KINDS) {
         const std::string searched = Searched(kind, text);
         const std::regex pattern(kind.pattern, std::regex::icase | std::regex::multiline);

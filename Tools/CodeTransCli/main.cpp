@@ -1,7 +1,6 @@
 // codetrans: names the encoding of files and converts them, from the command line.
 //
 // Results go to standard output, everything else to standard error.
-#include <clocale>
 #include <csignal>
 
 #include "CommandLine.h"
@@ -10,7 +9,5 @@ int main(int argc, char** argv)
 {
     // A file that grows too large is an error of writing, and not the end of the process.
     signal(SIGXFSZ, SIG_IGN);
-    // For the width of characters alone.
-    setlocale(LC_CTYPE, "C.UTF-8");
     return RunCommandLine(argc, argv);
 }
