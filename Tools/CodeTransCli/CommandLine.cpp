@@ -125,10 +125,10 @@ void AddWalk(CLI::App& command, FileOptions& options)
     AddFiles(command, options);
     command.add_option("--include", options.include, "In folders, take only names that fit the pattern")
         ->type_name("PATTERN")
-        ->expected(1);
+        ->allow_extra_args(false);
     command.add_option("--exclude", options.exclude, "In folders, leave out names that fit the pattern")
         ->type_name("PATTERN")
-        ->expected(1);
+        ->allow_extra_args(false);
     command
         .add_option("--files-from", options.listFile, "Read further names from a file, - is standard input")
         ->type_name("FILE");
@@ -148,7 +148,7 @@ CLI::App* AddDetect(CLI::App& app, DetectOptions& options)
     CLI::Option* const json = command->add_flag("--json", options.json, "Print one JSON object a line");
     command->add_option("--only", options.only, "Print only files in this encoding (also: unknown, binary)")
         ->type_name("ENC")
-        ->expected(1);
+        ->allow_extra_args(false);
     command->add_flag("--print0", options.printNames, "Print only the names, each with a zero byte behind")
         ->excludes(json);
     command->footer(std::string(DETECT_EXAMPLES) + STATUSES);

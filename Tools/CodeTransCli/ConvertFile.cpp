@@ -365,7 +365,7 @@ private:
     void Emit(bool last)
     {
         const bool held = IsDirect() && m_written == 0 && !last;
-        if (!last && m_out.size() < (held ? HEAD_BYTES : OUTPUT)) return;
+        if (!last && !m_stopped && m_out.size() < (held ? HEAD_BYTES : OUTPUT)) return;
         if (m_stopped && !IsPartial()) {
             m_out.clear();
             return;
