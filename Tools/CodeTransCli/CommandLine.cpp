@@ -8,6 +8,7 @@
 
 #include "Commands.h"
 #include "Encoding.h"
+#include "NamesLine.h"
 #include "Report.h"
 
 namespace
@@ -24,6 +25,7 @@ constexpr const char* EXAMPLES =
     "  codetrans convert --to utf-8 old.txt            the text in UTF-8, on standard output\n"
     "  codetrans convert --to utf-8 -o new.txt old.txt\n"
     "  codetrans convert --to utf-8 --in-place --backup .orig --recursive --jobs 4 folder\n"
+    "  codetrans names folder                          which file names are in GBK or Big5?\n"
     "  codetrans doctor                                is all there that is needed?\n\n";
 
 constexpr const char* DETECT_EXAMPLES =
@@ -52,6 +54,7 @@ struct CommandLine {
     CommonOptions common;
     DetectOptions detect;
     ConvertOptions convert;
+    NamesOptions names;
     std::string to, from;
     bool mark = false, noMark = false;
 
@@ -168,6 +171,7 @@ int Run(int argc, char** argv)
     AddCommon(app, line.common);
     const CLI::App* const detect = AddDetect(app, line.detect);
     const CLI::App* const convert = AddConvert(app, line);
+    const CLI::App* const names = AddNames(app, line.names);
     app.add_subcommand("doctor", "Check the library, the model and the locale, and tell what mends them");
 
     try {
@@ -179,6 +183,7 @@ int Run(int argc, char** argv)
         std::cerr << "codetrans: " << error.text << '\n';
         return WRONG_USAGE;
     }
+    if (names->parsed()) return Names(line.common, line.names);
     if (detect->parsed()) return Detect(line.common, line.detect);
     return convert->parsed() ? Convert(line.common, line.convert) : Doctor(line.common);
 }
