@@ -16,7 +16,7 @@ public:
     explicit GarbledNames(std::optional<NameEncoding> from) : m_from(from) {}
 
     // `name` is `text` in UTF-8. Nothing happens where it is not garbled.
-    void Add(size_t number, std::u32string text);
+    void Add(size_t number, std::u32string_view text);
 
     struct Restored {
         std::string name;  // in UTF-8; empty where it is not certain
@@ -27,14 +27,13 @@ public:
 
 private:
     struct Garbled {
-        std::u32string text;
         std::array<std::optional<Undone>, MISHAPS.size()> undone;  // by each mishap
     };
 
     bool IsCertain(const std::optional<Undone>& undone) const;
     bool HasCertain(const Garbled& garbled) const;
     std::vector<size_t> CommonMishaps() const;
-    std::optional<size_t> TheMishap() const;
+    std::vector<size_t> TheMishaps() const;
 
     std::optional<NameEncoding> m_from;
     std::map<size_t, Garbled> m_names;

@@ -15,6 +15,27 @@ bool IsChineseSign(char32_t c)
     const bool shared = c == 0xB7 || c == 0xD7 || (c >= 0x2014 && c <= 0x2026) || c == 0x2103 || c == 0x20AC;
     return chinese || shared;
 }
+bool IsSmallLetter(std::u32string_view text, size_t i)
+{
+    return i < text.size() && text[i] >= 'a' && text[i] <= 'z';
+}
+
+// Whether most hanzi stand in Western words, at most `longest` together beside a small letter. Western words
+// that were converted wrongly themselves look so; in Big5 more of them do, since letters of ASCII are second
+// bytes there.
+bool IsInWords(std::u32string_view text, size_t longest)
+{
+    size_t runs = 0, inWords = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (!IsHanzi(text[i])) continue;
+        const size_t begin = i;
+        while (i + 1 < text.size() && IsHanzi(text[i + 1])) ++i;
+        const bool touches = (begin > 0 && IsSmallLetter(text, begin - 1)) || IsSmallLetter(text, i + 1);
+        ++runs;
+        inWords += touches && i - begin < longest;
+    }
+    return 2 * inWords > runs;
+}
 }  // namespace
 
 Plausibility PlausibilityOf(std::u32string_view text, NameEncoding encoding)
@@ -51,7 +72,10 @@ std::optional<Undone> Undo(std::u32string_view garbled, const Mishap& mishap)
     if (!text || EncodeName(*text, mishap.meant) != bytes || DecodeName(*bytes, mishap.read) != garbled)
         return std::nullopt;
     const Plausibility plausible = PlausibilityOf(*text, mishap.meant);
-    if (plausible.hanzi == 0 || plausible.strange > 0 || 4 * plausible.common < 3 * plausible.hanzi)
+    if (plausible.hanzi == 0 || plausible.strange > 0 || 4 * plausible.common < plausible.hanzi)
         return std::nullopt;
-    return Undone{*bytes, *text, plausible.hanzi >= 2 && !IsScattered(garbled)};
+    const size_t longest = mishap.meant == NameEncoding::BIG5 ? 2 : mishap.meant == NameEncoding::GBK ? 1 : 0;
+    const bool western = IsScattered(garbled) || IsInWords(*text, longest);
+    const bool chinese = plausible.hanzi >= 2 && 4 * plausible.common >= 3 * plausible.hanzi;
+    return Undone{*bytes, *text, chinese && !western, western};
 }

@@ -34,7 +34,8 @@ constexpr std::array<Mishap, 13> MISHAPS = {{
 struct Undone {
     std::string bytes;     // before the mishap
     std::u32string text;   // what they mean
-    bool certain = false;  // at least two hanzi, and the garbled name is no name as people give it
+    bool certain = false;  // two hanzi or more, three of four common, and not `western`
+    bool western = false;  // the garbled name could be one in a Western language
 };
 
 // Nothing unless the mishap can be undone, its repetition gives `garbled` again, and the result is plausible
