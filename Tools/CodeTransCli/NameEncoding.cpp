@@ -42,14 +42,20 @@ class PairTable
 public:
     explicit PairTable(int encoding) : m_units(0x10000, UNDEFINED), m_pairs(0x10000, 0)
     {
-        for (unsigned lead = 0x81; lead <= 0xFE; ++lead)
-            for (unsigned trail = 0x40; trail <= 0xFE; ++trail) Add(lead << 8 | trail, encoding);
+        // Big5 has some characters twice; those below A1 are later additions.
+        for (unsigned lead = 0xA1; lead <= 0xFE; ++lead) AddRow(lead, encoding);
+        for (unsigned lead = 0x81; lead <= 0xA0; ++lead) AddRow(lead, encoding);
     }
 
     char32_t Unit(unsigned pair) const { return m_units[pair] == UNDEFINED ? NONE : m_units[pair]; }
     unsigned Pair(char32_t unit) const { return unit < m_pairs.size() ? m_pairs[unit] : 0; }
 
 private:
+    void AddRow(unsigned lead, int encoding)
+    {
+        for (unsigned trail = 0x40; trail <= 0xFE; ++trail) Add(lead << 8 | trail, encoding);
+    }
+
     void Add(unsigned pair, int encoding)
     {
         const char bytes[] = {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF)};
