@@ -62,5 +62,5 @@ build() {
     run "Building $folder" cmake --build "$folder" --parallel "$(nproc)"
 }
 
-need cmake g++ make locales libcli11-dev nlohmann-json3-dev libboost-dev libgtest-dev pkg-config python3
+need cmake g++ make locales libcli11-dev nlohmann-json3-dev libboost-dev libzip-dev libgtest-dev pkg-config python3
 make_locale

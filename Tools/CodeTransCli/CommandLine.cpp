@@ -11,6 +11,7 @@
 
 #include "Commands.h"
 #include "Encoding.h"
+#include "NamesLine.h"
 #include "Report.h"
 
 namespace
@@ -27,6 +28,7 @@ constexpr const char* EXAMPLES =
     "  codetrans convert --to utf-8 old.txt            the text in UTF-8, on standard output\n"
     "  codetrans convert --to utf-8 -o new.txt old.txt\n"
     "  codetrans convert --to utf-8 --in-place --backup .orig --recursive --jobs 4 folder\n"
+    "  codetrans names folder                          which file names are in GBK or Big5?\n"
     "  codetrans doctor                                is all there that is needed?\n\n";
 
 constexpr const char* DETECT_EXAMPLES =
@@ -58,6 +60,7 @@ struct CommandLine {
     DetectOptions detect;
     ConvertOptions convert;
     RestoreOptions restore;
+    NamesOptions names;
     std::string to, from, lineEnd;
     bool mark = false, noMark = false, list = false;
 
@@ -322,6 +325,7 @@ int Run(int argc, char** argv)
     const CLI::App* const detect = AddDetect(app, line.detect);
     const CLI::App* const convert = AddConvert(app, line);
     const CLI::App* const restore = AddRestore(app, line.restore);
+    const CLI::App* const names = AddNames(app, line.names);
     app.add_subcommand("doctor", "Check the program, the model and the locale, and tell what mends them");
     line.convert.sure = ENOUGH_MARGIN;
 
@@ -341,6 +345,7 @@ int Run(int argc, char** argv)
         std::cerr << "codetrans: " << error.text << '\n';
         return WRONG_USAGE;
     }
+    if (names->parsed()) return Names(line.common, line.names);
     if (detect->parsed()) return Detect(line.common, line.detect);
     if (restore->parsed()) return Restore(line.common, line.restore);
     return convert->parsed() ? Convert(line.common, line.convert) : Doctor(line.common);
