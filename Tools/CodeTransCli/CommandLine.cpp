@@ -34,7 +34,7 @@ constexpr const char* EXAMPLES =
 constexpr const char* DETECT_EXAMPLES =
     "Examples:\n"
     "  codetrans detect readme.txt\n"
-    "  codetrans detect --recursive --json folder | jq -r 'select(.encoding == \"Big5\").name'\n\n";
+    "  codetrans detect --recursive --only big5 --print0 folder | xargs -0 ls -l\n\n";
 
 constexpr const char* CONVERT_EXAMPLES =
     "Examples:\n"

@@ -1,7 +1,7 @@
 // libzip, loaded when the first archive is opened.
 //
-// Only `names --zip` needs it. Linked, it would be loaded at each start of the program, with the libraries that
-// it needs itself, and that takes longer than most files do.
+// Only `names --zip` needs it. Linked, it would be loaded at each start of the program, with the libraries
+// that it needs itself, and that takes longer than most files do.
 #ifndef CODETRANSCLI_LIBZIP_H
 #define CODETRANSCLI_LIBZIP_H
 

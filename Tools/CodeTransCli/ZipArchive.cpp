@@ -43,7 +43,8 @@ ZipArchive::Entry ZipArchive::ReadEntry(uint64_t number) const
     const char* const raw = TheLibZip().name(m_zip, number, ZIP_FL_ENC_RAW);
     zip_stat_t status;
     if (raw == nullptr || TheLibZip().status(m_zip, number, 0, &status) != 0)
-        throw std::runtime_error(std::string("cannot be read as a zip archive: ") + TheLibZip().lastError(m_zip));
+        throw std::runtime_error(std::string("cannot be read as a zip archive: ") +
+                                 TheLibZip().lastError(m_zip));
     entry.name = raw;
     // Read strictly, a name without the flag is CP437, and differs then. libzip has already put the name of a
     // Unicode path field, whose checksum fits, in its place.
@@ -56,8 +57,7 @@ ZipArchive::Entry ZipArchive::ReadEntry(uint64_t number) const
     entry.time = status.mtime;
     zip_uint8_t system = 0;
     zip_uint32_t attributes = 0;
-    if (TheLibZip().attributes(m_zip, number, 0, &system, &attributes) == 0 &&
-        system == ZIP_OPSYS_UNIX)
+    if (TheLibZip().attributes(m_zip, number, 0, &system, &attributes) == 0 && system == ZIP_OPSYS_UNIX)
         entry.mode = attributes >> 16;
     return entry;
 }
