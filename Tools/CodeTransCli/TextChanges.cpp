@@ -1,64 +1,122 @@
 #include "TextChanges.h"
 
 #include <algorithm>
-#include <regex>
+#include <cctype>
 
 namespace
 {
-struct Kind {
-    const char* kind;
-    const char* pattern;  // the first group is the name
-    bool atStart;         // the declaration stands in the first or second line, or at the very start
-};
-
-// Names of encodings have letters, digits and a few signs.
-#define NAME "([A-Za-z][A-Za-z0-9_.:-]*)"
-
-constexpr Kind KINDS[] = {
-    {"the XML encoding", "^\\s*<\\?xml[^>]*\\sencoding\\s*=\\s*[\"']" NAME "[\"']", true},
-    {"the CSS charset", "^@charset \"" NAME "\";", true},
-    {"the HTML charset", "<meta\\s[^>]*charset\\s*=\\s*[\"']?\\s*" NAME, false},
-    {"the e-mail's charset", "^content-type:[^\\n]*(?:\\n[ \\t][^\\n]*)*charset\\s*=\\s*\"?" NAME, false},
-    {"the coding line", "^[^\\n]*?(?:#|//|/\\*|;|%|<!--|\")[^\\n]*?(?:coding|fileencoding|fenc)[:=]\\s*" NAME,
-     true},
-};
-
-// Letters, digits and signs stay; all else becomes something that no pattern has.
-std::string AsciiOf(std::u16string_view units)
+// Lower-case ASCII; all else becomes a sign that no declaration has.
+std::string LowerOf(std::u16string_view units)
 {
     std::string text;
-    for (const char16_t unit : units) text += unit < 0x80 ? static_cast<char>(unit) : '\x7F';
+    for (const char16_t unit : units)
+        text += unit < 0x80 ? static_cast<char>(tolower(static_cast<unsigned char>(unit))) : '\x7F';
     return text;
 }
 
-// Most texts declare nothing, and the patterns take longer than the conversion of a short text.
-bool MayDeclare(const std::string& text)
+bool IsBlank(char c)
 {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char c) { return static_cast<char>(tolower(c)); });
-    const auto has = [&](const char* word) { return lower.find(word) != std::string::npos; };
-    return has("charset") || has("coding") || has("fenc");
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-size_t EndOfSecondLine(const std::string& text)
+bool IsOfName(char c)
 {
-    const size_t first = text.find('\n');
-    return first == std::string::npos ? text.size() : std::min(text.find('\n', first + 1), text.size());
+    return isalnum(static_cast<unsigned char>(c)) != 0 || c == '-' || c == '_' || c == '.' || c == ':';
 }
 
-// The head of an e-mail goes to the first empty line, and begins like one.
-std::string HeadOfMail(const std::string& text)
+// Looks for declarations in a stretch of a text: a key word, one of some signs, and the name of an encoding,
+// with blanks between them and perhaps in quotes.
+class Search
 {
-    static const std::regex BEGINS("^[A-Za-z-]+:[ \\t]", std::regex::ECMAScript);
-    if (!std::regex_search(text, BEGINS, std::regex_constants::match_continuous)) return {};
-    return text.substr(0, std::min(text.find("\n\n"), text.find("\n\r\n")));
+public:
+    explicit Search(const std::string& text) : m_text(text) {}
+
+    void In(size_t begin, size_t end, const std::string& word, const std::string& signs, const char* kind)
+    {
+        for (size_t at = m_text.find(word, begin); at < end; at = m_text.find(word, at + 1)) {
+            size_t next = SkipBlanks(at + word.size(), end);
+            if (next >= end || signs.find(m_text[next]) == std::string::npos) continue;
+            next = SkipBlanks(next + 1, end);
+            if (next < end && (m_text[next] == '"' || m_text[next] == '\'')) next = SkipBlanks(next + 1, end);
+            size_t length = 0;
+            while (next + length < end && IsOfName(m_text[next + length])) ++length;
+            if (length == 0 || isalpha(static_cast<unsigned char>(m_text[next])) == 0) continue;
+            m_found.push_back({next, length, kind, m_text.substr(next, length)});
+            return;
+        }
+    }
+
+    std::vector<Declaration> Found() const { return m_found; }
+
+private:
+    size_t SkipBlanks(size_t at, size_t end) const
+    {
+        while (at < end && IsBlank(m_text[at])) ++at;
+        return at;
+    }
+
+    const std::string& m_text;
+    std::vector<Declaration> m_found;
+};
+
+size_t EndOf(const std::string& text, const char* what, size_t from)
+{
+    return std::min(text.find(what, from), text.size());
 }
 
-std::string Searched(const Kind& kind, const std::string& text)
+void SearchXml(const std::string& text, Search& search)
 {
-    if (kind.kind == std::string("the e-mail's charset")) return HeadOfMail(text);
-    return kind.atStart ? text.substr(0, EndOfSecondLine(text)) : text;
+    const size_t begin = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+    if (text.compare(begin, 5, "<?xml") == 0)
+        search.In(begin, EndOf(text, "?>", begin), "encoding", "=", "the XML encoding");
+}
+
+void SearchCss(const std::string& text, Search& search)
+{
+    if (text.compare(0, 10, "@charset \"") == 0)
+        search.In(0, EndOf(text, ";", 0), "@charset", "\"", "the CSS charset");
+}
+
+void SearchHtml(const std::string& text, Search& search)
+{
+    for (size_t tag = text.find("<meta"); tag != std::string::npos; tag = text.find("<meta", tag + 1))
+        search.In(tag, EndOf(text, ">", tag), "charset", "=", "the HTML charset");
+}
+
+// The head of an e-mail goes to the first empty line. A line that begins with a blank goes on with the one
+// before.
+void SearchMail(const std::string& text, Search& search)
+{
+    const size_t colon = text.find(':');
+    const auto isOfField = [](char c) { return isalpha(static_cast<unsigned char>(c)) != 0 || c == '-'; };
+    if (colon == std::string::npos || colon == 0) return;
+    if (!std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(colon), isOfField)) return;
+    const size_t head = std::min(EndOf(text, "\n\n", 0), EndOf(text, "\n\r\n", 0));
+    for (size_t line = 0; line < head; line = EndOf(text, "\n", line) + 1) {
+        if (text.compare(line, 13, "content-type:") != 0) continue;
+        size_t end = EndOf(text, "\n", line);
+        while (end + 1 < head && (text[end + 1] == ' ' || text[end + 1] == '\t'))
+            end = EndOf(text, "\n", end + 1);
+        search.In(line, end, "charset", "=", "the e-mail's charset");
+    }
+}
+
+// In a comment of the first two lines, as for Python, Emacs and Vim.
+void SearchSource(const std::string& text, Search& search)
+{
+    size_t line = 0;
+    for (int number = 0; number < 2 && line < text.size(); ++number) {
+        const size_t end = EndOf(text, "\n", line);
+        const std::string content = text.substr(line, end - line);
+        for (const char* const comment : {"#", "//", "/*", ";", "%", "<!--", "\""}) {
+            const size_t at = content.find(comment);
+            if (at == std::string::npos) continue;
+            for (const char* const word : {"coding", "fenc"})
+                search.In(line + at, end, word, ":=", "the coding line");
+            break;
+        }
+        line = end + 1;
+    }
 }
 
 // As such declarations write it.
@@ -91,25 +149,25 @@ void LineEnds::Change(std::u16string& units, bool isLast)
 
 std::vector<Declaration> FindDeclarations(std::u16string_view head)
 {
-    const std::string text = AsciiOf(head.substr(0, DECLARATION_UNITS));
-    std::vector<Declaration> found;
-    if (!MayDeclare(text)) return found;
-    for (const Kind& kind : KINDS) {
-        const std::string searched = Searched(kind, text);
-        const std::regex pattern(kind.pattern, std::regex::icase | std::regex::multiline);
-        std::smatch match;
-        if (!std::regex_search(searched, match, pattern)) continue;
-        const auto at = static_cast<size_t>(match.position(1));
-        const bool known =
-            std::any_of(found.begin(), found.end(), [&](const Declaration& d) { return d.at == at; });
-        if (!known) found.push_back({at, static_cast<size_t>(match.length(1)), kind.kind, match[1]});
-    }
-    return found;
+    const std::string text = LowerOf(head.substr(0, DECLARATION_UNITS));
+    Search search(text);
+    SearchXml(text, search);
+    SearchCss(text, search);
+    SearchHtml(text, search);
+    SearchMail(text, search);
+    SearchSource(text, search);
+    return search.Found();
 }
 
 std::vector<Declaration> CheckDeclarations(std::u16string& head, const Encoding& to, bool fix)
 {
     std::vector<Declaration> wrong = FindDeclarations(head);
+    // A place is named once, though two kinds may have found it.
+    std::sort(wrong.begin(), wrong.end(),
+              [](const Declaration& a, const Declaration& b) { return a.at > b.at; });
+    wrong.erase(std::unique(wrong.begin(), wrong.end(),
+                            [](const Declaration& a, const Declaration& b) { return a.at == b.at; }),
+                wrong.end());
     wrong.erase(std::remove_if(wrong.begin(), wrong.end(),
                                [&](const Declaration& declaration) {
                                    const Encoding* const named = FindEncoding(declaration.name).encoding;
@@ -118,8 +176,6 @@ std::vector<Declaration> CheckDeclarations(std::u16string& head, const Encoding&
                                }),
                 wrong.end());
     if (!fix) return wrong;
-    std::sort(wrong.begin(), wrong.end(),
-              [](const Declaration& a, const Declaration& b) { return a.at > b.at; });
     const std::string name = DeclaredName(to);
     for (const Declaration& declaration : wrong)
         head.replace(declaration.at, declaration.length, std::u16string(name.begin(), name.end()));
