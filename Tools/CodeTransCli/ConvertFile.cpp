@@ -74,7 +74,8 @@ private:
     Report ByDecision()
     {
         TakeDecision();
-        if (!m_identity.doubt.empty()) return Passed();
+        const bool passedOver = m_identity.binary && m_input.walked && !m_options.force;
+        if (passedOver || !m_identity.doubt.empty()) return Passed();
         return m_same && !Changes() ? Same() : Other();
     }
 
@@ -122,8 +123,7 @@ private:
     Report Passed()
     {
         m_progress(m_source.Size());
-        if (m_identity.binary && m_options.from == nullptr && m_input.walked)
-            return Left(Outcome::SKIPPED, "binary, skipped");
+        if (m_identity.binary && m_input.walked) return Left(Outcome::SKIPPED, "binary, skipped");
         return Refused("not converted: " + m_identity.doubt);
     }
 

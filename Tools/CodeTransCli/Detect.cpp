@@ -1,4 +1,5 @@
 // detect: one line a file.
+#include <Margin.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -83,8 +84,12 @@ Report DetectOne(const Input& input, const DetectOptions& options, size_t width)
         report.result = JsonLine(input.path, source, identity);
     else
         report.result = TextLine(input.path, identity, width);
-    if (!identity.doubt.empty() && identity.mark == 0 && identity.encoding != nullptr)
+    if (identity.encoding == nullptr) return report;
+    if (!identity.doubt.empty())
         report.remark = Remark(input.path, "note: " + identity.doubt);
+    else if (identity.margin < ENOUGH_MARGIN && !identity.ascii)
+        report.remark = Remark(input.path, "note: " + identity.encoding->name + " only by a margin of " +
+                                               std::to_string(identity.margin));
     return report;
 }
 }  // namespace

@@ -76,8 +76,9 @@ std::map<size_t, GarbledNames::Restored> GarbledNames::Restore() const
     const std::vector<size_t> mishaps = TheMishaps();
     for (const auto& [number, garbled] : m_names) {
         const bool certain = HasCertain(garbled);
-        const auto mishap = std::find_if(mishaps.begin(), mishaps.end(),
-                                         [&](size_t i) { return garbled.undone[i].has_value(); });
+        const auto mishap =
+            std::find_if(mishaps.begin(), mishaps.end(),
+                         [&undone = garbled.undone](size_t i) { return undone[i].has_value(); });
         if (mishap == mishaps.end()) {
             if (certain)
                 result[number].why = std::string("was converted wrongly, and it is not certain how") +
