@@ -62,7 +62,7 @@ private:
         }
     }
 
-    // All of each file system that a target is on.
+    // All of each file system on which a file is replaced.
     void Flush()
     {
         std::map<dev_t, const Target*> one;

@@ -95,9 +95,9 @@ void Target::Write(std::string_view bytes)
         bytes.remove_prefix(static_cast<size_t>(written));
         m_written += static_cast<uint64_t>(written);
     }
-    // The disk need not wait for the end of a large file.
+    // The disk need not wait for the end of a large file that will be flushed.
     constexpr uint64_t STRETCH = 8 << 20;
-    if (m_direct || m_written - m_started < STRETCH) return;
+    if (!m_exists || m_direct || m_written - m_started < STRETCH) return;
     sync_file_range(m_descriptor, static_cast<off_t>(m_started), static_cast<off_t>(m_written - m_started),
                     SYNC_FILE_RANGE_WRITE);
     m_started = m_written;
@@ -146,9 +146,9 @@ void Target::Commit(const std::string& backupSuffix)
     if (m_direct) return;
     Keep(backupSuffix);
     if (!backupSuffix.empty()) FlushBackupRecord(m_folder);
-    if (fsync(m_descriptor) != 0) Fail("cannot flush the new file");
+    if (m_exists && fsync(m_descriptor) != 0) Fail("cannot flush the new file");
     Place();
-    FlushFolder(m_folder);
+    if (m_exists) FlushFolder(m_folder);
 }
 
 void Target::Prepare(const struct stat* source)
