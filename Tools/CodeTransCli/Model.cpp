@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <new>
 
 #include "Source.h"
 
@@ -138,6 +139,8 @@ ModelState CheckModel(const std::string& file, bool thorough)
                           std::to_string((state.bytes - NODES_OFFSET) / NODE_BYTES);
         else if (thorough)
             state.fault = Trie(bytes, state.nodes).Check();
+    } catch (const std::bad_alloc&) {
+        state.fault = "there is not enough memory for it";
     } catch (const std::exception& error) {
         state.fault = error.what();
     }
