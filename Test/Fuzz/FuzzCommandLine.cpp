@@ -1,6 +1,6 @@
 // The program `codetrans` on any arguments, file contents and models, in a folder that no argument leads out
-// of. It ends with one of its statuses and with nothing of the process changed or left open; what is no
-// conversion, or wrong usage, leaves every file as it was, and no temporary file stays.
+// of. It ends with one of its statuses and with nothing of the process changed or left open; what
+// neither converts nor renames, or is wrong usage, leaves every file as it was, and no temporary file stays.
 //
 // Worker processes are slow to start and what they reach is not seen from here, so mostly their work is done
 // in this process.
@@ -24,11 +24,12 @@ namespace fs = std::filesystem;
 namespace
 {
 constexpr const char* WORDS[] = {
-    "detect",    "convert",    "doctor",   "--to",    "--from",      "utf-8",       "gbk",     "utf-16le",
-    "big5",      "--in-place", "--backup", ".orig",   "-o",          "out",         "new.txt", "-",
-    ".",         "a.txt",      "b.txt",    "folder",  "--recursive", "--jobs",      "2",       "--json",
-    "--lossy",   "--bom",      "--no-bom", "--quiet", "--verbose",   "--directory", "../odd",  "--",
-    "--version", "--help",     "missing",  "--force"};
+    "detect",    "convert",     "doctor",     "--to",         "--from",    "utf-8",    "gbk",
+    "utf-16le",  "big5",        "--in-place", "--backup",     ".orig",     "-o",       "out",
+    "new.txt",   "-",           ".",          "a.txt",        "b.txt",     "folder",   "--recursive",
+    "--jobs",    "2",           "--json",     "--lossy",      "--bom",     "--no-bom", "--quiet",
+    "--verbose", "--directory", "../odd",     "--",           "--version", "--help",   "missing",
+    "--force",   "names",       "--zip",      "--extract-to", "--apply"};
 
 bool s_hasWorkers = false;
 
@@ -130,7 +131,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     REQUIRE(status >= 0 && status <= WITH_LOSSES);
     REQUIRE(LowestFreeDescriptor() == descriptor && fs::current_path() == outer.Path("inner"));
     const auto after = Files();
-    if (status == WRONG_USAGE || !Any(arguments, "convert")) REQUIRE(after == before);
+    const bool changes = Any(arguments, "convert") || Any(arguments, "names");
+    if (status == WRONG_USAGE || !changes) REQUIRE(after == before);
     if (!Any(arguments, ".codetrans-"))
         for (const auto& [name, bytes] : after) REQUIRE(name.find(".codetrans-") == std::string::npos);
     return 0;
