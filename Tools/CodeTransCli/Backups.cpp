@@ -30,6 +30,18 @@ std::string Escaped(const std::string& name)
     return text;
 }
 
+// In one call, so that the lines of several processes stay apart.
+void AppendLine(const std::string& folder, const std::string& line)
+{
+    const std::string path = folder + "/" + RECORD;
+    const int record = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (record < 0) Fail("cannot record the backup in " + path);
+    const bool written = write(record, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    const bool flushed = written && fsync(record) == 0;
+    close(record);
+    if (!flushed) Fail("cannot record the backup in " + path);
+}
+
 // The file beside `path` that its name adds a suffix to, or empty.
 std::string OriginalByName(const fs::path& path)
 {
@@ -51,17 +63,9 @@ bool IsBackupRecord(const std::string& name)
     return name == RECORD;
 }
 
-// In one call, so that the lines of several processes stay apart.
 void RecordBackup(const std::string& folder, const std::string& backup, const std::string& original)
 {
-    const std::string path = folder + "/" + RECORD;
-    const std::string line = Escaped(backup) + "\t" + Escaped(original) + "\n";
-    const int record = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (record < 0) Fail("cannot record the backup in " + path);
-    const bool written = write(record, line.data(), line.size()) == static_cast<ssize_t>(line.size());
-    const bool flushed = written && fsync(record) == 0;
-    close(record);
-    if (!flushed) Fail("cannot record the backup in " + path);
+    AppendLine(folder, Escaped(backup) + "\t" + Escaped(original) + "\n");
 }
 
 std::string Backups::OriginalOf(const fs::path& path)
@@ -72,6 +76,21 @@ std::string Backups::OriginalOf(const fs::path& path)
     const Record& record = RecordOf(real.parent_path());
     const auto found = record.find(Escaped(real.filename()));
     return found != record.end() ? found->second : OriginalByName(real);
+}
+
+void Backups::RecordNewNames(const fs::path& folder, const std::map<std::string, std::string>& names)
+{
+    Record escaped;
+    for (const auto& [from, to] : names) escaped[Escaped(from)] = Escaped(to);
+    const auto renamed = [&](const std::string& name) {
+        const auto found = escaped.find(name);
+        return found != escaped.end() ? found->second : name;
+    };
+    std::string lines;
+    for (const auto& [backup, original] : RecordOf(folder))
+        if (escaped.count(backup) + escaped.count(original) > 0)
+            lines += renamed(backup) + "\t" + renamed(original) + "\n";
+    if (!lines.empty()) AppendLine(folder, lines);
 }
 
 const Backups::Record& Backups::RecordOf(const fs::path& folder)

@@ -21,6 +21,10 @@ public:
     // beside it and .orig, .bak or ~. Empty if it is none. Links are followed.
     std::string OriginalOf(const std::filesystem::path& path);
 
+    // Records the backups in a folder under the names that they and their originals are going to have, too:
+    // `names` has the new name of each old one. Throws std::system_error.
+    void RecordNewNames(const std::filesystem::path& folder, const std::map<std::string, std::string>& names);
+
 private:
     // Backups and originals, as they stand in the record.
     using Record = std::map<std::string, std::string>;
