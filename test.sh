@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Builds CodeTrans and runs the whole test suite, then once more under AddressSanitizer and UndefinedBehaviorSanitizer.
 . "$(dirname "$0")/Tools/setup.sh"
+need_to_test
+make_locale
 options=()
 # A newer compiler's new warning must not keep a user from testing; in CI it must be seen.
 [ -z "${CI:-}" ] || options+=(-DCODETRANS_WERROR=ON)

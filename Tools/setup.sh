@@ -1,4 +1,4 @@
-# Sourced by demo.sh and test.sh: makes a bare Debian or Ubuntu machine ready, quietly.
+# Sourced by install.sh, demo.sh, test.sh and Tools/check-sources: makes a bare Debian or Ubuntu machine ready, quietly.
 #
 # Each step is skipped where its result is already there, so a second run costs nothing. Output of the steps goes to a
 # log that is shown only when a step fails.
@@ -47,6 +47,15 @@ need() {
         apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
+# What the libraries and the program need, and what all of the project does.
+need_to_build() {
+    need cmake g++ make libcli11-dev nlohmann-json3-dev libboost-dev libzip-dev
+}
+need_to_test() {
+    need_to_build
+    need locales libgtest-dev pkg-config python3
+}
+
 # The locale that the GBK and UTF-8 conversions run under, made in the build folder and found there through LOCPATH.
 make_locale() {
     mkdir -p build/locale
@@ -54,13 +63,11 @@ make_locale() {
     export LOCPATH=$PWD/build/locale
 }
 
-# build FOLDER OPTION...: configures and builds.
+# build FOLDER OPTION...: configures and builds, all or the $targets.
+targets=()
 build() {
     local folder=$1
     shift
     run "Configuring $folder" cmake -S . -B "$folder" "$@"
-    run "Building $folder" cmake --build "$folder" --parallel "$(nproc)"
+    run "Building $folder" cmake --build "$folder" --parallel "$(nproc)" ${targets[@]:+--target "${targets[@]}"}
 }
-
-need cmake g++ make locales libcli11-dev nlohmann-json3-dev libboost-dev libzip-dev libgtest-dev pkg-config python3
-make_locale

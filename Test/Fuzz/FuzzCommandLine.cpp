@@ -1,6 +1,6 @@
 // The program `codetrans` on any arguments, file contents and models, in a folder that no argument leads out
-// of. It ends with one of its statuses and with nothing of the process changed or left open; what is no
-// conversion, or wrong usage, leaves every file as it was, and no temporary file stays.
+// of. It ends with one of its statuses and with nothing of the process changed or left open; what
+// neither converts nor renames, or is wrong usage, leaves every file as it was, and no temporary file stays.
 //
 // Worker processes are slow to start and what they reach is not seen from here, so mostly their work is done
 // in this process.
@@ -82,7 +82,11 @@ constexpr const char* WORDS[] = {"detect",
                                  "--fix-declarations",
                                  "--list",
                                  "euc-kr",
-                                 "iso-2022-cn"};
+                                 "iso-2022-cn",
+                                 "names",
+                                 "--zip",
+                                 "--extract-to",
+                                 "--apply"};
 
 bool s_hasWorkers = false;
 
@@ -187,7 +191,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
     REQUIRE(status >= 0 && status <= WITH_LOSSES);
     REQUIRE(LowestFreeDescriptor() == descriptor && fs::current_path() == outer.Path("inner"));
     const auto after = Files();
-    const bool mayChange = Any(arguments, "convert") || Any(arguments, "restore");
+    const bool mayChange = Any(arguments, "convert") || Any(arguments, "restore") || Any(arguments, "names");
     if (status == WRONG_USAGE || Any(arguments, "--dry-run") || !mayChange) REQUIRE(after == before);
     if (!Any(arguments, ".codetrans-"))
         for (const auto& [name, bytes] : after) REQUIRE(name.find(".codetrans-") == std::string::npos);

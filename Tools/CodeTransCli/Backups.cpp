@@ -50,6 +50,17 @@ std::string LineOf(const Backup& backup)
     return Escaped(backup.name) + "\t" + Escaped(backup.original) + "\t" + backup.fingerprint + "\n";
 }
 
+// In one call, so that the lines of several processes stay apart.
+void AppendLine(const std::string& folder, const std::string& line)
+{
+    const std::string path = folder + "/" + RECORD;
+    const int record = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (record < 0) Fail("cannot record the backup in " + path);
+    const bool written = write(record, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    close(record);
+    if (!written) Fail("cannot record the backup in " + path);
+}
+
 // The file beside `path` that its name adds a suffix to, or empty.
 std::string OriginalByName(const fs::path& path)
 {
@@ -71,16 +82,9 @@ bool IsBackupRecord(const std::string& name)
     return name == RECORD;
 }
 
-// In one call, so that the lines of several processes stay apart.
 void RecordBackup(const std::string& folder, const Backup& backup)
 {
-    const std::string path = folder + "/" + RECORD;
-    const std::string line = LineOf(backup);
-    const int record = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (record < 0) Fail("cannot record the backup in " + path);
-    const bool written = write(record, line.data(), line.size()) == static_cast<ssize_t>(line.size());
-    close(record);
-    if (!written) Fail("cannot record the backup in " + path);
+    AppendLine(folder, LineOf(backup));
 }
 
 void FlushBackupRecord(const std::string& folder)
@@ -107,6 +111,21 @@ std::vector<Backup> RecordedBackups(const fs::path& folder)
                            line.substr(std::min(second + 1, line.size()))});
     }
     return backups;
+}
+
+void RecordNewNames(const fs::path& folder, const std::map<std::string, std::string>& names)
+{
+    const auto renamed = [&](const std::string& name) {
+        const auto found = names.find(name);
+        return found != names.end() ? found->second : name;
+    };
+    std::string lines;
+    for (const Backup& backup : RecordedBackups(folder))
+        if (names.count(backup.name) + names.count(backup.original) > 0)
+            lines += LineOf({renamed(backup.name), renamed(backup.original), backup.fingerprint});
+    if (lines.empty()) return;
+    AppendLine(folder, lines);
+    FlushBackupRecord(folder);
 }
 
 void ForgetBackups(const fs::path& folder, const std::set<std::string>& gone)

@@ -26,6 +26,10 @@ void FlushBackupRecord(const std::string& folder);
 // In the order in which they were made; none where there is no record.
 std::vector<Backup> RecordedBackups(const std::filesystem::path& folder);
 
+// Records the backups in a folder under the names that they and their originals are going to have, too:
+// `names` has the new name of each old one.
+void RecordNewNames(const std::filesystem::path& folder, const std::map<std::string, std::string>& names);
+
 // Writes the record anew, without `gone`; removes an empty one.
 void ForgetBackups(const std::filesystem::path& folder, const std::set<std::string>& gone);
 

@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 
+#include "Backups.h"
 #include "NameTree.h"
 #include "NamesCommand.h"
 #include "Report.h"
@@ -115,11 +116,19 @@ std::string InAnother(const std::vector<std::string>& folders)
     return {};
 }
 
+void RecordBackups(const std::vector<Renaming>& renamings)
+{
+    std::map<std::string, std::map<std::string, std::string>> names;  // by folder
+    for (const Renaming& renaming : renamings) names[renaming.folder][renaming.from] = renaming.to;
+    for (const auto& [folder, changes] : names) RecordNewNames(folder, changes);
+}
+
 int Apply(const CommonOptions& common, const std::string& chosenList, const std::vector<Renaming>& renamings,
           const std::vector<std::string>& lines)
 {
     const std::string list = chosenList.empty() ? NewUndoListName() : chosenList;
     WriteUndoList(list, renamings);
+    RecordBackups(renamings);
     size_t renamed = 0;
     std::string told;  // at the end, so that a reader that stops does not end the work
     Remarks remarks(common);

@@ -74,7 +74,9 @@ std::map<size_t, GarbledNames::Restored> GarbledNames::Restore() const
                      [&](const auto& name) { return HasCertain(name.second); }))
         return result;
     const std::vector<size_t> mishaps = TheMishaps();
-    for (const auto& [number, garbled] : m_names) {
+    for (const auto& name : m_names) {
+        const size_t number = name.first;
+        const Garbled& garbled = name.second;
         const bool certain = HasCertain(garbled);
         const auto mishap =
             std::find_if(mishaps.begin(), mishaps.end(),

@@ -27,7 +27,9 @@ bool AreScattered(const Names& names)
 bool ArePlausible(const Names& names, NameEncoding encoding)
 {
     if (!AllReadable(names, encoding) || AreScattered(names)) return false;
-    const Plausibility plausible = PlausibilityOf(*DecodeName(Joined(names), encoding), encoding);
+    const std::u32string text = *DecodeName(Joined(names), encoding);
+    if (IsInWords(text, encoding)) return false;
+    const Plausibility plausible = PlausibilityOf(text, encoding);
     return plausible.hanzi > 0 && 2 * plausible.common >= plausible.hanzi &&
            plausible.strange <= plausible.hanzi;
 }

@@ -19,23 +19,6 @@ bool IsSmallLetter(std::u32string_view text, size_t i)
 {
     return i < text.size() && text[i] >= 'a' && text[i] <= 'z';
 }
-
-// Whether most hanzi stand in Western words, at most `longest` together beside a small letter. Western words
-// that were converted wrongly themselves look so; in Big5 more of them do, since letters of ASCII are second
-// bytes there.
-bool IsInWords(std::u32string_view text, size_t longest)
-{
-    size_t runs = 0, inWords = 0;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (!IsHanzi(text[i])) continue;
-        const size_t begin = i;
-        while (i + 1 < text.size() && IsHanzi(text[i + 1])) ++i;
-        const bool touches = (begin > 0 && IsSmallLetter(text, begin - 1)) || IsSmallLetter(text, i + 1);
-        ++runs;
-        inWords += touches && i - begin < longest;
-    }
-    return 2 * inWords > runs;
-}
 }  // namespace
 
 Plausibility PlausibilityOf(std::u32string_view text, NameEncoding encoding)
@@ -65,6 +48,21 @@ bool IsScattered(std::u32string_view text)
     return 2 * alone > beyond;
 }
 
+bool IsInWords(std::u32string_view text, NameEncoding encoding)
+{
+    const size_t longest = encoding == NameEncoding::BIG_5 ? 2 : encoding == NameEncoding::GB ? 1 : 0;
+    size_t runs = 0, inWords = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (!IsHanzi(text[i])) continue;
+        const size_t begin = i;
+        while (i + 1 < text.size() && IsHanzi(text[i + 1])) ++i;
+        const bool touches = (begin > 0 && IsSmallLetter(text, begin - 1)) || IsSmallLetter(text, i + 1);
+        ++runs;
+        inWords += touches && i - begin < longest;
+    }
+    return 2 * inWords > runs;
+}
+
 std::optional<Undone> Undo(std::u32string_view garbled, const Mishap& mishap)
 {
     const auto bytes = EncodeName(garbled, mishap.read);
@@ -74,8 +72,7 @@ std::optional<Undone> Undo(std::u32string_view garbled, const Mishap& mishap)
     const Plausibility plausible = PlausibilityOf(*text, mishap.meant);
     if (plausible.hanzi == 0 || plausible.strange > 0 || 4 * plausible.common < plausible.hanzi)
         return std::nullopt;
-    const size_t longest = mishap.meant == NameEncoding::BIG_5 ? 2 : mishap.meant == NameEncoding::GB ? 1 : 0;
-    const bool western = IsScattered(garbled) || IsInWords(*text, longest);
+    const bool western = IsScattered(garbled) || IsInWords(*text, mishap.meant);
     const bool chinese = plausible.hanzi >= 2 && 4 * plausible.common >= 3 * plausible.hanzi;
     return Undone{*bytes, *text, chinese && !western, western};
 }

@@ -53,4 +53,8 @@ Plausibility PlausibilityOf(std::u32string_view text, NameEncoding encoding);
 // Chinese text stand together, whatever single bytes they are read as.
 bool IsScattered(std::u32string_view text);
 
+// Whether most hanzi stand in Western words, few together beside a small letter, so that `encoding` is the
+// wrong one. In Big5, where letters of ASCII are second bytes, two in a row are few.
+bool IsInWords(std::u32string_view text, NameEncoding encoding);
+
 #endif  // CODETRANSCLI_MISHAP_H

@@ -1,9 +1,9 @@
 // A file that comes into being whole or not at all.
 //
 // The bytes go into a file without a name in the target's folder (with a name, .codetrans-*, where the file
-// system has no such thing). Commit puts it in the target's place by one renaming. A file that replaces another
-// one is flushed to the disk before, so that whatever ends the process or the machine leaves the old file or
-// the new one. What is no regular file, such as a device or a pipe, is written directly.
+// system has no such thing). Commit puts it in the target's place by one renaming. A file that replaces
+// another one is flushed to the disk before, so that whatever ends the process or the machine leaves the old
+// file or the new one. What is no regular file, such as a device or a pipe, is written directly.
 //
 // Flushing takes most of the time where files are small. So the steps of a commit can be taken one by one:
 // many targets are prepared, the old files kept, all of it flushed together, and the new files put in place.
@@ -32,8 +32,9 @@ public:
     // of the source, if that is a file. Time stamps are the source's. What is written directly is at its end.
     void Prepare(const struct stat* source);
 
-    // Flushes the file, if it replaces one, and puts it in its place. With a suffix, the file replaced stays under its name and
-    // that, and is recorded as a backup; a file that is called so already is never overwritten.
+    // Flushes the file, if it replaces one, and puts it in its place. With a suffix, the file replaced stays
+    // under its name and that, and is recorded as a backup; a file that is called so already is never
+    // overwritten.
     void Commit(const std::string& backupSuffix);
 
     // The steps of Commit, apart from the flushing.
