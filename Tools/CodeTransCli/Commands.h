@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Encoding.h"
+#include "TextChanges.h"
 
 struct CommonOptions {
     std::string directory;  // whose Data folder holds the model; empty: look for it
@@ -29,8 +30,6 @@ struct DetectOptions {
     bool printNames = false;        // nothing but the names, each with a zero byte behind
     std::vector<std::string> only;  // encodings, as the user names them: no other file is shown
 };
-
-enum class LineEnd { KEPT, LF, CRLF };
 
 struct ConvertOptions {
     FileOptions input;

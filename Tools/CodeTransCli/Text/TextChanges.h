@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
+#include "Encoding.h"
+
+enum class LineEnd { KEPT, LF, CRLF };
 
 // Turns line ends, "\r\n", "\n" or a single "\r", into one kind.
 class LineEnds

@@ -4,7 +4,7 @@
 
 #include "Codec.h"
 
-// Throw std::system_error where iconv does not know the encoding.
+// Throw std::runtime_error where iconv does not know the encoding.
 std::unique_ptr<Decoder> MakeIconvDecoder(const Encoding& encoding);
 std::unique_ptr<Encoder> MakeIconvEncoder(const Encoding& encoding);
 

@@ -7,8 +7,7 @@
 
 #include <array>
 #include <cerrno>
-
-#include "Source.h"
+#include <stdexcept>
 
 namespace
 {
@@ -17,7 +16,7 @@ class Handle
 public:
     Handle(const std::string& to, const std::string& from) : m_handle(iconv_open(to.c_str(), from.c_str()))
     {
-        if (m_handle == iconv_t(-1)) Fail("cannot convert from " + from + " to " + to);
+        if (m_handle == iconv_t(-1)) throw std::runtime_error("cannot convert from " + from + " to " + to);
     }
     ~Handle() { iconv_close(m_handle); }
     Handle(const Handle&) = delete;
