@@ -174,6 +174,10 @@ private:
         OpenTarget();
         m_ownMark = WantsMark(m_options);
         if (const auto fault = Transcode(m_options.to)) return *fault;
+        if (m_options.inPlace && m_lines->AreAllIn(*m_options.to) && !Changes()) {
+            m_target.reset();
+            return Left(Outcome::UNTOUCHED, "is " + m_options.to->name + " already, left as it is");
+        }
         Finish();
         Report report = Converted("lines");
         report.remark += m_common.quiet ? "" : Remark(m_input.path, "lines: " + m_lines->Counts());

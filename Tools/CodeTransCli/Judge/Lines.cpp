@@ -49,6 +49,13 @@ const Encoding* LineReader::EncodingOfLine(std::string_view line)
     return encoding;
 }
 
+bool LineReader::AreAllIn(const Encoding& encoding) const
+{
+    return std::all_of(m_counts.begin(), m_counts.end(), [&](const auto& count) {
+        return count.first == encoding.name || (encoding.holdsAscii && count.first == ASCII.name);
+    });
+}
+
 std::string LineReader::Counts() const
 {
     std::vector<std::string> parts;

@@ -18,6 +18,9 @@ public:
     // most lines of the head are in, if it can be read so.
     const Encoding* EncodingOfLine(std::string_view line);
 
+    // Whether all lines that were asked for are in `encoding`, or in ASCII where that is the same there.
+    bool AreAllIn(const Encoding& encoding) const;
+
     // "3 in GBK, 2 in UTF-8 and 1 in ASCII": of the lines that were asked for.
     std::string Counts() const;
 
