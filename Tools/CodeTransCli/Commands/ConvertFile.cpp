@@ -131,7 +131,7 @@ private:
     bool Changes() const
     {
         const bool marked = m_identity.mark != 0;
-        const bool empty = m_source.Window().empty();
+        const bool empty = m_source.Size() == 0;
         return marked != (empty ? marked : m_options.mark.value_or(marked)) ||
                m_options.lineEnd != LineEnd::KEPT;
     }
