@@ -1,7 +1,6 @@
 // The text goes through in pieces of a fixed size, so that a file of any size takes the same memory. A result
-// that goes to a file is written as it comes, and thrown away where a later byte speaks against it. A result
-// that goes to standard output or a device cannot be taken back: up to HEAD_BYTES of it are held until all is
-// known to be well; of a longer one, what is proven goes out, and what speaks against it ends it.
+// that goes to a file is written as it comes, and thrown away where a later byte speaks against it. Of one
+// that cannot be taken back, what is proven goes out, and what speaks against it ends it.
 #include "ConvertFile.h"
 
 #include <Margin.h>
@@ -17,6 +16,7 @@
 #include "Decision.h"
 #include "Lines.h"
 #include "Names.h"
+#include "Output.h"
 #include "Source.h"
 #include "StrayLines.h"
 #include "TextChanges.h"
@@ -29,8 +29,6 @@ namespace
 constexpr size_t LOSSES_SHOWN = 10, LOSSES_SHOWN_VERBOSE = 10'000;
 constexpr size_t CHUNK = 1 << 20;  // bytes of the source that are looked at for stray lines
 constexpr size_t PIECE = 1 << 15;  // bytes that are converted together: in all their forms they fit the cache
-constexpr size_t OUTPUT = 1 << 18;       // bytes that are written together
-constexpr size_t RESULT_HEAD = 1 << 16;  // of the result, enough to see whether it would be recognised
 
 // Without a word from the user, UTF-16 and UTF-32 get a mark, so that they are known for what they are.
 bool WantsMark(const ConvertOptions& options)
@@ -67,7 +65,9 @@ public:
         else
             report = ByDecision();
         if (m_options.json) report.result = Json(report);
-        return {std::move(report), std::move(m_target)};
+        const bool kept = report.outcome == Outcome::DONE || report.outcome == Outcome::LOSSY ||
+                          report.outcome == Outcome::UNTOUCHED;
+        return {std::move(report), kept ? std::move(m_target) : nullptr};
     }
 
 private:
@@ -175,7 +175,6 @@ private:
         m_ownMark = WantsMark(m_options);
         if (const auto fault = Transcode(m_options.to)) return *fault;
         if (m_options.inPlace && m_lines->AreAllIn(*m_options.to) && !Changes()) {
-            m_target.reset();
             return Left(Outcome::UNTOUCHED, "is " + m_options.to->name + " already, left as it is");
         }
         Finish();
@@ -191,7 +190,7 @@ private:
     // report if that cannot be done.
     std::optional<Report> Transcode(const Encoding* to)
     {
-        if (m_ownMark) m_out += m_options.to->mark;
+        if (m_ownMark) m_output.Buffer() += m_options.to->mark;
         m_source.Use(m_identity.mark);
         Start(*m_identity.encoding, to);
         StrayLines stray(Shown());
@@ -207,17 +206,17 @@ private:
             const std::string_view chunk = Chunk(window, !more);
             if (looksForLines && (m_identity.encoding == &GBK || m_identity.encoding == &BIG5))
                 stray.Pass(chunk);
-            if (stray.Found().count > 0) m_stopped = true;
+            if (stray.Found().count > 0) m_output.Stop(0);
             const size_t used = PassChunk(chunk, !more);
             m_source.Use(used);
             m_progress(used);
-            if (m_stopped && IsPartial()) break;
+            if (m_output.IsStopped() && m_output.IsPartial()) break;
         }
         while (!m_jobs.empty()) TakeJob();
         if (stray.Found().count > 0) return Mixed(stray.Found());
         const Losses& losses = m_conversion->Lost();
         if (losses.count > 0 && (!m_options.lossy || m_same)) return m_same ? Mixed(losses) : Lost(losses);
-        Emit(true);
+        m_output.PassLast();
         return std::nullopt;
     }
 
@@ -279,7 +278,8 @@ private:
 
     size_t StartJob(std::string_view chunk)
     {
-        const size_t whole = MakeDecoder(*m_identity.encoding)->WholeLength(chunk);
+        const bool endsLine = chunk.back() == '\n' && m_identity.encoding->holdsAscii;
+        const size_t whole = endsLine ? chunk.size() : MakeDecoder(*m_identity.encoding)->WholeLength(chunk);
         const auto convert = [text = std::string(chunk.substr(0, whole)), from = m_identity.encoding,
                               to = m_to, copies = m_copies, describe = Shown()] {
             Job job;
@@ -303,10 +303,17 @@ private:
     {
         const Job job = m_jobs.front().get();
         m_jobs.pop_front();
-        m_conversion->Join(*job.conversion, m_out);
-        m_out += job.out;
-        if (m_conversion->Lost().count > 0 && !m_options.lossy) m_stopped = true;
-        Emit(false);
+        m_conversion->Join(*job.conversion, m_output.Buffer());
+        m_output.Buffer() += job.out;
+        Emit();
+    }
+
+    // Writes what has come, up to the first loss if there must be none.
+    void Emit()
+    {
+        if (m_conversion->Lost().count > 0 && !m_options.lossy && !m_output.IsStopped())
+            m_output.Stop(m_conversion->OutBeforeLoss());
+        m_output.Pass();
     }
 
     size_t PassPieces(std::string_view chunk, bool isLast)
@@ -315,16 +322,16 @@ private:
         while (used < chunk.size()) {
             const std::string_view piece = chunk.substr(used, PIECE);
             const bool ends = used + piece.size() == chunk.size();
-            size_t step = m_conversion->Pass(piece, isLast && ends, m_out);
+            std::string& out = m_output.Buffer();
+            size_t step = m_conversion->Pass(piece, isLast && ends, out);
             if (step == 0 && ends) break;
             // A character that is longer than a piece: sequences of states may be.
-            if (step == 0) step = m_conversion->Pass(chunk.substr(used), isLast, m_out);
+            if (step == 0) step = m_conversion->Pass(chunk.substr(used), isLast, out);
             if (step == 0) break;
-            if (m_copies) m_out += chunk.substr(used, step);
+            if (m_copies) out += chunk.substr(used, step);
             used += step;
-            if (m_conversion->Lost().count > 0 && !m_options.lossy) m_stopped = true;
-            Emit(false);
-            if (m_stopped && IsPartial()) break;
+            Emit();
+            if (m_output.IsStopped() && m_output.IsPartial()) break;
         }
         return used;
     }
@@ -359,32 +366,12 @@ private:
 
     void OpenTarget()
     {
-        if (!m_options.dryRun) m_target = std::make_unique<Target>(OutName());
-    }
-
-    bool IsDirect() const { return m_target != nullptr && m_target->IsDirect(); }
-    bool IsPartial() const { return m_written > 0 && IsDirect(); }
-
-    // Writes what has come, unless it will be thrown away. `last` is what has been proven to its end.
-    void Emit(bool last)
-    {
-        const bool held = IsDirect() && m_written == 0 && !last;
-        if (!last && !m_stopped && m_out.size() < (held ? HEAD_BYTES : OUTPUT)) return;
-        if (m_stopped && !IsPartial()) {
-            m_out.clear();
-            return;
-        }
-        const size_t proven =
-            m_stopped ? std::min(m_conversion->OutBeforeLoss(), m_out.size()) : m_out.size();
-        const std::string_view bytes = std::string_view(m_out).substr(0, proven);
-        if (m_target != nullptr) m_target->Write(bytes);
-        m_written += bytes.size();
-        if (m_resultHead.size() < RESULT_HEAD) m_resultHead += bytes.substr(0, RESULT_HEAD);
-        m_out.clear();
+        if (!m_options.dryRun) m_output.Open(OutName());
     }
 
     void Finish()
     {
+        m_target = m_output.TakeTarget();
         if (m_target == nullptr) return;
         if (m_source.IsRegular() && m_input.path != "-") m_source.CheckUnchanged(m_input.path);
         m_target->Prepare(&m_source.Status());
@@ -415,7 +402,6 @@ private:
 
     Report Refused(const std::string& why)
     {
-        m_target.reset();
         m_reason = why;
         const Outcome outcome = m_identity.doubt.empty() ? Outcome::REFUSED : Outcome::UNDECIDED;
         return {outcome, {}, Remark(m_input.path, why)};
@@ -436,7 +422,7 @@ private:
     Report Lost(const Losses& losses)
     {
         m_lost = losses.count;
-        const bool partial = IsPartial();
+        const bool partial = m_output.IsPartial();
         Report report =
             Refused(partial ? "ended here: the output is not complete"
                             : "not converted: " + Characters(losses.count) + " would be lost in " +
@@ -445,7 +431,7 @@ private:
         return report;
     }
 
-    std::string Ended() const { return IsPartial() ? "; the output ends before that" : ""; }
+    std::string Ended() const { return m_output.IsPartial() ? "; the output ends before that" : ""; }
 
     std::string Described(const Losses& losses) const
     {
@@ -492,8 +478,8 @@ private:
     // A result that would not be recognised could be converted once more by a second run.
     std::string RecognitionNote() const
     {
-        if (m_resultHead.empty() || m_ownMark) return {};
-        const Identity again = Identify(m_resultHead, m_written == m_resultHead.size());
+        if (m_output.Head().empty() || m_ownMark) return {};
+        const Identity again = Identify(m_output.Head(), m_output.Written() == m_output.Head().size());
         if (again.ascii || (again.encoding == m_options.to && again.margin >= m_options.sure)) return {};
         if (m_options.to == &GB18030 && again.encoding == &GBK && again.margin >= m_options.sure) return {};
         return Remark(m_input.path, "note: the result is too short or too odd to be recognised as " +
@@ -502,6 +488,7 @@ private:
 
     std::string Json(const Report& report) const
     {
+        const bool kept = report.outcome == Outcome::DONE || report.outcome == Outcome::LOSSY;
         constexpr const char* OUTCOMES[] = {"converted", "left",    "skipped", "converted with losses",
                                             "undecided", "refused", "failed"};
         const bool known = m_identity.encoding != nullptr && !m_lines;
@@ -511,7 +498,7 @@ private:
             {"source", known ? nlohmann::ordered_json(m_identity.encoding->name) : nlohmann::ordered_json()},
             {"target", m_options.to->name},
             {"bytes", m_source.Size()},
-            {"bytesWritten", m_written},
+            {"bytesWritten", kept || m_output.IsPartial() ? m_output.Written() : 0},
             {"charactersLost", m_lost},
             {"outcome", OUTCOMES[static_cast<size_t>(report.outcome)]},
             {"reason", m_reason}};
@@ -539,9 +526,8 @@ private:
     bool m_looked = false;   // for declarations
     bool m_copies = false;   // the bytes are wanted as they are
     bool m_ownMark = false;  // the result begins with a byte-order mark
-    std::string m_out, m_resultHead;
-    uint64_t m_written = 0, m_lost = 0;
-    bool m_stopped = false;  // no more is written
+    Output m_output{HEAD_BYTES};
+    uint64_t m_lost = 0;
     std::string m_reason;
 };
 }  // namespace
