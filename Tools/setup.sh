@@ -68,6 +68,9 @@ targets=()
 build() {
     local folder=$1
     shift
+    # A copy of a folder that was configured elsewhere starts anew.
+    grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$folder/CMakeCache.txt" ||
+        rm -rf "$folder/CMakeCache.txt" "$folder/CMakeFiles"
     run "Configuring $folder" cmake -S . -B "$folder" "$@"
     run "Building $folder" cmake --build "$folder" --parallel "$(nproc)" ${targets[@]:+--target "${targets[@]}"}
 }
