@@ -21,7 +21,7 @@ using Json = nlohmann::ordered_json;
 Identity IdentifySource(Source& source)
 {
     std::string_view head = source.Fill(HEAD_BYTES);
-    const Identity first = Identify(head, source.IsAtEnd());
+    Identity first = Identify(head, source.IsAtEnd());
     if (!first.ascii) return first;
     while (!source.IsAtEnd() && AsciiLength(head) == head.size()) {
         constexpr size_t KEPT = 1 << 16;  // before the first byte beyond ASCII

@@ -36,7 +36,7 @@ std::string UpperCase(std::string text)
 // Whether ASCII text is the same bytes in iconv's encoding `name`.
 bool HoldsAscii(const std::string& name)
 {
-    const iconv_t handle = iconv_open(name.c_str(), "UTF-8");
+    iconv_t handle = iconv_open(name.c_str(), "UTF-8");
     if (handle == iconv_t(-1)) return false;
     char in[] = "0~{Az+\\", out[64];
     char *from = in, *to = out;
@@ -54,7 +54,7 @@ const Encoding* EncodingOfIconv(const std::string& name)
         if (known.name == name) return &known;
     // A slash would start an option of iconv's, such as //IGNORE, which loses characters in silence.
     if (name.empty() || name.find('/') != std::string::npos) return nullptr;
-    const iconv_t reads = iconv_open("UTF-16LE", name.c_str()), writes = iconv_open(name.c_str(), "UTF-16LE");
+    iconv_t reads = iconv_open("UTF-16LE", name.c_str()), writes = iconv_open(name.c_str(), "UTF-16LE");
     const bool known = reads != iconv_t(-1) && writes != iconv_t(-1);
     if (reads != iconv_t(-1)) iconv_close(reads);
     if (writes != iconv_t(-1)) iconv_close(writes);
