@@ -104,8 +104,7 @@ Progress FastPairsToUtf16(const unsigned short* table, const char* src, unsigned
     // left, it can write into place.
     const auto* const from = reinterpret_cast<const unsigned char*>(src);
     auto* const to = reinterpret_cast<unsigned char*>(dst);
-    if (UseAvx512() && srcLen <= SHORT && room / 2 >= srcLen)
-        return avx512::PairsToUtf16(table, from, srcLen, to);
+    if (UseAvx512() && room / 2 >= srcLen) return avx512::PairsToUtf16(table, from, srcLen, to);
     Progress total;
     const auto certain = [&] { return std::min(srcLen - total.read, (room - total.written) / 2); };
     while (certain() > CStretches::END)

@@ -217,6 +217,21 @@ TARGET_AVX512 __m512i GbkCodes(__m512i units, __mmask32 twoBytes)
     return _mm512_mask_expand_epi16(units, twoBytes, found);
 }
 
+// 64 wide characters as ASCII, if all of them are from 1 to 7F.
+TARGET_AVX512 bool StoreAscii64(const wchar_t* src, unsigned char* out)
+{
+    const __m512i a = _mm512_loadu_si512(src), b = _mm512_loadu_si512(src + 16);
+    const __m512i c = _mm512_loadu_si512(src + 32), d = _mm512_loadu_si512(src + 48);
+    // Packing narrows with saturation, in lanes of 128 bits: what is above 7F becomes a byte of 80 and above,
+    // and what is negative 0, so that bytes above 0 as signed ones are just those that were.
+    //   a0-3 b0-3 | a4-7 b4-7 | ...  and  c0-3 d0-3 | ...  become  a0-3 b0-3 c0-3 d0-3 | a4-7 b4-7 c4-7 d4-7 | ...
+    const __m512i bytes = _mm512_packus_epi16(_mm512_packus_epi32(a, b), _mm512_packus_epi32(c, d));
+    if (_mm512_cmpgt_epi8_mask(bytes, _mm512_setzero_si512()) != ~uint64_t{0}) return false;
+    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    _mm512_storeu_si512(out, _mm512_permutexvar_epi32(order, bytes));
+    return true;
+}
+
 TARGET_AVX512 __mmask32 NotAscii(__m512i units)
 {
     return _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x80));
@@ -369,12 +384,18 @@ TARGET_AVX512 Progress avx512::Utf8ToGbk(const unsigned char* src, unsigned long
 TARGET_AVX512 Progress avx512::WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
 {
     Progress at;
+    bool wasAscii = true;  // ASCII comes in runs
     while (at.read < count) {
+        if (wasAscii && count - at.read >= BLOCK && StoreAscii64(src + at.read, out + at.written)) {
+            at += {BLOCK, BLOCK};
+            continue;
+        }
         const unsigned long taken = std::min(count - at.read, 16UL);
         const auto used = static_cast<__mmask16>(First(taken));
         const __m512i points = _mm512_maskz_loadu_epi32(used, src + at.read);
         if ((_mm512_testn_epi32_mask(points, points) & used) != 0) break;
-        if (_mm512_cmpge_epu32_mask(points, _mm512_set1_epi32(0x80)) == 0) {
+        wasAscii = _mm512_cmpge_epu32_mask(points, _mm512_set1_epi32(0x80)) == 0;
+        if (wasAscii) {
             _mm_mask_storeu_epi8(out + at.written, used, _mm512_cvtepi32_epi8(points));
             at.written += taken;
         } else {
