@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <bit>
 
+#include "Bytes.h"
 #include "Detection.h"
+#include "Shortcuts.h"
 #include "Vectors.h"
 
 namespace fast
@@ -17,14 +19,15 @@ using namespace trie;
 
 constexpr unsigned long CHUNK = 1024;  // bytes of text to a row of values
 
-TARGET_AVX2 bool IsAllAsciiText(const unsigned char* text)
+// How many of the 32 bytes at `text` are ASCII text, up to the first that is not.
+TARGET_AVX2 unsigned AsciiTextAt(const unsigned char* text)
 {
     const __m256i bytes = Load32(text);
     const auto is = [&](char byte) TARGET_AVX2 { return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(byte)); };
     // Bytes of 80 and above are negative.
     const __m256i printed = _mm256_andnot_si256(is(0x7F), _mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)));
     const __m256i breaks = _mm256_or_si256(is('\t'), _mm256_or_si256(is('\n'), is('\r')));
-    return Mask(_mm256_or_si256(printed, breaks)) == 0xFFFFFFFF;
+    return static_cast<unsigned>(std::countr_one(Mask(_mm256_or_si256(printed, breaks))));
 }
 
 // A walk that stops and goes on.
@@ -39,14 +42,18 @@ public:
     int State() const { return m_nState; }
 
     // Moves over the text and appends the values met to `values`, at most one a byte. Returns their end.
-    int* Walk(const unsigned char* text, const unsigned char* end, int* values)
+    TARGET_AVX2 int* Walk(const unsigned char* text, const unsigned char* end, int* values)
     {
         if (m_pShortcuts == nullptr)
             m_pShortcuts = ShortcutsAfter(m_pTrie, m_nNodes, static_cast<unsigned long>(end - text));
         int state = m_nState;
         while (text < end) {
-            if (PairsServe(state, text, end)) text = WalkPairs(text, end, state, values);
-            if (m_pShortcuts != nullptr) text = WalkHubs(text, end, state, values);
+            if (m_pShortcuts != nullptr) {
+                text = WalkSixes(text, end, state, values);
+                if (PairsServe(m_pShortcuts->contextOf[state], text, end))
+                    text = WalkPairs(text, end, state, values);
+                text = WalkHubs(text, end, state, values);
+            }
             text = WalkBytes(text, end, state, values);
         }
         m_nState = state;
@@ -60,56 +67,32 @@ private:
         values += value != TRIE_VALUE_NONE;
     }
 
-    // Whether the state acts as the rest state and the next pair is in the table.
-    bool PairsServe(int state, const unsigned char* text, const unsigned char* end) const
-    {
-        return m_pShortcuts != nullptr &&
-               m_pShortcuts->hubOf[state] == m_pShortcuts->hubOf[m_pShortcuts->rest] && end - text >= 2 &&
-               m_pShortcuts->entries[text[0]][text[1]].node != NO_NODE;
-    }
-
-    // Byte after byte, as the plain walk goes, until a hub is met. Returns where it got to.
-    const unsigned char* WalkBytes(const unsigned char* text, const unsigned char* end, int& at,
-                                   int*& values) const
-    {
-        int state = at;
-        for (; text < end; ++text) {
-            int child = Child(m_pTrie, m_nNodes, state, *text);
-            CFailureChain chain(m_pTrie, m_nNodes, state);
-            while (child == NO_NODE && state != ROOT) {
-                state = chain.Next(state);
-                if (IsHub(state)) break;
-                child = Child(m_pTrie, m_nNodes, state, *text);
-            }
-            if (child != NO_NODE) {
-                state = child;
-                Append(values, m_pTrie[child].nValue);
-                if (!IsHub(state)) continue;
-                ++text;
-                break;
-            }
-            if (IsHub(state)) break;
-        }
-        at = state;
-        return text;
-    }
+    static unsigned PairAt(const unsigned char* text) { return PairOf(text[0], text[1]); }
 
     bool IsHub(int state) const { return m_pShortcuts != nullptr && m_pShortcuts->hubOf[state] != NO_HUB; }
 
-    // From hub to hub, as long as one leads to another and no pair serves. Returns where it got to.
-    const unsigned char* WalkHubs(const unsigned char* text, const unsigned char* end, int& state,
-                                  int*& values) const
+    // Byte after byte, as the plain walk goes, until a hub is met. Returns where it got to.
+    const unsigned char* WalkBytes(const unsigned char* text, const unsigned char* end, int& state,
+                                   int*& values) const
     {
-        const Shortcuts& shortcuts = *m_pShortcuts;
-        const unsigned rest = shortcuts.hubOf[shortcuts.rest];
-        unsigned hub = shortcuts.hubOf[state];
-        const unsigned char* notBefore = text;  // where long runs of ASCII are looked for again
-        while (hub != NO_HUB && text < end && (hub != rest || !PairsServe(state, text, end))) {
-            if (shortcuts.quiet[hub] && text >= notBefore) {
-                while (end - text > 32 && IsAllAsciiText(text)) text += 32;
-                notBefore = text + 16;
-            }
-            const HubEntry& entry = shortcuts.hubs[hub][*text++];
+        while (text < end && !IsHub(state)) {
+            const int entered = Step(m_pTrie, m_nNodes, state, *text++);
+            if (entered != NO_NODE) Append(values, m_pTrie[entered].nValue);
+        }
+        return text;
+    }
+
+    // From hub to hub, as long as one leads to another and no pair serves. Returns where it got to.
+    TARGET_AVX2 const unsigned char* WalkHubs(const unsigned char* text, const unsigned char* end, int& state,
+                                              int*& values) const
+    {
+        const Shortcuts& table = *m_pShortcuts;
+        unsigned hub = table.hubOf[state];
+        while (hub != NO_HUB && text < end) {
+            // Behind an even number of bytes of ASCII text a quiet hub is the same again.
+            if (table.quiet[hub] && end - text >= 32) text += AsciiTextAt(text) & ~1U;
+            if (text == end || PairsServe(table.hubContexts[hub], text, end)) break;
+            const HubEntry& entry = table.hubs[hub][*text++];
             Append(values, entry.value);
             state = entry.node;
             hub = entry.hub;
@@ -117,38 +100,126 @@ private:
         return text;
     }
 
-    // Whether the next byte leads from the hub to where it leads from the rest state.
-    bool GoesOnAsRest(unsigned hub, const unsigned char* text, const unsigned char* end) const
+    // Whether the context knows the next byte and the next pair is in the table.
+    bool PairsServe(unsigned context, const unsigned char* text, const unsigned char* end) const
     {
         const Shortcuts& table = *m_pShortcuts;
-        return hub != NO_HUB && text < end &&
-               table.hubs[hub][*text].node == table.hubs[table.hubOf[table.rest]][*text].node;
+        return end - text >= 2 && table.contexts[context].known.Has(text[0]) &&
+               table.pairs[PairAt(text)] != 0;
     }
 
-    // From the rest state, as long as one pair of the table follows another. Returns where it got to.
+    // Where among the pairs from a place on the context is known for certain.
+    struct PairRun {
+        const Shortcuts& table;
+        const unsigned char* text;
+        int* values;
+        unsigned context;          // before the pair `at`
+        unsigned at = 0;           // a pair
+        int phraseNode = NO_NODE;  // of the phrase that the pair before it completes, if it does
+
+        PairEntry Entry(unsigned pair) const { return table.pairs[PairAt(text + 2 * pair)]; }
+
+        // Whether the next pair can be passed.
+        bool KnowsNext() const { return table.contexts[context].known.Has(text[2 * at]) && Entry(at) != 0; }
+
+        // Over one pair. Returns whether it completes a phrase that is not silent.
+        bool Pass()
+        {
+            const PairEntry entry = Entry(at);
+            const Phrase* const phrase = table.FindPhrase(context, PairAt(text + 2 * at));
+            values[at++] = phrase != nullptr ? phrase->value : ValueOf(entry);
+            context = phrase != nullptr ? phrase->context : ContextOf(entry);
+            phraseNode = phrase != nullptr ? phrase->node : NO_NODE;
+            return phrase != nullptr && !phrase->isSilent;
+        }
+
+        // Over pairs that needed no look. Behind one that completes no silent phrase the context is its own.
+        void PassTo(unsigned to)
+        {
+            unsigned from = to;
+            while (from > at && (Entry(from - 1) & COMPLETES_SILENT_PHRASE) != 0) --from;
+            if (from > at) {
+                at = from;
+                context = ContextOf(Entry(from - 1));
+                phraseNode = NO_NODE;
+            }
+            while (at < to) Pass();
+        }
+
+        // Over a pair that needs a look, and those behind it that do: all those behind a phrase that is not
+        // silent. Returns whether the pairs go on behind them.
+        bool PassLook(unsigned pair, unsigned end)
+        {
+            PassTo(pair);
+            bool isOdd = true;
+            while (isOdd && at < end && KnowsNext()) isOdd = Pass();
+            return !isOdd;
+        }
+    };
+
+    // Pairs, as long as one of the table follows another. Returns where it got to.
     const unsigned char* WalkPairs(const unsigned char* text, const unsigned char* end, int& state,
                                    int*& values) const
     {
         const Shortcuts& table = *m_pShortcuts;
-        int node = table.childless;  // of which the rest state differs in nothing that comes
-        while (end - text >= 2) {
-            const PairEntry entry = table.entries[text[0]][text[1]];
-            if (entry.node == NO_NODE) break;
-            const int child = Child(m_pTrie, m_nNodes, node, text[0]);
-            const int phrase = child == NO_NODE ? NO_NODE : Child(m_pTrie, m_nNodes, child, text[1]);
-            if (child == NO_NODE) Append(values, table.firstValues[text[0]]);
-            Append(values, phrase == NO_NODE ? entry.value : m_pTrie[phrase].nValue);
-            text += 2;
-            state = node = entry.node & ~PAIR_LEAVES;
-            if (phrase != NO_NODE && table.leaves[phrase]) {
-                state = phrase;
-                node = table.childless;
-                if (!GoesOnAsRest(table.hubOf[phrase], text, end)) break;
-            } else if ((entry.node & PAIR_LEAVES) != 0) {
-                if (!GoesOnAsRest(table.hubOf[FailureLink(m_pTrie, m_nNodes, node)], text, end)) break;
+        const auto most = static_cast<unsigned>((end - text) / 2);
+        int* const row = values;
+        PairRun run{table, text, row, table.contextOf[state]};
+        PairEntry before = table.contexts[run.context].classes;
+        unsigned count = 0;
+        while (count < most) {
+            const PairEntry entry = table.pairs[PairAt(text + 2 * count)];
+            if (entry == 0) break;
+            if (NeedsLook(before, entry) != 0) {
+                const bool goesOn = run.PassLook(count, most);
+                count = run.at;
+                if (!goesOn) break;
+                before = run.Entry(count - 1);
+            } else {
+                row[count++] = ValueOf(entry);
+                before = entry;
             }
         }
+        run.PassTo(count);
+
+        const unsigned char* const last = text + 2 * count - 2;
+        state = run.phraseNode != NO_NODE
+                    ? run.phraseNode
+                    : Child(m_pTrie, m_nNodes, Child(m_pTrie, m_nNodes, table.rest, last[0]), last[1]);
+        values += count;
+        return text + 2 * count;
+    }
+
+    // Sixes, as long as one follows another. Returns where it got to.
+    const unsigned char* WalkSixes(const unsigned char* text, const unsigned char* end, int& state,
+                                   int*& values) const
+    {
+        const Shortcuts& table = *m_pShortcuts;
+        const unsigned context = table.contextOf[state];
+        bool mayFollow = table.contexts[context].servesSixes ||
+                         (end - text >= 6 && table.contexts[context].known.Has(text[0]) &&
+                          table.FindPhrase(context, PairAt(text)) == nullptr);
+        while (mayFollow && end - text >= 6) {
+            if (!IsThree(text) || !IsThree(text + 3)) break;
+            const FirstOfSix& first = table.firstsOfSix[DecodeThree(text)];
+            const int middle = table.middlesOfSix[text[2] & 0x3F][text[3] & 0x0F];
+            const SecondOfSix& second = table.secondsOfSix[DecodeThree(text + 3)];
+            if ((first.thirdValue & middle & ~second.node) >= 0) break;
+            values[0] = first.pairValue;
+            values[1] = first.thirdValue & VALUE_MASK;
+            values[2] = middle & VALUE_MASK;
+            values[3] = second.value & VALUE_MASK;
+            values += 4;
+            mayFollow = second.value < 0;
+            state = second.node;
+            text += 6;
+        }
         return text;
+    }
+
+    static bool IsThree(const unsigned char* text)
+    {
+        return (text[0] & 0xF0) == 0xE0 && IsContinuation(text[1]) && IsContinuation(text[2]);
     }
 
     const TrieNode* m_pTrie;
@@ -184,10 +255,12 @@ TARGET_AVX2 void AddValues(int* values, int* end, Scores& scores)
     std::fill(end, end + 7, TRIE_VALUE_NONE);  // adds nothing and is not positive
     const __m256i twenty = _mm256_set1_epi16(20), nine = _mm256_set1_epi16(9);
     __m256i all = _mm256_setzero_si256(), ones = all, tens = all, positiveOnes = all, positiveTens = all;
+    __m256i none = all;
     int count = 0;
     for (const int* at = values; at < end; at += 8, count += 8) {
         const __m256i value = Load32(at);
         all = _mm256_or_si256(all, value);
+        none = _mm256_sub_epi32(none, _mm256_cmpeq_epi32(value, _mm256_set1_epi32(TRIE_VALUE_NONE)));
         const __m256i digits = _mm256_and_si256(value, _mm256_set1_epi32(0x3FFFF));
         // By 400, as (digits / 16) / 25: the upper two digits (655 at most) and the lower two.
         const __m256i upper =
@@ -215,7 +288,7 @@ TARGET_AVX2 void AddValues(int* values, int* end, Scores& scores)
     scores.positiveBig5 += SumEven(positiveTens);
     scores.positiveUnicode += SumOdd(positiveOnes);
     scores.positiveUtf8 += SumOdd(positiveTens);
-    scores.nonPositiveUnicode += static_cast<int>(end - values) - SumOdd(positiveOnes);
+    scores.nonPositiveUnicode += count - SumEven(none) - SumOdd(positiveOnes);
 }
 
 TARGET_AVX2 int CountHighBytes(const unsigned char* text, unsigned long size)
