@@ -88,7 +88,7 @@ public:
             if (state != NO_NODE && state != m_made.rest) m_made.contexts[KnownContextOf(state)].known = {};
         FillClasses();
         for (SecondOfSix& second : m_made.secondsOfSix)
-            if (second.node != NO_NODE && m_made.contexts[KnownContextOf(second.node)].servesSixes)
+            if (second.state != NO_NODE && m_made.contexts[KnownContextOf(second.state)].servesSixes)
                 second.value |= PRESENT;
         for (unsigned hub = 1; hub <= m_nHubs; ++hub) m_made.hubContexts[hub] = KnownContextOf(m_hubs[hub]);
         for (unsigned i = 0; i < m_nNodes; ++i) m_made.contextOf[i] = KnownContextOf(static_cast<int>(i));
@@ -293,6 +293,7 @@ private:
     {
         const int state = s_scratch.stateOf[number];
         Context& context = m_made.contexts[number] = {};
+        context.state = state;
         context.parent = number == REST  ? REST
                          : state == ROOT ? UNKNOWN_CONTEXT  // it never fails
                                          : ContextOfState(FailureLink(m_pTrie, m_nNodes, state));
@@ -451,9 +452,9 @@ private:
             s_scratch.behindThird[cp] = ActsAs(state);
             states[cp & 0x3F].Add(s_scratch.behindThird[cp]);
         }
-        for (unsigned c = 0; c < 0x40; ++c) m_behindThird[c] = states[c].Get();
+        for (unsigned c = 0; c < 0x40; ++c) m_made.behindThird[c] = states[c].Get();
         for (unsigned cp = 0; cp < 0x10000; ++cp)
-            if (s_scratch.behindThird[cp] != m_behindThird[cp & 0x3F]) m_made.firstsOfSix[cp] = {};
+            if (s_scratch.behindThird[cp] != m_made.behindThird[cp & 0x3F]) m_made.firstsOfSix[cp] = {};
     }
 
     void FillRestOfSix()
@@ -462,14 +463,14 @@ private:
             int behindFourth[0x40];
             CMajority states;
             for (unsigned c = 0; c < 0x40; ++c) {
-                int state = m_behindThird[c];
+                int state = m_made.behindThird[c];
                 const bool isPlain = state != NO_NODE && StepsPlainly(state, 0xE0 | d);
-                m_made.middlesOfSix[c][d] = isPlain ? Value(state) | PRESENT : 0;
+                m_made.middlesOfSix[c << 4 | d] = isPlain ? Value(state) | PRESENT : 0;
                 behindFourth[c] = isPlain ? ActsAs(state) : NO_NODE;
                 if (isPlain) states.Add(behindFourth[c]);
             }
             for (unsigned c = 0; c < 0x40; ++c)
-                if (behindFourth[c] != states.Get()) m_made.middlesOfSix[c][d] = 0;
+                if (behindFourth[c] != states.Get()) m_made.middlesOfSix[c << 4 | d] = 0;
             m_withinSix[d] = states.Get();
             FillSecondsOfSix(d, states.Get());
         }
@@ -486,8 +487,8 @@ private:
                 second = {0, NO_NODE};
                 int state = behindFifth;
                 if (!isPlain || !StepsPlainly(state, 0x80 | f)) continue;
-                second = {Value(state), state};
-                ContextOfState(state);
+                second = {Value(state), ActsAs(state)};
+                if (second.state != NO_NODE) ContextOfState(second.state);
             }
         }
     }
@@ -497,7 +498,6 @@ private:
     Shortcuts& m_made;
     int m_hubs[MOST_HUBS + 1] = {};
     unsigned m_nHubs = 0, m_nContexts = 0, m_nPhrases = 0;
-    int m_behindThird[0x40] = {};
     int m_withinSix[0x10] = {};  // the states behind d, by its low four bits
 };
 }  // namespace

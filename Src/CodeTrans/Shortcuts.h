@@ -120,9 +120,10 @@ struct ByteSet {
 struct Context {
     ByteSet known;      // the bytes with which a pair may begin
     ByteSet own;        // the bytes that its state has a child on; for others see the parent
-    unsigned parent;    // the context of the state that it fails to
-    bool servesSixes;   // no phrase begins with E0 to EF, and these are known
     PairEntry classes;  // of the pairs that need a look behind it, as in a PairEntry
+    unsigned parent;    // the context of the state that it fails to
+    int state;
+    bool servesSixes;  // no phrase begins with E0 to EF, and these are known
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -137,7 +138,7 @@ struct FirstOfSix {
 // What d e f leads to and adds behind a b c, by code point. Nothing is added behind e.
 struct SecondOfSix {
     int value;  // of the node behind f; bit 31 is set if another six may follow whatever it is
-    int node;   // behind f, or NO_NODE: to be walked byte by byte
+    int state;  // what the one behind f acts as, or NO_NODE: to be walked byte by byte
 };
 
 struct Shortcuts {
@@ -157,7 +158,9 @@ struct Shortcuts {
     Phrase phrases[PHRASE_SLOTS];
 
     FirstOfSix firstsOfSix[0x10000];
-    int middlesOfSix[0x40][0x10];  // what d adds behind c, by their low six and four bits; bit 31 as above
+    int behindThird[0x40];    // what the state behind c acts as, by its low six bits, if the six is in the
+                              // table
+    int middlesOfSix[0x400];  // what d adds behind c, by their low six and four bits; bit 31 as above
     SecondOfSix secondsOfSix[0x10000];
 
     // The phrase that the pair completes in the context, which knows its first byte, or null.

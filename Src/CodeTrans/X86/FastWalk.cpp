@@ -17,7 +17,7 @@ namespace
 {
 using namespace trie;
 
-constexpr unsigned long CHUNK = 1024;  // bytes of text to a row of values
+constexpr unsigned long CHUNK = 2048;  // bytes of text to a row of values
 
 // How many of the 32 bytes at `text` are ASCII text, up to the first that is not.
 TARGET_AVX2 unsigned AsciiTextAt(const unsigned char* text)
@@ -119,6 +119,14 @@ private:
 
         PairEntry Entry(unsigned pair) const { return table.pairs[PairAt(text + 2 * pair)]; }
 
+        // The node that the last pair leads to.
+        int LastNode(const CWalker& walker) const
+        {
+            if (phraseNode != NO_NODE) return phraseNode;
+            const int first = Child(walker.m_pTrie, walker.m_nNodes, table.rest, text[2 * at - 2]);
+            return Child(walker.m_pTrie, walker.m_nNodes, first, text[2 * at - 1]);
+        }
+
         // Whether the next pair can be passed.
         bool KnowsNext() const { return table.contexts[context].known.Has(text[2 * at]) && Entry(at) != 0; }
 
@@ -182,44 +190,81 @@ private:
         }
         run.PassTo(count);
 
-        const unsigned char* const last = text + 2 * count - 2;
-        state = run.phraseNode != NO_NODE
-                    ? run.phraseNode
-                    : Child(m_pTrie, m_nNodes, Child(m_pTrie, m_nNodes, table.rest, last[0]), last[1]);
+        // The node of the last pair is far from what else is at hand; the context's state acts the same.
+        state = run.context != UNKNOWN_CONTEXT ? table.contexts[run.context].state : run.LastNode(*this);
         values += count;
         return text + 2 * count;
     }
 
-    // Sixes, as long as one follows another. Returns where it got to.
-    const unsigned char* WalkSixes(const unsigned char* text, const unsigned char* end, int& state,
-                                   int*& values) const
+    // Sixes, as long as one follows another, and half a one at the end. Returns where it got to.
+    TARGET_AVX2 const unsigned char* WalkSixes(const unsigned char* text, const unsigned char* end,
+                                               int& state, int*& values) const
     {
         const Shortcuts& table = *m_pShortcuts;
-        const unsigned context = table.contextOf[state];
-        bool mayFollow = table.contexts[context].servesSixes ||
-                         (end - text >= 6 && table.contexts[context].known.Has(text[0]) &&
-                          table.FindPhrase(context, PairAt(text)) == nullptr);
-        while (mayFollow && end - text >= 6) {
-            if (!IsThree(text) || !IsThree(text + 3)) break;
-            const FirstOfSix& first = table.firstsOfSix[DecodeThree(text)];
-            const int middle = table.middlesOfSix[text[2] & 0x3F][text[3] & 0x0F];
-            const SecondOfSix& second = table.secondsOfSix[DecodeThree(text + 3)];
-            if ((first.thirdValue & middle & ~second.node) >= 0) break;
+        if (end - text < 3 || !IsThree(text)) return text;
+        const Context& context = table.contexts[table.contextOf[state]];
+        bool mayFollow =
+            context.servesSixes ||
+            (context.known.Has(text[0]) && table.FindPhrase(table.contextOf[state], PairAt(text)) == nullptr);
+        for (; mayFollow && end - text >= 8 && IsSix(text); text += 6) {
+            const SixIndices at = IndicesOfSix(text);
+            const FirstOfSix& first = table.firstsOfSix[at.first];
+            const int middle = table.middlesOfSix[at.middle];
+            const SecondOfSix& second = table.secondsOfSix[at.second];
+            if ((first.thirdValue & middle & ~second.state) >= 0) return text;
             values[0] = first.pairValue;
             values[1] = first.thirdValue & VALUE_MASK;
             values[2] = middle & VALUE_MASK;
             values[3] = second.value & VALUE_MASK;
             values += 4;
             mayFollow = second.value < 0;
-            state = second.node;
-            text += 6;
+            state = second.state;
         }
-        return text;
+        if (!mayFollow || end - text < 3 || !IsThree(text)) return text;
+        const FirstOfSix& half = table.firstsOfSix[DecodeThree(text)];
+        if (half.thirdValue >= 0) return text;
+        *values++ = half.pairValue;
+        *values++ = half.thirdValue & VALUE_MASK;
+        state = table.behindThird[text[2] & 0x3F];
+        return text + 3;
     }
 
     static bool IsThree(const unsigned char* text)
     {
         return (text[0] & 0xF0) == 0xE0 && IsContinuation(text[1]) && IsContinuation(text[2]);
+    }
+
+    // Of eight bytes the first six.
+    static bool IsSix(const unsigned char* text)
+    {
+        uint64_t bytes;  // the first one lowest
+        memcpy(&bytes, text, sizeof bytes);
+        return (bytes & 0xC0C0F0C0C0F0) == 0x8080E08080E0;
+    }
+
+    struct SixIndices {
+        unsigned first, middle, second;
+    };
+
+    // In each lane of 32 bits, x for the bits of the index from the first byte, y and z for those behind it:
+    //
+    //     bytes a b c d e f     1110xxxx 10yyyyyy 10zzzzzz, twice
+    //     masked                0000xxxx 00yyyyyy 00zzzzzz
+    //     shuffled              (c b a 0) (f e d 0) (d c 0 0)
+    //     two bytes each        0000yyyyyyzzzzzz 000000000000xxxx; in the third lane ccccccdddd
+    //     two words each        xxxxyyyyyyzzzzzz
+    TARGET_AVX2 static SixIndices IndicesOfSix(const unsigned char* text)
+    {
+        const __m128i bytes = _mm_and_si128(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(text)),
+                                            _mm_set1_epi64x(0x3F3F0F3F3F0F));
+        const __m128i lanes =
+            _mm_shuffle_epi8(bytes, _mm_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 3, 2, -1, -1, -1, -1, -1, -1));
+        const __m128i words =
+            _mm_maddubs_epi16(lanes, _mm_setr_epi8(1, 64, 1, 0, 1, 64, 1, 0, 1, 16, 0, 0, 0, 0, 0, 0));
+        const __m128i indices = _mm_madd_epi16(words, _mm_set1_epi32(1 | 0x1000 << 16));
+        return {static_cast<unsigned>(_mm_cvtsi128_si32(indices)),
+                static_cast<unsigned>(_mm_extract_epi32(indices, 2)),
+                static_cast<unsigned>(_mm_extract_epi32(indices, 1))};
     }
 
     const TrieNode* m_pTrie;
