@@ -25,7 +25,7 @@ using namespace trie;
 
 enum State { EMPTY, BEING_FILLED, FILLED };
 std::atomic<State> s_state = EMPTY;
-constexpr unsigned long WORTH_IT = 256 << 10;  // bytes walked without it
+constexpr unsigned long WORTH_IT = 1 << 20;  // bytes walked without it
 std::atomic<unsigned long> s_nWalked = 0;
 Shortcuts s_shortcuts;
 
@@ -334,12 +334,13 @@ private:
             const int node = ChildOn(third, next);
             const unsigned pair = PairOf(static_cast<unsigned char>(byte), static_cast<unsigned char>(next));
             if (node == NO_NODE || m_made.pairs[pair] == 0) continue;
-            if (!HasPlainValue(node) || m_nPhrases == PHRASE_SLOTS / 4 * 3) return false;
+            const unsigned behind = ContextOfState(node);
+            if (!HasPlainValue(node) || behind == UNKNOWN_CONTEXT || m_nPhrases == PHRASE_SLOTS / 4 * 3)
+                return false;
             const uint32_t key = PhraseKey(context, pair);
             unsigned slot = PhraseSlot(key);
             while (m_made.phrases[slot].key != 0) slot = (slot + 1) % PHRASE_SLOTS;
-            m_made.phrases[slot] = {key, static_cast<unsigned short>(ContextOfState(node)), false, node,
-                                    Value(node)};
+            m_made.phrases[slot] = {key, behind << FIRST_CONTEXT_BIT | static_cast<unsigned>(Value(node))};
             ++m_nPhrases;
             ++s_scratch.phrasesOf[context];
         }
@@ -387,7 +388,7 @@ private:
     // Phrases of contexts with many of them are never silent: nearly every pair would complete one.
     bool IsSilent(const Phrase& phrase) const
     {
-        return phrase.value == ValueOf(m_made.pairs[phrase.key & 0xFFFF]) &&
+        return ValueOf(phrase.entry) == ValueOf(m_made.pairs[phrase.key & 0xFFFF]) &&
                s_scratch.phrasesOf[phrase.key >> 16] <= FEW;
     }
 
@@ -397,14 +398,14 @@ private:
         std::fill_n(s_scratch.classesOf, MOST_CONTEXTS, PairEntry{0});
         for (Phrase& phrase : m_made.phrases) {
             if (phrase.key == 0) continue;
-            phrase.isSilent = IsSilent(phrase);
-            if (phrase.isSilent)
+            if (IsSilent(phrase)) {
+                phrase.entry |= IS_SILENT;
                 m_made.pairs[phrase.key & 0xFFFF] |= COMPLETES_SILENT_PHRASE;
-            else if (s_scratch.phrasesOf[phrase.key >> 16] <= FEW)
+            } else if (s_scratch.phrasesOf[phrase.key >> 16] <= FEW)
                 s_scratch.completes[phrase.key & 0xFFFF] = true;
         }
         for (const Phrase& phrase : m_made.phrases)
-            if (phrase.key != 0 && !phrase.isSilent)
+            if (phrase.key != 0 && (phrase.entry & IS_SILENT) == 0)
                 s_scratch.classesOf[phrase.key >> 16] |= PairEntry{1}
                                                          << (FIRST_CLASS_BIT + ClassOf(phrase.key & 0xFFFF));
         for (unsigned context = REST + 1; context < m_nContexts; ++context) {
@@ -412,10 +413,10 @@ private:
             for (unsigned from = m_made.contexts[context].parent; from != REST;
                  from = m_made.contexts[from].parent)
                 classes |= s_scratch.classesOf[from];
-            for (unsigned byte = 0; byte < 0x100; ++byte)
-                if (!m_made.contexts[context].known.Has(static_cast<unsigned char>(byte)) &&
-                    FirstNode(byte) != NO_NODE)
-                    classes |= AllClassesOf(byte);
+            const Context& known = m_made.contexts[context];
+            for (unsigned word = 0; word < std::size(known.known.words); ++word)
+                if ((m_made.contexts[REST].known.words[word] & ~known.known.words[word]) != 0)
+                    classes |= AllClassesOf(32 * word);
         }
         s_scratch.classesOf[REST] = 0;
         s_scratch.classesOf[UNKNOWN_CONTEXT] = ANY_CLASS;
@@ -429,7 +430,8 @@ private:
         }
         m_made.contexts[UNKNOWN_CONTEXT].classes = ANY_CLASS;
         for (const Phrase& phrase : m_made.phrases)
-            if (phrase.isSilent) m_made.pairs[phrase.key & 0xFFFF] |= s_scratch.classesOf[phrase.context];
+            if ((phrase.entry & IS_SILENT) != 0)
+                m_made.pairs[phrase.key & 0xFFFF] |= s_scratch.classesOf[ContextOf(phrase.entry)];
     }
 
     // -----------------------------------------------------------------------------------------------------

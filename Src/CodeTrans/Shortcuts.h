@@ -90,11 +90,10 @@ constexpr unsigned PairOf(unsigned char first, unsigned char second)
 
 // A pair that leads elsewhere from a context than from the rest state.
 struct Phrase {
-    uint32_t key;            // PhraseKey, or 0 for an empty slot
-    unsigned short context;  // behind it
-    bool isSilent;
-    int node, value;
+    uint32_t key;    // PhraseKey, or 0 for an empty slot
+    uint32_t entry;  // as in a PairEntry; bit 19 is set if the phrase is silent
 };
+constexpr uint32_t IS_SILENT = 1 << 19;
 
 constexpr uint32_t PhraseKey(unsigned context, unsigned pair)
 {

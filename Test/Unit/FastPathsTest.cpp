@@ -253,6 +253,10 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
             for (const unsigned most : {1U, 6U, 100U, 5000U, 5000U}) {
                 std::string text(Random(most + 1), '\0');
                 for (char& c : text) c = static_cast<char>(ALPHABET[Random(Random(9) == 0 ? 8 : 5)]);
+                // Characters of three bytes, which the walk takes two at a time.
+                for (size_t at = Random(9); Random(2) == 0 && at + 3 <= text.size(); at += 3)
+                    for (size_t end = at + 3 * Random(30); at < end && at + 3 <= text.size(); at += 3)
+                        text.replace(at, 3, {'\xE4', "\x80\xB0\xB1"[Random(3)], "\x80\xB0\xB1"[Random(3)]});
                 if (Random(2) == 0 && !text.empty()) text[Random(most) % text.size()] = 'z';
                 ASSERT_NO_FATAL_FAILURE(CompareWalks(m_trie.data(), NODES, text)) << automaton;
             }

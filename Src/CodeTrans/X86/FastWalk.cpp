@@ -1,14 +1,26 @@
-// The fast form of the detector's walk: first the nodes' values in a row, then their digits eight at a time.
+// The fast form of the detector's walk: first the nodes' values in a row, then their digits eight at a time
+// (ValueSums.h). It takes the shortcuts that a node table offers (Shortcuts.h):
 //
-// The walk itself only collects values. It takes the shortcuts that a node table offers. The digits are then
-// split in vectors, which costs a fraction of what four divisions a node do. A decisive value is looked for
-// in each row of values, in their order.
+//     for each piece of the text
+//         until it is over
+//             while two characters of three bytes each in UTF-8 follow: append what they add
+//             while pairs follow: append what each adds
+//                 where the filter says that a pair needs a look: pass over the pairs up to it
+//                     phrase by phrase, which gives the context before it, and take it by this context
+//             from hub to hub, until pairs serve: append what the hub's row has for the byte, and skip
+//                 ASCII where two bytes of it lead back to the hub and add nothing
+//             byte by byte, until there is a hub: step as the plain walk does
+//         add up the row; a decisive value in it ends the walk
+//
+// The state need not be the node that the plain walk is at, but one that acts the same on all that may come.
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "Bytes.h"
 #include "Detection.h"
 #include "Shortcuts.h"
+#include "ValueSums.h"
 #include "Vectors.h"
 
 namespace fast
@@ -16,8 +28,6 @@ namespace fast
 namespace
 {
 using namespace trie;
-
-constexpr unsigned long CHUNK = 2048;  // bytes of text to a row of values
 
 // How many of the 32 bytes at `text` are ASCII text, up to the first that is not.
 TARGET_AVX2 unsigned AsciiTextAt(const unsigned char* text)
@@ -113,16 +123,14 @@ private:
         const Shortcuts& table;
         const unsigned char* text;
         int* values;
-        unsigned context;          // before the pair `at`
-        unsigned at = 0;           // a pair
-        int phraseNode = NO_NODE;  // of the phrase that the pair before it completes, if it does
+        unsigned context;  // before the pair `at`
+        unsigned at = 0;   // a pair
 
         PairEntry Entry(unsigned pair) const { return table.pairs[PairAt(text + 2 * pair)]; }
 
         // The node that the last pair leads to.
         int LastNode(const CWalker& walker) const
         {
-            if (phraseNode != NO_NODE) return phraseNode;
             const int first = Child(walker.m_pTrie, walker.m_nNodes, table.rest, text[2 * at - 2]);
             return Child(walker.m_pTrie, walker.m_nNodes, first, text[2 * at - 1]);
         }
@@ -133,12 +141,11 @@ private:
         // Over one pair. Returns whether it completes a phrase that is not silent.
         bool Pass()
         {
-            const PairEntry entry = Entry(at);
             const Phrase* const phrase = table.FindPhrase(context, PairAt(text + 2 * at));
-            values[at++] = phrase != nullptr ? phrase->value : ValueOf(entry);
-            context = phrase != nullptr ? phrase->context : ContextOf(entry);
-            phraseNode = phrase != nullptr ? phrase->node : NO_NODE;
-            return phrase != nullptr && !phrase->isSilent;
+            const PairEntry entry = phrase != nullptr ? phrase->entry : Entry(at);
+            values[at++] = ValueOf(entry);
+            context = ContextOf(entry);
+            return phrase != nullptr && (entry & IS_SILENT) == 0;
         }
 
         // Over pairs that needed no look. Behind one that completes no silent phrase the context is its own.
@@ -149,7 +156,6 @@ private:
             if (from > at) {
                 at = from;
                 context = ContextOf(Entry(from - 1));
-                phraseNode = NO_NODE;
             }
             while (at < to) Pass();
         }
@@ -273,77 +279,6 @@ private:
     int m_nState;
 };
 
-// The sum of the 16-bit lanes at even places and of those at odd places.
-TARGET_AVX2 int SumEven(__m256i lanes)
-{
-    const __m256i halves = _mm256_and_si256(lanes, _mm256_set1_epi32(0xFFFF));
-    __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(halves), _mm256_extracti128_si256(halves, 1));
-    sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0x4E));
-    return _mm_cvtsi128_si32(_mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0xB1)));
-}
-
-TARGET_AVX2 int SumOdd(__m256i lanes)
-{
-    return SumEven(_mm256_srli_epi32(lanes, 16));
-}
-
-int FirstCode(const int* values, const int* end)
-{
-    while (values < end && TrieValueCode(*values) == 0) ++values;
-    return values < end ? TrieValueCode(*values) : 0;
-}
-
-// Adds the values up to `end`, at most CHUNK of them, to the scores; writes up to seven behind them. A
-// decisive one ends it.
-TARGET_AVX2 void AddValues(int* values, int* end, Scores& scores)
-{
-    std::fill(end, end + 7, TRIE_VALUE_NONE);  // adds nothing and is not positive
-    const __m256i twenty = _mm256_set1_epi16(20), nine = _mm256_set1_epi16(9);
-    __m256i all = _mm256_setzero_si256(), ones = all, tens = all, positiveOnes = all, positiveTens = all;
-    __m256i none = all;
-    int count = 0;
-    for (const int* at = values; at < end; at += 8, count += 8) {
-        const __m256i value = Load32(at);
-        all = _mm256_or_si256(all, value);
-        none = _mm256_sub_epi32(none, _mm256_cmpeq_epi32(value, _mm256_set1_epi32(TRIE_VALUE_NONE)));
-        const __m256i digits = _mm256_and_si256(value, _mm256_set1_epi32(0x3FFFF));
-        // By 400, as (digits / 16) / 25: the upper two digits (655 at most) and the lower two.
-        const __m256i upper =
-            _mm256_srli_epi32(_mm256_madd_epi16(_mm256_srli_epi32(digits, 4), _mm256_set1_epi32(5243)), 17);
-        const __m256i lower = _mm256_sub_epi32(digits, _mm256_madd_epi16(upper, _mm256_set1_epi32(400)));
-        // By 20, the lower in even lanes of 16 bits (GBK, Big5) beside the upper in odd ones (Unicode,
-        // UTF-8).
-        const __m256i pairs = _mm256_or_si256(lower, _mm256_slli_epi32(upper, 16));
-        const __m256i second = _mm256_mulhi_epu16(pairs, _mm256_set1_epi16(3277));
-        const __m256i first = _mm256_sub_epi16(pairs, _mm256_mullo_epi16(second, twenty));
-        ones = _mm256_add_epi16(ones, first);
-        tens = _mm256_add_epi16(tens, second);
-        positiveOnes = _mm256_sub_epi16(positiveOnes, _mm256_cmpgt_epi16(first, nine));
-        positiveTens = _mm256_sub_epi16(positiveTens, _mm256_cmpgt_epi16(second, nine));
-    }
-    if (!_mm256_testz_si256(all, _mm256_set1_epi32(static_cast<int>(0xFFF00000)))) {
-        scores.decidedCode = FirstCode(values, end);
-        return;
-    }
-    scores.sumGbk += static_cast<unsigned>(SumEven(ones) - 9 * count);
-    scores.sumBig5 += static_cast<unsigned>(SumEven(tens) - 9 * count);
-    scores.sumUnicode += static_cast<unsigned>(SumOdd(ones) - 9 * count);
-    scores.sumUtf8 += static_cast<unsigned>(SumOdd(tens) - 9 * count);
-    scores.positiveGbk += SumEven(positiveOnes);
-    scores.positiveBig5 += SumEven(positiveTens);
-    scores.positiveUnicode += SumOdd(positiveOnes);
-    scores.positiveUtf8 += SumOdd(positiveTens);
-    scores.nonPositiveUnicode += count - SumEven(none) - SumOdd(positiveOnes);
-}
-
-TARGET_AVX2 int CountHighBytes(const unsigned char* text, unsigned long size)
-{
-    int count = 0;
-    unsigned long i = 0;
-    for (; i + 32 <= size; i += 32) count += std::popcount(Mask(Load32(text + i)));
-    for (; i < size; ++i) count += text[i] >> 7;
-    return count;
-}
 }  // namespace
 }  // namespace fast
 
@@ -351,12 +286,12 @@ void FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsign
               WalkPosition& position)
 {
     using namespace fast;
-    alignas(32) int values[CHUNK + 8];
+    alignas(32) int values[MOST_VALUES + VALUES_PADDING];
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
     Scores& scores = position.scores;
     CWalker walker(trie, nodeCount, position.state);
-    for (unsigned long at = 0; at < length && scores.decidedCode == 0; at += CHUNK) {
-        const unsigned long size = std::min(length - at, CHUNK);
+    for (unsigned long at = 0; at < length && scores.decidedCode == 0; at += MOST_VALUES) {
+        const unsigned long size = std::min(length - at, MOST_VALUES);
         int* const end = walker.Walk(bytes + at, bytes + at + size, values);
         AddValues(values, end, scores);
         scores.highBytes += CountHighBytes(bytes + at, size);
