@@ -91,7 +91,11 @@ public:
             if (second.state != NO_NODE && m_made.contexts[KnownContextOf(second.state)].servesSixes)
                 second.value |= PRESENT;
         for (unsigned hub = 1; hub <= m_nHubs; ++hub) m_made.hubContexts[hub] = KnownContextOf(m_hubs[hub]);
-        for (unsigned i = 0; i < m_nNodes; ++i) m_made.contextOf[i] = KnownContextOf(static_cast<int>(i));
+        for (unsigned i = 0; i < m_nNodes; ++i) {
+            const unsigned hub = m_made.hubOf[i];  // the walk asks either for the context
+            m_made.contextOf[i] =
+                hub != NO_HUB ? m_made.hubContexts[hub] : KnownContextOf(static_cast<int>(i));
+        }
     }
 
 private:
