@@ -79,13 +79,18 @@ private:
 
     static unsigned PairAt(const unsigned char* text) { return PairOf(text[0], text[1]); }
 
-    bool IsHub(int state) const { return m_pShortcuts != nullptr && m_pShortcuts->hubOf[state] != NO_HUB; }
+    // Whether there is a shorter way than by single bytes.
+    bool IsShort(int state, const unsigned char* text, const unsigned char* end) const
+    {
+        return m_pShortcuts != nullptr && (m_pShortcuts->hubOf[state] != NO_HUB ||
+                                           PairsServe(m_pShortcuts->contextOf[state], text, end));
+    }
 
-    // Byte after byte, as the plain walk goes, until a hub is met. Returns where it got to.
+    // Byte after byte, as the plain walk goes, until a hub is met or pairs serve. Returns where it got to.
     const unsigned char* WalkBytes(const unsigned char* text, const unsigned char* end, int& state,
                                    int*& values) const
     {
-        while (text < end && !IsHub(state)) {
+        while (text < end && !IsShort(state, text, end)) {
             const int entered = Step(m_pTrie, m_nNodes, state, *text++);
             if (entered != NO_NODE) Append(values, m_pTrie[entered].nValue);
         }
