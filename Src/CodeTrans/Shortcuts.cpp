@@ -283,6 +283,7 @@ private:
         for (unsigned context = REST; context < m_nContexts; ++context) JudgeChildren(context);
         m_made.contexts[UNKNOWN_CONTEXT] = {};
         m_made.contexts[UNKNOWN_CONTEXT].parent = UNKNOWN_CONTEXT;
+        m_made.contexts[UNKNOWN_CONTEXT].third = NO_THIRD;
         for (unsigned context = REST; context < m_nContexts; ++context)
             s_scratch.failsToRest[context] = FailsToRest(context);
         for (unsigned context = REST + 1; context < m_nContexts; ++context)
@@ -298,6 +299,8 @@ private:
         const int state = s_scratch.stateOf[number];
         Context& context = m_made.contexts[number] = {};
         context.state = state;
+        context.third = static_cast<unsigned char>(
+            std::find(m_made.behindThird, m_made.behindThird + NO_THIRD, state) - m_made.behindThird);
         context.parent = number == REST  ? REST
                          : state == ROOT ? UNKNOWN_CONTEXT  // it never fails
                                          : ContextOfState(FailureLink(m_pTrie, m_nNodes, state));

@@ -116,6 +116,8 @@ struct ByteSet {
     void Add(unsigned byte) { words[byte / 32] |= 1U << byte % 32; }
 };
 
+constexpr unsigned char NO_THIRD = 0x40;
+
 struct Context {
     ByteSet known;      // the bytes with which a pair may begin
     ByteSet own;        // the bytes that its state has a child on; for others see the parent
@@ -123,6 +125,9 @@ struct Context {
     unsigned parent;    // the context of the state that it fails to
     int state;
     bool servesSixes;  // no phrase begins with E0 to EF, and these are known
+    // Within a six, behind a byte c: its low six bits, or NO_THIRD. More than one c may have the same
+    // context.
+    unsigned char third;
 };
 
 // ---------------------------------------------------------------------------------------------------------

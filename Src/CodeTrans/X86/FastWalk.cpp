@@ -207,37 +207,57 @@ private:
         return text + 2 * count;
     }
 
-    // Sixes, as long as one follows another, and half a one at the end. Returns where it got to.
+    // Sixes, as long as one follows another, and half a one before and behind. Returns where it got to.
     TARGET_AVX2 const unsigned char* WalkSixes(const unsigned char* text, const unsigned char* end,
                                                int& state, int*& values) const
     {
         const Shortcuts& table = *m_pShortcuts;
         if (end - text < 3 || !IsThree(text)) return text;
         const Context& context = table.contexts[table.contextOf[state]];
-        bool mayFollow =
-            context.servesSixes ||
-            (context.known.Has(text[0]) && table.FindPhrase(table.contextOf[state], PairAt(text)) == nullptr);
-        for (; mayFollow && end - text >= 8 && IsSix(text); text += 6) {
-            const SixIndices at = IndicesOfSix(text);
+        bool mayFollow = context.servesSixes;
+        if (context.third != NO_THIRD) {
+            const int middle = table.middlesOfSix[context.third << 4 | (text[0] & 0x0F)];
+            const SecondOfSix& second = table.secondsOfSix[DecodeThree(text)];
+            if ((middle & ~second.state) >= 0) return text;
+            values = AppendSecond(values, middle, second);
+            mayFollow = second.value < 0;
+            state = second.state;
+            text += 3;
+        } else if (!mayFollow)
+            mayFollow = context.known.Has(text[0]) &&
+                        table.FindPhrase(table.contextOf[state], PairAt(text)) == nullptr;
+        for (; mayFollow && end - text >= 6; text += 6) {
+            const uint64_t bytes = LoadSix(text);
+            if ((bytes & 0xC0C0F0C0C0F0) != 0x8080E08080E0) break;
+            const SixIndices at = IndicesOfSix(bytes);
             const FirstOfSix& first = table.firstsOfSix[at.first];
             const int middle = table.middlesOfSix[at.middle];
             const SecondOfSix& second = table.secondsOfSix[at.second];
             if ((first.thirdValue & middle & ~second.state) >= 0) return text;
-            values[0] = first.pairValue;
-            values[1] = first.thirdValue & VALUE_MASK;
-            values[2] = middle & VALUE_MASK;
-            values[3] = second.value & VALUE_MASK;
-            values += 4;
+            values = AppendSecond(AppendFirst(values, first), middle, second);
             mayFollow = second.value < 0;
             state = second.state;
         }
         if (!mayFollow || end - text < 3 || !IsThree(text)) return text;
         const FirstOfSix& half = table.firstsOfSix[DecodeThree(text)];
         if (half.thirdValue >= 0) return text;
-        *values++ = half.pairValue;
-        *values++ = half.thirdValue & VALUE_MASK;
+        values = AppendFirst(values, half);
         state = table.behindThird[text[2] & 0x3F];
         return text + 3;
+    }
+
+    static int* AppendFirst(int* values, const FirstOfSix& first)
+    {
+        values[0] = first.pairValue;
+        values[1] = first.thirdValue & VALUE_MASK;
+        return values + 2;
+    }
+
+    static int* AppendSecond(int* values, int middle, const SecondOfSix& second)
+    {
+        values[0] = middle & VALUE_MASK;
+        values[1] = second.value & VALUE_MASK;
+        return values + 2;
     }
 
     static bool IsThree(const unsigned char* text)
@@ -245,12 +265,13 @@ private:
         return (text[0] & 0xF0) == 0xE0 && IsContinuation(text[1]) && IsContinuation(text[2]);
     }
 
-    // Of eight bytes the first six.
-    static bool IsSix(const unsigned char* text)
+    // The first byte is the lowest.
+    static uint64_t LoadSix(const unsigned char* text)
     {
-        uint64_t bytes;  // the first one lowest
-        memcpy(&bytes, text, sizeof bytes);
-        return (bytes & 0xC0C0F0C0C0F0) == 0x8080E08080E0;
+        uint32_t low, high;
+        memcpy(&low, text, sizeof low);
+        memcpy(&high, text + 2, sizeof high);
+        return low | static_cast<uint64_t>(high) << 16;
     }
 
     struct SixIndices {
@@ -264,10 +285,9 @@ private:
     //     shuffled              (c b a 0) (f e d 0) (d c 0 0)
     //     two bytes each        0000yyyyyyzzzzzz 000000000000xxxx; in the third lane ccccccdddd
     //     two words each        xxxxyyyyyyzzzzzz
-    TARGET_AVX2 static SixIndices IndicesOfSix(const unsigned char* text)
+    TARGET_AVX2 static SixIndices IndicesOfSix(uint64_t six)
     {
-        const __m128i bytes = _mm_and_si128(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(text)),
-                                            _mm_set1_epi64x(0x3F3F0F3F3F0F));
+        const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(six & 0x3F3F0F3F3F0F));
         const __m128i lanes =
             _mm_shuffle_epi8(bytes, _mm_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 3, 2, -1, -1, -1, -1, -1, -1));
         const __m128i words =
