@@ -8,7 +8,7 @@
 //         for each byte: if it leads to where it leads from the rest state, the context knows it
 //                        if it leads to a node that adds nothing and fails to there, the context knows it,
 //                        and each child of that node is a phrase
-//     give each pair a class, and each pair the classes of the phrases that its context begins
+//     give each pair a class, and the classes of the pairs that need a look behind it
 //
 // There is one set, in static memory, which costs nothing until enough text has been walked to make it pay.
 #include "Shortcuts.h"
@@ -100,8 +100,7 @@ public:
 
 private:
     static constexpr unsigned short UNSET = 0xFFFF;
-    static constexpr unsigned FEW = 64;        // phrases of a context
-    static constexpr int PRESENT = INT32_MIN;  // bit 31
+    static constexpr unsigned FEW = 64;  // phrases of a context
 
     // -----------------------------------------------------------------------------------------------------
     // Hubs

@@ -11,7 +11,7 @@
 //         | B9
 //       third   => the first node of B9           adds nothing
 //         | FA
-//       phrase  => the second node of B9 FA       two pairs that mean more together
+//       phrase  => the second node of B9 FA       two pairs that are known together: a word
 //
 // Hub. A state that many others fail to. A node without children acts as the hub that it fails to, whatever
 // node it is: where a byte leads from there is looked up in the hub's row.
@@ -19,11 +19,14 @@
 // Pair. From the rest state two bytes lead to a second node. What they add does not depend on what went
 // before, unless they complete a phrase. So the pairs of a text are looked up one independently of another.
 //
-// Context. What the state behind a pair knows of it: a state with children, or the one that a childless state
-// fails to in the end. The rest state is context 0. From another context a pair leads to the same second node
-// as from the rest state, but for the context's phrases and for the bytes that the context does not know.
+// Context. A state as the next pair finds it: one with children, or the one that a childless state fails to
+// in the end. The rest state is context 0. A byte is known to a context if a pair that begins with it leads
+// to the same second node as from the rest state, unless it completes a phrase. So the context behind D6 D0
+// knows B9, and B9 FA completes a phrase of it.
 //
 // Six. Two characters of three bytes each in UTF-8, which are three pairs. Text is in step again behind them.
+//
+// A walk may stand at another node than the plain one, if both act the same on all that may come.
 #ifndef CODETRANS_SHORTCUTS_H
 #define CODETRANS_SHORTCUTS_H
 
@@ -40,7 +43,7 @@ constexpr unsigned MOST_HUBS = 250;
 constexpr unsigned short NO_HUB = 0;  // hubs count from 1
 
 struct HubEntry {
-    int node, value;     // where a byte leads from the hub, and what that adds
+    int node, value;     // where a byte leads from the hub, and what it adds
     unsigned short hub;  // the hub that the node acts as, or NO_HUB
 };
 
@@ -56,10 +59,11 @@ constexpr unsigned UNKNOWN_CONTEXT = MOST_CONTEXTS - 1;
 //     0-18  the value of its node     19  whether it completes a silent phrase     20-31  its context
 //    32-37  its class, plus 38     38-63  a bit for each class that needs a look behind this pair
 //
-// Most phrases are silent: they add what their second pair adds, so that only the context behind them is
-// another. Classes are a filter for what cannot be passed over: a pair needs a look if it completes a phrase
-// that is not silent, or begins with a byte that is not known, behind the pair before or a silent phrase that
-// this one completes. If its class is not among the bits of that one, it does neither.
+// Most phrases are silent: they add what their second pair adds, and only the context behind them differs. A
+// pair needs a look if it completes a phrase that is not silent, or if its first byte is not known. Classes
+// are a filter for this: a pair needs no look if the pair before does not have the bit of its class. The bits
+// of a pair are those of all contexts that there may be behind it: its own, and those of the silent phrases
+// that it completes.
 using PairEntry = uint64_t;
 constexpr unsigned VALUE_BITS = 19, FIRST_CONTEXT_BIT = 20, CLASSES = 26, FIRST_CLASS_BIT = 38;
 constexpr int VALUE_MASK = (1 << VALUE_BITS) - 1;
@@ -88,7 +92,7 @@ constexpr unsigned PairOf(unsigned char first, unsigned char second)
     return first | static_cast<unsigned>(second) << 8;
 }
 
-// A pair that leads elsewhere from a context than from the rest state.
+// A pair that leads elsewhere from a context than from the rest state, in a hash table.
 struct Phrase {
     uint32_t key;    // PhraseKey, or 0 for an empty slot
     uint32_t entry;  // as in a PairEntry; bit 19 is set if the phrase is silent
@@ -118,9 +122,11 @@ struct ByteSet {
 
 constexpr unsigned char NO_THIRD = 0x40;
 
+// A phrase belongs to the context whose own child it goes through. For bytes without such a child, the
+// phrases are those of the parent.
 struct Context {
     ByteSet known;      // the bytes with which a pair may begin
-    ByteSet own;        // the bytes that its state has a child on; for others see the parent
+    ByteSet own;        // the bytes that its state has a child on
     PairEntry classes;  // of the pairs that need a look behind it, as in a PairEntry
     unsigned parent;    // the context of the state that it fails to
     int state;
@@ -133,16 +139,19 @@ struct Context {
 // ---------------------------------------------------------------------------------------------------------
 // Sixes: the bytes a b c d e f, of which a and d are E0 to EF and the others 80 to BF
 
-// What a b c adds from the rest state, by code point. 0: to be walked byte by byte.
+// Bit 31 of a value: it is in the table. Otherwise the bytes are to be walked one by one.
+constexpr int PRESENT = INT32_MIN;
+
+// What a b c adds from the rest state, by code point: the values of the nodes behind b and behind c.
 struct FirstOfSix {
-    int pairValue,
-        thirdValue;  // of the nodes behind b and c; bit 31 of both is set, the rest state's are not
+    int pairValue;
+    int thirdValue;  // with PRESENT
 };
 
 // What d e f leads to and adds behind a b c, by code point. Nothing is added behind e.
 struct SecondOfSix {
-    int value;  // of the node behind f; bit 31 is set if another six may follow whatever it is
-    int state;  // what the one behind f acts as, or NO_NODE: to be walked byte by byte
+    int value;  // of the node behind f; bit 31 is set if any other six may follow
+    int state;  // what the node behind f acts as, or NO_NODE: to be walked byte by byte
 };
 
 struct Shortcuts {
@@ -162,9 +171,8 @@ struct Shortcuts {
     Phrase phrases[PHRASE_SLOTS];
 
     FirstOfSix firstsOfSix[0x10000];
-    int behindThird[0x40];    // what the state behind c acts as, by its low six bits, if the six is in the
-                              // table
-    int middlesOfSix[0x400];  // what d adds behind c, by their low six and four bits; bit 31 as above
+    int behindThird[0x40];    // what the state behind c acts as, by the low six bits of c
+    int middlesOfSix[0x400];  // what d adds behind c, by their low six and four bits, with PRESENT
     SecondOfSix secondsOfSix[0x10000];
 
     // The phrase that the pair completes in the context, which knows its first byte, or null.
@@ -186,8 +194,8 @@ struct Shortcuts {
 const Shortcuts* FindShortcuts(const TrieNode* trie, unsigned nodeCount);
 const Shortcuts* MakeShortcuts(const TrieNode* trie, unsigned nodeCount);
 
-// The same for a walk that has gone over `bytes` more without them. Making them takes a few milliseconds,
-// which only pays once that much has been walked.
+// The same for a walk that has gone over `bytes` more without them. Making them takes some ten milliseconds,
+// which only pays once much has been walked.
 const Shortcuts* ShortcutsAfter(const TrieNode* trie, unsigned nodeCount, unsigned long bytes);
 
 // When node tables come or go. Must not overlap a walk.
