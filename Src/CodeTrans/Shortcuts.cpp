@@ -71,7 +71,10 @@ public:
         m_made.nodeCount = m_nNodes;
         FindHubs();
         FillRows();
-        for (unsigned hub = 1; hub <= m_nHubs; ++hub) m_made.quiet[hub] = IsQuiet(hub);
+        for (unsigned hub = 1; hub <= m_nHubs; ++hub)
+            m_made.quiet[hub] = IsQuiet(hub, 0)      ? Quiet::TEXT
+                                : IsQuiet(hub, 0x20) ? Quiet::PRINTED
+                                                     : Quiet::NOT;
         m_made.serve = m_made.hubOf[m_made.rest] != NO_HUB;
         if (!m_made.serve) return;
         std::fill_n(m_made.contextOf, m_nNodes, UNSET);
@@ -170,11 +173,12 @@ private:
             }
     }
 
-    // Whether the hub that ASCII text leads to is one and the same, and from there it is this hub again.
-    bool IsQuiet(unsigned hub) const
+    // Whether the hub that ASCII text from `from` on leads to is one and the same, and from there it is this
+    // hub again.
+    bool IsQuiet(unsigned hub, unsigned from) const
     {
         const unsigned partner = m_made.hubs[hub][0x61].hub;
-        for (unsigned byte = 0; byte < 0x80; ++byte) {
+        for (unsigned byte = from; byte < 0x80; ++byte) {
             if (!IsAsciiText(byte)) continue;
             const HubEntry &there = m_made.hubs[hub][byte], &back = m_made.hubs[partner][byte];
             if (partner == NO_HUB || there.hub != partner || back.hub != hub ||

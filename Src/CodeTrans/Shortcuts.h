@@ -47,6 +47,10 @@ struct HubEntry {
     unsigned short hub;  // the hub that the node acts as, or NO_HUB
 };
 
+// Which bytes any two of lead back to a hub and add nothing: none, those of ASCII that are printed, or those
+// and tabs and line ends. Behind a hint the end of a line is not passed over.
+enum class Quiet : unsigned char { NOT, PRINTED, TEXT };
+
 // ---------------------------------------------------------------------------------------------------------
 // Pairs and their contexts
 
@@ -162,7 +166,7 @@ struct Shortcuts {
     HubEntry hubs[MOST_HUBS + 1][0x100];
     unsigned char hubOf[MOST_SHORTCUT_NODES];
     unsigned short hubContexts[MOST_HUBS + 1];
-    bool quiet[MOST_HUBS + 1];  // two bytes of ASCII text lead back to the hub and add nothing
+    Quiet quiet[MOST_HUBS + 1];
 
     int rest;
     PairEntry pairs[0x10000];                       // by PairOf

@@ -29,15 +29,16 @@ namespace
 {
 using namespace trie;
 
-// How many of the 32 bytes at `text` are ASCII text, up to the first that is not.
-TARGET_AVX2 unsigned AsciiTextAt(const unsigned char* text)
+// How many of the 32 bytes at `text` are quiet, up to the first that is not.
+TARGET_AVX2 unsigned QuietBytesAt(const unsigned char* text, Quiet quiet)
 {
     const __m256i bytes = Load32(text);
     const auto is = [&](char byte) TARGET_AVX2 { return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(byte)); };
     // Bytes of 80 and above are negative.
     const __m256i printed = _mm256_andnot_si256(is(0x7F), _mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)));
     const __m256i breaks = _mm256_or_si256(is('\t'), _mm256_or_si256(is('\n'), is('\r')));
-    return static_cast<unsigned>(std::countr_one(Mask(_mm256_or_si256(printed, breaks))));
+    const unsigned others = quiet == Quiet::TEXT ? Mask(breaks) : 0;
+    return static_cast<unsigned>(std::countr_one(Mask(printed) | others));
 }
 
 // A walk that stops and goes on.
@@ -104,8 +105,9 @@ private:
         const Shortcuts& table = *m_pShortcuts;
         unsigned hub = table.hubOf[state];
         while (hub != NO_HUB && text < end) {
-            // Behind an even number of bytes of ASCII text a quiet hub is the same again.
-            if (table.quiet[hub] && end - text >= 32) text += AsciiTextAt(text) & ~1U;
+            // Behind an even number of them the hub is the same again.
+            const Quiet quiet = table.quiet[hub];
+            if (quiet != Quiet::NOT && end - text >= 32) text += QuietBytesAt(text, quiet) & ~1U;
             if (text == end || PairsServe(table.hubContexts[hub], text, end)) break;
             const HubEntry& entry = table.hubs[hub][*text++];
             Append(values, entry.value);
