@@ -66,7 +66,5 @@ Progress FastUtf8ToGbk(const char*, unsigned long, char*)
     return {};
 }
 
-void FastWalk(const TrieNode*, unsigned, const char*, unsigned long, WalkPosition&)
-{
-}
+void FastWalk(const TrieNode*, unsigned, const char*, unsigned long, WalkPosition&) {}
 #endif
