@@ -50,11 +50,12 @@ TEST(Judge, IdentifiesWhatItReads)
     };
     for (const auto& c : cases) {
         const Identity identity = Identify(c.text, true);
-        if (c.name != nullptr)
-            EXPECT_EQ(NameOf(identity.encoding), c.name) << ::testing::PrintToString(c.text);
-        EXPECT_GE(identity.margin, c.leastMargin) << ::testing::PrintToString(c.text);
-        EXPECT_LE(identity.margin, c.mostMargin) << ::testing::PrintToString(c.text);
-        EXPECT_EQ(!identity.doubt.empty(), c.isDoubtful) << ::testing::PrintToString(c.text);
+        SCOPED_TRACE(::testing::PrintToString(c.text));
+        EXPECT_GE(identity.margin, c.leastMargin);
+        EXPECT_LE(identity.margin, c.mostMargin);
+        if (c.name == nullptr) continue;
+        EXPECT_EQ(NameOf(identity.encoding), c.name);
+        EXPECT_EQ(!identity.doubt.empty(), c.isDoubtful);
     }
 }
 
