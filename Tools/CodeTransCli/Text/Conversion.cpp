@@ -31,7 +31,7 @@ std::string DescribeUnreadable(std::string_view bytes, Fault fault, const Encodi
         case Fault::LONE_HALF:
             return Hex(bytes) + " is half a surrogate pair";
         default:
-            return Hex(bytes) + " is no character of " + from.name;
+            return Hex(bytes) + " is not a character in " + from.name;
     }
 }
 }  // namespace
