@@ -225,6 +225,7 @@ CLI::App* AddRestore(CLI::App& app, RestoreOptions& options)
         ->type_name("SUFFIX");
     command->add_flag("--dry-run,-n", options.dryRun, "Change nothing; report what would be done");
     command->add_flag("--force", options.force, "Also restore files that were changed after the conversion");
+    command->footer(RESTORE_EXAMPLES);
     return command;
 }
 
