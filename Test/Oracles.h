@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Detection.h"
+#include "Shortcuts.h"
 
 // Totals count for nothing once a node has decided.
 inline bool SameWalk(const Scores& a, const Scores& b)

@@ -20,15 +20,8 @@ void Walk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned l
         const auto byte = static_cast<unsigned char>(text[i]);
         scores.highBytes += byte >= 0x80;
 
-        int next = Child(trie, nodeCount, state, byte);
-        CFailureChain chain(trie, nodeCount, state);
-        while (next == NO_NODE && state != ROOT) {
-            state = chain.Next(state);
-            next = Child(trie, nodeCount, state, byte);
-        }
-        if (next == NO_NODE) continue;  // not even the root knows this byte
-        state = next;
-        if (trie[state].nValue != TRIE_VALUE_NONE) scores.Add(trie[state].nValue);
+        const int entered = Step(trie, nodeCount, state, byte);
+        if (entered != NO_NODE && trie[entered].nValue != TRIE_VALUE_NONE) scores.Add(trie[entered].nValue);
     }
     position.state = state;
 }

@@ -76,6 +76,21 @@ private:
     int m_nAnchor;
     unsigned m_nHops = 0;
 };
+
+// The step of every walk: `state` moves to its child on `byte` or, link by link, to that of a state that it
+// fails to. Returns the node entered, or NO_NODE where not even the root knows the byte; `state` is the root
+// then.
+inline int Step(const TrieNode* trie, unsigned nodeCount, int& state, unsigned char byte)
+{
+    int next = Child(trie, nodeCount, state, byte);
+    CFailureChain chain(trie, nodeCount, state);
+    while (next == NO_NODE && state != ROOT) {
+        state = chain.Next(state);
+        next = Child(trie, nodeCount, state, byte);
+    }
+    if (next != NO_NODE) state = next;
+    return next;
+}
 }  // namespace trie
 
 // A walk that can go on: where it stands, and what it has added up so far.
@@ -99,55 +114,10 @@ Scores FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsi
 // The encoding code that the totals of a walk give.
 int Decide(const Scores& scores);
 
-// What is known beforehand about a node table (Shortcuts.cpp).
-struct PairEntry {
-    int node;  // where the pair leads, or NO_NODE: take the bytes one by one; PAIR_LEAVES: go on so behind it
-    int value;  // what it adds
-};
-constexpr int PAIR_LEAVES = 1 << 30;
-
-struct HubEntry {
-    int node, value;     // where a byte leads from the hub, and what that adds
-    unsigned short hub;  // the hub that the node acts as, or NO_HUB
-};
-
-constexpr unsigned MOST_SHORTCUT_NODES = 1 << 18;  // of a node table that may have them
-constexpr unsigned MOST_HUBS = 250;
-constexpr unsigned short NO_HUB = 0;  // hubs count from 1
-
-struct Shortcuts {
-    const TrieNode* trie;  // the node table that they were made from
-    unsigned nodeCount;
-
-    // Hubs are the states that many others fail to. A node without children acts as the hub that it fails to.
-    HubEntry hubs[MOST_HUBS + 1][0x100];
-    unsigned char hubOf[MOST_SHORTCUT_NODES];
-    bool quiet[MOST_HUBS + 1];  // two bytes of ASCII text lead back to the hub and add nothing
-
-    int rest;                          // the state from which pairs are read and to which their nodes fail
-    int childless;                     // the node that stands for all without children
-    int firstValues[0x100];            // by first byte
-    PairEntry entries[0x100][0x100];   // by first and second byte
-    bool leaves[MOST_SHORTCUT_NODES];  // nodes at the end of a phrase behind which the bytes are taken one by
-                                       // one
-};
-
-// The shortcuts of a node table, or null: none were made yet, they would serve no text, or those of another
-// node table have not been dropped. Both may be called by any number of threads.
-const Shortcuts* FindShortcuts(const TrieNode* trie, unsigned nodeCount);
-const Shortcuts* MakeShortcuts(const TrieNode* trie, unsigned nodeCount);
-
-// The same for a walk that has gone over `bytes` more without them. Making them takes a few milliseconds,
-// which only pays once that much has been walked.
-const Shortcuts* ShortcutsAfter(const TrieNode* trie, unsigned nodeCount, unsigned long bytes);
-
 // ASCII as it stands in texts.
 constexpr bool IsAsciiText(unsigned byte)
 {
     return (byte >= 0x20 && byte < 0x7F) || byte == '\t' || byte == '\n' || byte == '\r';
 }
-
-// When node tables come or go. Must not overlap a walk.
-void DropShortcuts();
 
 #endif  // CODETRANS_DETECTION_H

@@ -19,7 +19,7 @@
 #include <new>
 
 #include "Bytes.h"
-#include "Detection.h"
+#include "Shortcuts.h"
 
 unsigned short* g_mapGBKToUnicode = nullptr;
 unsigned short* g_mapBig5ToUnicode = nullptr;

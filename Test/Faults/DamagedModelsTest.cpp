@@ -125,6 +125,11 @@ void Try(BadModel model)
     }
     UseForms(BestForms());
     TQ_Exit();
+    // In place, where a read beyond the end of the file would end the process.
+    EXPECT_EQ(CodeTrans_Map(file.c_str()), model.loaded);
+    EXPECT_EQ(TQ_CodeDetect(longText.data(), longText.size()), model.detected);
+    TQ_Exit();
+    EXPECT_TRUE(g_pstTrieTable == nullptr && g_mapGBKToUnicode == nullptr && g_mapBig5ToUnicode == nullptr);
 }
 
 TEST(DamagedModels, LoadOrDoNotAndAnswer)

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <random>
 
+#include "Margin.h"
 #include "Support.h"
 
 using namespace std::string_literals;
@@ -79,6 +80,43 @@ TEST(Detection, WeighsTheSums)
         const LoadedModel model(SmallTrie(c.children));
         EXPECT_EQ(Detect(c.text), c.result) << c.what;
     }
+}
+
+// The lead over the next best, or over 0, for two characters of GBK; of UTF-8 as it is.
+TEST(Detection, TellsHowClearItsAnswerIs)
+{
+    const auto scores = [](int gbk, int big5, int unicode, int utf8, long high) {
+        Scores made;
+        made.sumGbk = static_cast<unsigned>(gbk);
+        made.sumBig5 = static_cast<unsigned>(big5);
+        made.sumUnicode = static_cast<unsigned>(unicode);
+        made.sumUtf8 = static_cast<unsigned>(utf8);
+        made.positiveGbk = made.positiveBig5 = made.positiveUtf8 = made.positiveUnicode = high;
+        made.highBytes = high;
+        return made;
+    };
+    const struct {
+        Scores scores;
+        int code, margin;
+    } cases[] = {
+        {scores(20, 5, -9, 8, 4), ENCODE_GBK, 12},        {scores(20, -5, -9, -8, 4), ENCODE_GBK, 20},
+        {scores(20, 5, -9, 8, 2), ENCODE_GBK, 12},        {scores(20, 5, -9, 8, 8), ENCODE_GBK, 6},
+        {scores(5, 20, 1, 2, 12), ENCODE_BIG5, 5},        {scores(5, 2, 1, 30, 12), ENCODE_UTF8, 25},
+        {scores(-5, -9, 40, -9, 16), ENCODE_UNICODE, 10}, {scores(900, 0, 0, 0, 4), ENCODE_GBK, MOST_MARGIN},
+        {scores(-3, -9, -9, -9, 4), ENCODE_GBK, 0},       {Scores{}, ENCODE_GBK, 0},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(AnswerOf(c.scores).code, c.code) << c.margin;
+        EXPECT_EQ(AnswerOf(c.scores).margin, c.margin) << c.code;
+    }
+    Scores decided = scores(1, 2, 3, 4, 99);
+    decided.decidedCode = ENCODE_BIG5;
+    EXPECT_EQ(AnswerOf(decided).code, ENCODE_BIG5);
+    EXPECT_EQ(AnswerOf(decided).margin, MOST_MARGIN);
+    Scores undecided = scores(20, 0, 0, 0, 40);
+    undecided.positiveGbk = 1;
+    EXPECT_EQ(AnswerOf(undecided).code, ENCODE_UNKNOWN);
+    EXPECT_EQ(AnswerOf(undecided).margin, 0);
 }
 
 TEST(Detection, WithoutAModelActsAsWithoutChildren)

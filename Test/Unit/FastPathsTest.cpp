@@ -253,6 +253,10 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
             for (const unsigned most : {1U, 6U, 100U, 5000U, 5000U}) {
                 std::string text(Random(most + 1), '\0');
                 for (char& c : text) c = static_cast<char>(ALPHABET[Random(Random(9) == 0 ? 8 : 5)]);
+                // Characters of three bytes, which the walk takes two at a time.
+                for (size_t at = Random(9); Random(2) == 0 && at + 3 <= text.size(); at += 3)
+                    for (size_t end = at + 3 * Random(30); at < end && at + 3 <= text.size(); at += 3)
+                        text.replace(at, 3, {'\xE4', "\x80\xB0\xB1"[Random(3)], "\x80\xB0\xB1"[Random(3)]});
                 if (Random(2) == 0 && !text.empty()) text[Random(most) % text.size()] = 'z';
                 ASSERT_NO_FATAL_FAILURE(CompareWalks(m_trie.data(), NODES, text)) << automaton;
             }
@@ -262,24 +266,26 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
     EXPECT_GT(withShortcuts, 200U) << "the shortcuts were hardly tried";
 }
 
-// Two hubs that ASCII leads to and fro between, where one letter adds something in one direction; and a table
-// that is not that of the shortcuts.
+// Two hubs that ASCII leads to and fro between, where one letter or line end adds something in one direction;
+// and a table that is not that of the shortcuts.
 TEST_F(FastWalking, SeesWhatALetterAdds)
 {
     constexpr int HUB = 3000, FIRST = 2000 + 0xB0;
-    m_trie.assign(NODES, {2500, -1, 0, TRIE_VALUE_NONE});
-    m_trie[0].nBase = 2000, m_trie[HUB].nBase = 1000, m_trie[FIRST].nBase = 500;
-    for (unsigned char letter = 1; letter < 0x80; ++letter) {
-        Add(0, letter, HUB, letter == 'a' ? PackTrieValue(0, {1, 0, 0, 0}) : TRIE_VALUE_NONE);
-        Add(HUB, letter, 0, TRIE_VALUE_NONE);
+    for (const unsigned char odd : {'a', '\n'}) {
+        m_trie.assign(NODES, {2500, -1, 0, TRIE_VALUE_NONE});
+        m_trie[0].nBase = 2000, m_trie[HUB].nBase = 1000, m_trie[FIRST].nBase = 500;
+        for (unsigned char letter = 1; letter < 0x80; ++letter) {
+            Add(0, letter, HUB, letter == odd ? PackTrieValue(0, {1, 0, 0, 0}) : TRIE_VALUE_NONE);
+            Add(HUB, letter, 0, TRIE_VALUE_NONE);
+        }
+        Add(Add(0, 0xB0, 0, TRIE_VALUE_NONE), 0xB1, 0,
+            TRIE_VALUE_NONE);  // there are shortcuts where there are pairs
+        EXPECT_NE(MakeShortcuts(m_trie.data(), NODES), nullptr);
+        CompareWalks(m_trie.data(), NODES, std::string(99, static_cast<char>(odd)));
+        const std::vector<TrieNode> another(NODES, TrieNode{1, -1, 0, TRIE_VALUE_NONE});
+        CompareWalks(another.data(), NODES, std::string(99, 'a'));
+        DropShortcuts();
     }
-    Add(Add(0, 0xB0, 0, TRIE_VALUE_NONE), 0xB1, 0,
-        TRIE_VALUE_NONE);  // there are shortcuts where there are pairs
-    EXPECT_NE(MakeShortcuts(m_trie.data(), NODES), nullptr);
-    CompareWalks(m_trie.data(), NODES, std::string(99, 'a'));
-    const std::vector<TrieNode> another(NODES, TrieNode{1, -1, 0, TRIE_VALUE_NONE});
-    CompareWalks(another.data(), NODES, std::string(99, 'a'));
-    DropShortcuts();
 }
 
 TEST_F(FastWalking, AddsUpTheSameOnTheShippedModel)

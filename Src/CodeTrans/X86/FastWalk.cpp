@@ -1,12 +1,26 @@
-// The fast form of the detector's walk: first the nodes' values in a row, then their digits eight at a time.
+// The fast form of the detector's walk: first the nodes' values in a row, then their digits eight at a time
+// (ValueSums.h). It takes the shortcuts that a node table offers (Shortcuts.h):
 //
-// The walk itself only collects values. It takes the shortcuts that a node table offers. The digits are then
-// split in vectors, which costs a fraction of what four divisions a node do. A decisive value is looked for
-// in each row of values, in their order.
+//     for each piece of the text
+//         until it is over
+//             while two characters of three bytes each in UTF-8 follow: append what they add
+//             while pairs follow: append what each adds
+//                 where the filter says that a pair needs a look: pass over the pairs up to it
+//                     phrase by phrase, which gives the context before it, and take it by this context
+//             from hub to hub, until pairs serve: append what the hub's row has for the byte, and skip
+//                 ASCII where two bytes of it lead back to the hub and add nothing
+//             byte by byte, until there is a hub: step as the plain walk does
+//         add up the row; a decisive value in it ends the walk
+//
+// The state need not be the node that the plain walk is at, but one that acts the same on all that may come.
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
+#include "Bytes.h"
 #include "Detection.h"
+#include "Shortcuts.h"
+#include "ValueSums.h"
 #include "Vectors.h"
 
 namespace fast
@@ -15,16 +29,16 @@ namespace
 {
 using namespace trie;
 
-constexpr unsigned long CHUNK = 1024;  // bytes of text to a row of values
-
-TARGET_AVX2 bool IsAllAsciiText(const unsigned char* text)
+// How many of the 32 bytes at `text` are quiet, up to the first that is not.
+TARGET_AVX2 unsigned QuietBytesAt(const unsigned char* text, Quiet quiet)
 {
     const __m256i bytes = Load32(text);
     const auto is = [&](char byte) TARGET_AVX2 { return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(byte)); };
     // Bytes of 80 and above are negative.
     const __m256i printed = _mm256_andnot_si256(is(0x7F), _mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)));
     const __m256i breaks = _mm256_or_si256(is('\t'), _mm256_or_si256(is('\n'), is('\r')));
-    return Mask(_mm256_or_si256(printed, breaks)) == 0xFFFFFFFF;
+    const unsigned others = quiet == Quiet::TEXT ? Mask(breaks) : 0;
+    return static_cast<unsigned>(std::countr_one(Mask(printed) | others));
 }
 
 // A walk that stops and goes on.
@@ -39,14 +53,18 @@ public:
     int State() const { return m_nState; }
 
     // Moves over the text and appends the values met to `values`, at most one a byte. Returns their end.
-    int* Walk(const unsigned char* text, const unsigned char* end, int* values)
+    TARGET_AVX2 int* Walk(const unsigned char* text, const unsigned char* end, int* values)
     {
         if (m_pShortcuts == nullptr)
             m_pShortcuts = ShortcutsAfter(m_pTrie, m_nNodes, static_cast<unsigned long>(end - text));
         int state = m_nState;
         while (text < end) {
-            if (PairsServe(state, text, end)) text = WalkPairs(text, end, state, values);
-            if (m_pShortcuts != nullptr) text = WalkHubs(text, end, state, values);
+            if (m_pShortcuts != nullptr) {
+                text = WalkSixes(text, end, state, values);
+                if (PairsServe(m_pShortcuts->contextOf[state], text, end))
+                    text = WalkPairs(text, end, state, values);
+                text = WalkHubs(text, end, state, values);
+            }
             text = WalkBytes(text, end, state, values);
         }
         m_nState = state;
@@ -60,56 +78,38 @@ private:
         values += value != TRIE_VALUE_NONE;
     }
 
-    // Whether the state acts as the rest state and the next pair is in the table.
-    bool PairsServe(int state, const unsigned char* text, const unsigned char* end) const
+    static unsigned PairAt(const unsigned char* text) { return PairOf(text[0], text[1]); }
+
+    // Whether there is a shorter way than by single bytes.
+    bool IsShort(int state, const unsigned char* text, const unsigned char* end) const
     {
-        return m_pShortcuts != nullptr &&
-               m_pShortcuts->hubOf[state] == m_pShortcuts->hubOf[m_pShortcuts->rest] && end - text >= 2 &&
-               m_pShortcuts->entries[text[0]][text[1]].node != NO_NODE;
+        return m_pShortcuts != nullptr && (m_pShortcuts->hubOf[state] != NO_HUB ||
+                                           PairsServe(m_pShortcuts->contextOf[state], text, end));
     }
 
-    // Byte after byte, as the plain walk goes, until a hub is met. Returns where it got to.
-    const unsigned char* WalkBytes(const unsigned char* text, const unsigned char* end, int& at,
+    // Byte after byte, as the plain walk goes, until a hub is met or pairs serve. Returns where it got to.
+    const unsigned char* WalkBytes(const unsigned char* text, const unsigned char* end, int& state,
                                    int*& values) const
     {
-        int state = at;
-        for (; text < end; ++text) {
-            int child = Child(m_pTrie, m_nNodes, state, *text);
-            CFailureChain chain(m_pTrie, m_nNodes, state);
-            while (child == NO_NODE && state != ROOT) {
-                state = chain.Next(state);
-                if (IsHub(state)) break;
-                child = Child(m_pTrie, m_nNodes, state, *text);
-            }
-            if (child != NO_NODE) {
-                state = child;
-                Append(values, m_pTrie[child].nValue);
-                if (!IsHub(state)) continue;
-                ++text;
-                break;
-            }
-            if (IsHub(state)) break;
+        while (text < end && !IsShort(state, text, end)) {
+            const int entered = Step(m_pTrie, m_nNodes, state, *text++);
+            if (entered != NO_NODE) Append(values, m_pTrie[entered].nValue);
         }
-        at = state;
         return text;
     }
 
-    bool IsHub(int state) const { return m_pShortcuts != nullptr && m_pShortcuts->hubOf[state] != NO_HUB; }
-
     // From hub to hub, as long as one leads to another and no pair serves. Returns where it got to.
-    const unsigned char* WalkHubs(const unsigned char* text, const unsigned char* end, int& state,
-                                  int*& values) const
+    TARGET_AVX2 const unsigned char* WalkHubs(const unsigned char* text, const unsigned char* end, int& state,
+                                              int*& values) const
     {
-        const Shortcuts& shortcuts = *m_pShortcuts;
-        const unsigned rest = shortcuts.hubOf[shortcuts.rest];
-        unsigned hub = shortcuts.hubOf[state];
-        const unsigned char* notBefore = text;  // where long runs of ASCII are looked for again
-        while (hub != NO_HUB && text < end && (hub != rest || !PairsServe(state, text, end))) {
-            if (shortcuts.quiet[hub] && text >= notBefore) {
-                while (end - text > 32 && IsAllAsciiText(text)) text += 32;
-                notBefore = text + 16;
-            }
-            const HubEntry& entry = shortcuts.hubs[hub][*text++];
+        const Shortcuts& table = *m_pShortcuts;
+        unsigned hub = table.hubOf[state];
+        while (hub != NO_HUB && text < end) {
+            // Behind an even number of them the hub is the same again.
+            const Quiet quiet = table.quiet[hub];
+            if (quiet != Quiet::NOT && end - text >= 32) text += QuietBytesAt(text, quiet) & ~1U;
+            if (text == end || PairsServe(table.hubContexts[hub], text, end)) break;
+            const HubEntry& entry = table.hubs[hub][*text++];
             Append(values, entry.value);
             state = entry.node;
             hub = entry.hub;
@@ -117,38 +117,187 @@ private:
         return text;
     }
 
-    // Whether the next byte leads from the hub to where it leads from the rest state.
-    bool GoesOnAsRest(unsigned hub, const unsigned char* text, const unsigned char* end) const
+    // Whether the context knows the next byte and the next pair is in the table.
+    bool PairsServe(unsigned context, const unsigned char* text, const unsigned char* end) const
     {
         const Shortcuts& table = *m_pShortcuts;
-        return hub != NO_HUB && text < end &&
-               table.hubs[hub][*text].node == table.hubs[table.hubOf[table.rest]][*text].node;
+        return end - text >= 2 && table.contexts[context].known.Has(text[0]) &&
+               table.pairs[PairAt(text)] != 0;
     }
 
-    // From the rest state, as long as one pair of the table follows another. Returns where it got to.
+    // Where among the pairs from a place on the context is known for certain.
+    struct PairRun {
+        const Shortcuts& table;
+        const unsigned char* text;
+        int* values;
+        unsigned context;  // before the pair `at`
+        unsigned at = 0;   // a pair
+
+        PairEntry Entry(unsigned pair) const { return table.pairs[PairAt(text + 2 * pair)]; }
+
+        // The node that the last pair leads to.
+        int LastNode(const CWalker& walker) const
+        {
+            const int first = Child(walker.m_pTrie, walker.m_nNodes, table.rest, text[2 * at - 2]);
+            return Child(walker.m_pTrie, walker.m_nNodes, first, text[2 * at - 1]);
+        }
+
+        // Whether the next pair can be passed.
+        bool KnowsNext() const { return table.contexts[context].known.Has(text[2 * at]) && Entry(at) != 0; }
+
+        // Over one pair. Returns whether it completes a phrase that is not silent.
+        bool Pass()
+        {
+            const Phrase* const phrase = table.FindPhrase(context, PairAt(text + 2 * at));
+            const PairEntry entry = phrase != nullptr ? phrase->entry : Entry(at);
+            values[at++] = ValueOf(entry);
+            context = ContextOf(entry);
+            return phrase != nullptr && (entry & IS_SILENT) == 0;
+        }
+
+        // Over pairs that needed no look. Behind one that completes no silent phrase the context is its own.
+        void PassTo(unsigned to)
+        {
+            unsigned from = to;
+            while (from > at && (Entry(from - 1) & COMPLETES_SILENT_PHRASE) != 0) --from;
+            if (from > at) {
+                at = from;
+                context = ContextOf(Entry(from - 1));
+            }
+            while (at < to) Pass();
+        }
+
+        // Over a pair that needs a look, and those behind it that do: all those behind a phrase that is not
+        // silent. Returns whether the pairs go on behind them.
+        bool PassLook(unsigned pair, unsigned end)
+        {
+            PassTo(pair);
+            bool isOdd = true;
+            while (isOdd && at < end && KnowsNext()) isOdd = Pass();
+            return !isOdd;
+        }
+    };
+
+    // Pairs, as long as one of the table follows another. Returns where it got to.
     const unsigned char* WalkPairs(const unsigned char* text, const unsigned char* end, int& state,
                                    int*& values) const
     {
         const Shortcuts& table = *m_pShortcuts;
-        int node = table.childless;  // of which the rest state differs in nothing that comes
-        while (end - text >= 2) {
-            const PairEntry entry = table.entries[text[0]][text[1]];
-            if (entry.node == NO_NODE) break;
-            const int child = Child(m_pTrie, m_nNodes, node, text[0]);
-            const int phrase = child == NO_NODE ? NO_NODE : Child(m_pTrie, m_nNodes, child, text[1]);
-            if (child == NO_NODE) Append(values, table.firstValues[text[0]]);
-            Append(values, phrase == NO_NODE ? entry.value : m_pTrie[phrase].nValue);
-            text += 2;
-            state = node = entry.node & ~PAIR_LEAVES;
-            if (phrase != NO_NODE && table.leaves[phrase]) {
-                state = phrase;
-                node = table.childless;
-                if (!GoesOnAsRest(table.hubOf[phrase], text, end)) break;
-            } else if ((entry.node & PAIR_LEAVES) != 0) {
-                if (!GoesOnAsRest(table.hubOf[FailureLink(m_pTrie, m_nNodes, node)], text, end)) break;
+        const auto most = static_cast<unsigned>((end - text) / 2);
+        int* const row = values;
+        PairRun run{table, text, row, table.contextOf[state]};
+        PairEntry before = table.contexts[run.context].classes;
+        unsigned count = 0;
+        while (count < most) {
+            const PairEntry entry = table.pairs[PairAt(text + 2 * count)];
+            if (entry == 0) break;
+            if (NeedsLook(before, entry) != 0) {
+                const bool goesOn = run.PassLook(count, most);
+                count = run.at;
+                if (!goesOn) break;
+                before = run.Entry(count - 1);
+            } else {
+                row[count++] = ValueOf(entry);
+                before = entry;
             }
         }
-        return text;
+        run.PassTo(count);
+
+        // The node of the last pair is far from what else is at hand; the context's state acts the same.
+        state = run.context != UNKNOWN_CONTEXT ? table.contexts[run.context].state : run.LastNode(*this);
+        values += count;
+        return text + 2 * count;
+    }
+
+    // Sixes, as long as one follows another, and half a one before and behind. Returns where it got to.
+    TARGET_AVX2 const unsigned char* WalkSixes(const unsigned char* text, const unsigned char* end,
+                                               int& state, int*& values) const
+    {
+        const Shortcuts& table = *m_pShortcuts;
+        if (end - text < 3 || !IsThree(text)) return text;
+        const Context& context = table.contexts[table.contextOf[state]];
+        bool mayFollow = context.servesSixes;
+        if (context.third != NO_THIRD) {
+            const int middle = table.middlesOfSix[context.third << 4 | (text[0] & 0x0F)];
+            const SecondOfSix& second = table.secondsOfSix[DecodeThree(text)];
+            if ((middle & ~second.state) >= 0) return text;
+            values = AppendSecond(values, middle, second);
+            mayFollow = second.value < 0;
+            state = second.state;
+            text += 3;
+        } else if (!mayFollow)
+            mayFollow = context.known.Has(text[0]) &&
+                        table.FindPhrase(table.contextOf[state], PairAt(text)) == nullptr;
+        for (; mayFollow && end - text >= 6; text += 6) {
+            const uint64_t bytes = LoadSix(text);
+            if ((bytes & 0xC0C0F0C0C0F0) != 0x8080E08080E0) break;
+            const SixIndices at = IndicesOfSix(bytes);
+            const FirstOfSix& first = table.firstsOfSix[at.first];
+            const int middle = table.middlesOfSix[at.middle];
+            const SecondOfSix& second = table.secondsOfSix[at.second];
+            if ((first.thirdValue & middle & ~second.state) >= 0) return text;
+            values = AppendSecond(AppendFirst(values, first), middle, second);
+            mayFollow = second.value < 0;
+            state = second.state;
+        }
+        if (!mayFollow || end - text < 3 || !IsThree(text)) return text;
+        const FirstOfSix& half = table.firstsOfSix[DecodeThree(text)];
+        if (half.thirdValue >= 0) return text;
+        values = AppendFirst(values, half);
+        state = table.behindThird[text[2] & 0x3F];
+        return text + 3;
+    }
+
+    static int* AppendFirst(int* values, const FirstOfSix& first)
+    {
+        values[0] = first.pairValue;
+        values[1] = first.thirdValue & VALUE_MASK;
+        return values + 2;
+    }
+
+    static int* AppendSecond(int* values, int middle, const SecondOfSix& second)
+    {
+        values[0] = middle & VALUE_MASK;
+        values[1] = second.value & VALUE_MASK;
+        return values + 2;
+    }
+
+    static bool IsThree(const unsigned char* text)
+    {
+        return (text[0] & 0xF0) == 0xE0 && IsContinuation(text[1]) && IsContinuation(text[2]);
+    }
+
+    // The first byte is the lowest.
+    static uint64_t LoadSix(const unsigned char* text)
+    {
+        uint32_t low, high;
+        memcpy(&low, text, sizeof low);
+        memcpy(&high, text + 2, sizeof high);
+        return low | static_cast<uint64_t>(high) << 16;
+    }
+
+    struct SixIndices {
+        unsigned first, middle, second;
+    };
+
+    // In each lane of 32 bits, x for the bits of the index from the first byte, y and z for those behind it:
+    //
+    //     bytes a b c d e f     1110xxxx 10yyyyyy 10zzzzzz, twice
+    //     masked                0000xxxx 00yyyyyy 00zzzzzz
+    //     shuffled              (c b a 0) (f e d 0) (d c 0 0)
+    //     two bytes each        0000yyyyyyzzzzzz 000000000000xxxx; in the third lane ccccccdddd
+    //     two words each        xxxxyyyyyyzzzzzz
+    TARGET_AVX2 static SixIndices IndicesOfSix(uint64_t six)
+    {
+        const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(six & 0x3F3F0F3F3F0F));
+        const __m128i lanes =
+            _mm_shuffle_epi8(bytes, _mm_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 3, 2, -1, -1, -1, -1, -1, -1));
+        const __m128i words =
+            _mm_maddubs_epi16(lanes, _mm_setr_epi8(1, 64, 1, 0, 1, 64, 1, 0, 1, 16, 0, 0, 0, 0, 0, 0));
+        const __m128i indices = _mm_madd_epi16(words, _mm_set1_epi32(1 | 0x1000 << 16));
+        return {static_cast<unsigned>(_mm_cvtsi128_si32(indices)),
+                static_cast<unsigned>(_mm_extract_epi32(indices, 2)),
+                static_cast<unsigned>(_mm_extract_epi32(indices, 1))};
     }
 
     const TrieNode* m_pTrie;
@@ -157,75 +306,6 @@ private:
     int m_nState;
 };
 
-// The sum of the 16-bit lanes at even places and of those at odd places.
-TARGET_AVX2 int SumEven(__m256i lanes)
-{
-    const __m256i halves = _mm256_and_si256(lanes, _mm256_set1_epi32(0xFFFF));
-    __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(halves), _mm256_extracti128_si256(halves, 1));
-    sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0x4E));
-    return _mm_cvtsi128_si32(_mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0xB1)));
-}
-
-TARGET_AVX2 int SumOdd(__m256i lanes)
-{
-    return SumEven(_mm256_srli_epi32(lanes, 16));
-}
-
-int FirstCode(const int* values, const int* end)
-{
-    while (values < end && TrieValueCode(*values) == 0) ++values;
-    return values < end ? TrieValueCode(*values) : 0;
-}
-
-// Adds the values up to `end`, at most CHUNK of them, to the scores; writes up to seven behind them. A
-// decisive one ends it.
-TARGET_AVX2 void AddValues(int* values, int* end, Scores& scores)
-{
-    std::fill(end, end + 7, TRIE_VALUE_NONE);  // adds nothing and is not positive
-    const __m256i twenty = _mm256_set1_epi16(20), nine = _mm256_set1_epi16(9);
-    __m256i all = _mm256_setzero_si256(), ones = all, tens = all, positiveOnes = all, positiveTens = all;
-    int count = 0;
-    for (const int* at = values; at < end; at += 8, count += 8) {
-        const __m256i value = Load32(at);
-        all = _mm256_or_si256(all, value);
-        const __m256i digits = _mm256_and_si256(value, _mm256_set1_epi32(0x3FFFF));
-        // By 400, as (digits / 16) / 25: the upper two digits (655 at most) and the lower two.
-        const __m256i upper =
-            _mm256_srli_epi32(_mm256_madd_epi16(_mm256_srli_epi32(digits, 4), _mm256_set1_epi32(5243)), 17);
-        const __m256i lower = _mm256_sub_epi32(digits, _mm256_madd_epi16(upper, _mm256_set1_epi32(400)));
-        // By 20, the lower in even lanes of 16 bits (GBK, Big5) beside the upper in odd ones (Unicode,
-        // UTF-8).
-        const __m256i pairs = _mm256_or_si256(lower, _mm256_slli_epi32(upper, 16));
-        const __m256i second = _mm256_mulhi_epu16(pairs, _mm256_set1_epi16(3277));
-        const __m256i first = _mm256_sub_epi16(pairs, _mm256_mullo_epi16(second, twenty));
-        ones = _mm256_add_epi16(ones, first);
-        tens = _mm256_add_epi16(tens, second);
-        positiveOnes = _mm256_sub_epi16(positiveOnes, _mm256_cmpgt_epi16(first, nine));
-        positiveTens = _mm256_sub_epi16(positiveTens, _mm256_cmpgt_epi16(second, nine));
-    }
-    if (!_mm256_testz_si256(all, _mm256_set1_epi32(static_cast<int>(0xFFF00000)))) {
-        scores.decidedCode = FirstCode(values, end);
-        return;
-    }
-    scores.sumGbk += static_cast<unsigned>(SumEven(ones) - 9 * count);
-    scores.sumBig5 += static_cast<unsigned>(SumEven(tens) - 9 * count);
-    scores.sumUnicode += static_cast<unsigned>(SumOdd(ones) - 9 * count);
-    scores.sumUtf8 += static_cast<unsigned>(SumOdd(tens) - 9 * count);
-    scores.positiveGbk += SumEven(positiveOnes);
-    scores.positiveBig5 += SumEven(positiveTens);
-    scores.positiveUnicode += SumOdd(positiveOnes);
-    scores.positiveUtf8 += SumOdd(positiveTens);
-    scores.nonPositiveUnicode += static_cast<int>(end - values) - SumOdd(positiveOnes);
-}
-
-TARGET_AVX2 int CountHighBytes(const unsigned char* text, unsigned long size)
-{
-    int count = 0;
-    unsigned long i = 0;
-    for (; i + 32 <= size; i += 32) count += std::popcount(Mask(Load32(text + i)));
-    for (; i < size; ++i) count += text[i] >> 7;
-    return count;
-}
 }  // namespace
 }  // namespace fast
 
@@ -233,12 +313,12 @@ void FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsign
               WalkPosition& position)
 {
     using namespace fast;
-    alignas(32) int values[CHUNK + 8];
+    alignas(32) int values[MOST_VALUES + VALUES_PADDING];
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
     Scores& scores = position.scores;
     CWalker walker(trie, nodeCount, position.state);
-    for (unsigned long at = 0; at < length && scores.decidedCode == 0; at += CHUNK) {
-        const unsigned long size = std::min(length - at, CHUNK);
+    for (unsigned long at = 0; at < length && scores.decidedCode == 0; at += MOST_VALUES) {
+        const unsigned long size = std::min(length - at, MOST_VALUES);
         int* const end = walker.Walk(bytes + at, bytes + at + size, values);
         AddValues(values, end, scores);
         scores.highBytes += CountHighBytes(bytes + at, size);

@@ -9,11 +9,14 @@
 
 namespace fast
 {
-// KernelsOfRuns.cpp, AVX2. Characters that lie wholly in `size` bytes. The source must be readable and the
-// output writable for SLACK bytes beyond what is used.
-constexpr unsigned long SLACK = 64;
+// Whole vectors: the source must be readable for READ_BEHIND bytes beyond `size`, but for that of the last
+// two, and the output writable for WRITTEN_BEHIND bytes beyond what is used.
+namespace avx2
+{
+constexpr unsigned long READ_BEHIND = 48, WRITTEN_BEHIND = 64;
 
-// GBK or Big5 by a mapping table of the model: bytes of 80 and above take the next one with them.
+// GBK or Big5 by a mapping table of the model: bytes of 80 and above take the next one with them. Stops at a
+// lone lead byte at the end.
 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
                       unsigned char* out);
 
@@ -25,8 +28,6 @@ Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned
 // the euro sign.
 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 
-// KernelsAvx2.cpp. The same SLACK, but for the sources of the last two.
-
 // Continuation bytes taken as they come. May stop at bytes that begin no character, within three of the end.
 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
 
@@ -35,9 +36,9 @@ Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigned char* out)
 
 // As utoGbk: all but the last few.
 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out);
+}  // namespace avx2
 
-// KernelsAvx512.cpp, with VBMI2. The same, straight from source to destination, to the last character,
-// nothing else touched.
+// With VBMI2. The same, straight from source to destination, to the last character; nothing else is touched.
 namespace avx512
 {
 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,

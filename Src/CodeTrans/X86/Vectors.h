@@ -1,4 +1,4 @@
-// Loads and stores of whole vectors at any address.
+// Loads and stores of whole vectors at any address, look-ups, and the constants that the forms share.
 #ifndef CODETRANS_X86_VECTORS_H
 #define CODETRANS_X86_VECTORS_H
 
@@ -11,6 +11,13 @@
 
 namespace fast
 {
+// The bits that mark the bytes of UTF-8, in lanes of 32 bits with the first byte lowest: of three bytes, and
+// of two, which take the second and third place.
+constexpr int UTF8_MARKS_OF_THREE = 0x8080E0, UTF8_MARKS_OF_TWO = 0x80C000;
+
+// What GBK lacks, as the two bytes of the ideographic space, which are the same in either order.
+constexpr int GBK_REPLACEMENT = 0xA1A1;
+
 inline TARGET_AVX2 __m128i Load16(const void* from)
 {
     return _mm_loadu_si128(static_cast<const __m128i*>(from));

@@ -1,23 +1,42 @@
-// The kernels for text with hanzi whose codes are looked up. They need AVX2 and are the faster ones on long
-// text even where there is AVX-512.
+// To and from GBK and Big5, whose codes are looked up, with AVX2.
 //
-// Hanzi come in runs and so does ASCII. A step takes up to eight hanzi and up to sixteen ASCII characters
-// behind them; how many there are is counted in bit masks, without a branch. What is stored behind the end of
-// a run is overwritten by the next step. The branches that there are, for a whole block of ASCII and for
-// eight hanzi, go the same way for as long as a run lasts.
+// Three conversions go by runs. Hanzi come in runs, and so does ASCII. A step takes up to eight hanzi and up
+// to sixteen ASCII characters behind them:
+//
+//     while a block of 32 bytes is left:
+//         if it is all ASCII: store it, go on behind it
+//         convert eight hanzi from here, as if there were so many, and store them
+//         hanzi = how many there are, in a mask of the bytes where hanzi begin
+//         ascii = how many ASCII bytes follow them
+//         store sixteen ASCII characters behind the hanzi, as if there were so many
+//         go on behind the hanzi and the ASCII that there are
+//     the same with the rest, by one mask for all of it
+//
+// What is stored too much is overwritten by the next step. The counting has no branches; those that there
+// are, for a block of ASCII and for eight hanzi, go the same way for as long as a run lasts.
+//
+// The fourth, from UTF-16, takes eight code units at a time: it looks up their codes and moves the bytes that
+// count together by a table of shuffles.
 #include <algorithm>
+#include <array>
+#include <bit>
 
 #include "Bytes.h"
 #include "Kernels.h"
 #include "STLCodeTrans.h"
 #include "Vectors.h"
 
-namespace fast
+namespace fast::avx2
 {
 namespace
 {
 constexpr unsigned BLOCK = 32;
 constexpr unsigned HANZI = 8, ASCII = 16;  // at most, in a step
+
+// Eight hanzi are loaded, and stored as three bytes each, in two vectors of 16 bytes, 12 bytes apart. Sixteen
+// ASCII characters are stored as 32 bytes at most.
+static_assert(READ_BEHIND >= BLOCK && READ_BEHIND >= 12 + 16);
+static_assert(WRITTEN_BEHIND >= 12 + 16 && WRITTEN_BEHIND >= 2 * ASCII);
 
 // ---------------------------------------------------------------------------------------------------------
 // Where hanzi begin and ASCII is: masks of the bytes of a block.
@@ -132,6 +151,8 @@ struct PairsToUtf16Conversion {
 
     TARGET_AVX2 unsigned EightHanzi(const unsigned char* src, unsigned char* out) const
     {
+        // A lane of 16 bits is a pair, its lead byte low: tttttttt 1lllllll becomes the index
+        // (t - 40) * 128 + l, and 0 for what is below 40, as PairIndex has it.
         const __m128i pairs = Load16(src);
         const __m128i lead = _mm_and_si128(pairs, _mm_set1_epi16(0x7F));
         const __m128i row = _mm_subs_epu16(_mm_srli_epi16(pairs, 8), _mm_set1_epi16(0x40));
@@ -184,7 +205,9 @@ TARGET_AVX2 __m256i DecodeTriples(const unsigned char* src)
     const __m256i bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(src)), Load16(src + 12), 1);
     const __m256i order = _mm256_broadcastsi128_si256(
         _mm_setr_epi8(2, 1, 0, -128, 5, 4, 3, -128, 8, 7, 6, -128, 11, 10, 9, -128));
-    // Six bits of either following byte and four of the first: last + 64 * middle, then that + 4096 * first.
+    // Each lane of 32 bits is 0, first, middle, last byte, highest first, of which the bits that count stay.
+    // Multiplying by 1, 64, 1 and adding in pairs, then by 1, 4096, puts them side by side:
+    //     00000000 1110ffff 10mmmmmm 10llllll  becomes  ffff000000000000 + mmmmmm000000 + llllll
     const __m256i bits = _mm256_and_si256(_mm256_shuffle_epi8(bytes, order), _mm256_set1_epi32(0x000F3F3F));
     const __m256i halves = _mm256_maddubs_epi16(bits, _mm256_set1_epi32(0x00014001));
     return _mm256_madd_epi16(halves, _mm256_set1_epi32(0x10000001));
@@ -219,6 +242,30 @@ struct Utf8ToGbkConversion {
         return true;
     }
 };
+// ---------------------------------------------------------------------------------------------------------
+// From UTF-16.
+
+// By a bit for each of eight code units that is ASCII: both bytes of a code, high byte first, or the low byte
+// alone.
+using Shuffle = std::array<unsigned char, 16>;
+constexpr unsigned char DROPPED = 0x80;  // as a shuffle's entry: a zero byte
+
+constexpr std::array<Shuffle, 256> MakeGbkShuffles()
+{
+    std::array<Shuffle, 256> shuffles{};
+    for (unsigned ascii = 0; ascii < 256; ++ascii) {
+        Shuffle& shuffle = shuffles[ascii];
+        shuffle.fill(DROPPED);
+        unsigned to = 0;
+        for (unsigned unit = 0; unit < 8; ++unit) {
+            if ((ascii >> unit & 1) == 0) shuffle[to++] = static_cast<unsigned char>(2 * unit + 1);
+            shuffle[to++] = static_cast<unsigned char>(2 * unit);
+        }
+    }
+    return shuffles;
+}
+alignas(64) constexpr auto GBK_SHUFFLES = MakeGbkShuffles();
+
 }  // namespace
 
 TARGET_AVX2 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
@@ -237,4 +284,31 @@ TARGET_AVX2 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, uns
 {
     return Convert(Utf8ToGbkConversion{}, src, size, out);
 }
-}  // namespace fast
+
+TARGET_AVX2 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out)
+{
+    const __m128i zero = _mm_setzero_si128();
+    Progress at;
+    while (at.read + 16 <= count) {
+        const __m256i sixteen = Load32(src + 2 * at.read);
+        if (_mm256_testz_si256(sixteen, _mm256_set1_epi16(static_cast<short>(0xFF80)))) {
+            Store16(out + at.written,
+                    _mm_packus_epi16(_mm256_castsi256_si128(sixteen), _mm256_extracti128_si256(sixteen, 1)));
+            at.read += 16;
+            at.written += 16;
+            continue;
+        }
+        const __m128i eight = _mm256_castsi256_si128(sixteen);
+        const __m128i isAscii =
+            _mm_cmpeq_epi16(_mm_and_si128(eight, _mm_set1_epi16(static_cast<short>(0xFF80))), zero);
+        const unsigned ascii = LaneMask(isAscii);
+        __m128i codes = LookUp8(CodeTable, eight);
+        const __m128i lacking = _mm_andnot_si128(isAscii, _mm_cmpeq_epi16(codes, zero));
+        codes = _mm_blendv_epi8(codes, _mm_set1_epi16(static_cast<short>(GBK_REPLACEMENT)), lacking);
+        Store16(out + at.written, _mm_shuffle_epi8(codes, Load16(GBK_SHUFFLES[ascii].data())));
+        at.read += 8;
+        at.written += 16 - static_cast<unsigned long>(std::popcount(ascii));
+    }
+    return at;
+}
+}  // namespace fast::avx2

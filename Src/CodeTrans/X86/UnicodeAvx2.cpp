@@ -1,16 +1,26 @@
-// The kernels to and from wide characters, and from code units, for AVX2: eight bytes or characters at a
-// time, which tables of shuffles put into place. No branch depends on the text but for ASCII and for what is
-// not UTF-8 of one to three bytes.
+// UTF-8 to and from wide characters, with AVX2.
+//
+// To wide characters:
+//
+//     for each block of 32 bytes:
+//         if it is all ASCII: widen and store it
+//         find out in masks where characters begin; if they are not all of one to three bytes, go byte by
+//         byte for each eight bytes: move the bytes of each character that begins there into a lane of its
+//         own, by
+//             a shuffle that is looked up by the mask, and put their bits together
+//
+// From wide characters: eight at a time, each of which becomes the three bytes that it takes at most in a
+// lane of its own; a shuffle that is looked up by their lengths moves the bytes that count together.
 #include <algorithm>
 #include <array>
 #include <bit>
 
 #include "Bytes.h"
 #include "Kernels.h"
-#include "STLCodeTrans.h"
+#include "Utf8Block.h"
 #include "Vectors.h"
 
-namespace fast
+namespace fast::avx2
 {
 namespace
 {
@@ -44,29 +54,13 @@ TARGET_AVX2 __m256i DecodeEightBytes(const unsigned char* src, unsigned starts)
 {
     const __m256i bytes = _mm256_broadcastsi128_si256(Load16(src));
     const __m256i lanes = _mm256_shuffle_epi8(bytes, Load32(SEQUENCE_SHUFFLES[starts].data()));
-    // Seven bits of the last byte, six of the one before, four of the first of three.
+    // A lane of 32 bits, highest first: seven bits of the last byte, six of the one before, four of the first
+    // of three. Multiplying by 1, 64, 1 and adding in pairs, then by 1, 4096, puts them side by side:
+    //     00000000 1110ffff 10mmmmmm 10llllll  becomes  ffff000000000000 + mmmmmm000000 + llllll
     const __m256i bits = _mm256_and_si256(lanes, _mm256_set1_epi32(0x000F3F7F));
     const __m256i halves = _mm256_maddubs_epi16(bits, _mm256_set1_epi32(0x00014001));
     return _mm256_madd_epi16(halves, _mm256_set1_epi32(0x10000001));
 }
-
-// By a bit for each of eight code units that is ASCII: both bytes of a code, high byte first, or the low byte
-// alone.
-constexpr std::array<Shuffle, 256> MakeGbkShuffles()
-{
-    std::array<Shuffle, 256> shuffles{};
-    for (unsigned ascii = 0; ascii < 256; ++ascii) {
-        Shuffle& shuffle = shuffles[ascii];
-        shuffle.fill(DROPPED);
-        unsigned to = 0;
-        for (unsigned unit = 0; unit < 8; ++unit) {
-            if ((ascii >> unit & 1) == 0) shuffle[to++] = static_cast<unsigned char>(2 * unit + 1);
-            shuffle[to++] = static_cast<unsigned char>(2 * unit);
-        }
-    }
-    return shuffles;
-}
-alignas(64) constexpr auto GBK_SHUFFLES = MakeGbkShuffles();
 
 // By two bits for each of four code units, ASCII (bits 0-3) and below U+0800 (bits 4-7): the bytes that count
 // of lanes of lead, middle, last; ASCII lies in the first byte.
@@ -87,6 +81,9 @@ constexpr std::array<Shuffle, 256> MakeUtf8Shuffles()
     return shuffles;
 }
 alignas(64) constexpr auto UTF8_SHUFFLES = MakeUtf8Shuffles();
+
+// The last eight bytes of a block are loaded with eight more; eight wide characters are stored at once.
+static_assert(READ_BEHIND >= 24 + 16 && WRITTEN_BEHIND >= 8 * sizeof(wchar_t));
 
 // UTF-8 to wide characters: blocks that the text goes on behind, or the END. `carry`: the bytes of the next
 // block that continue a character of the last. False where that may be cut by the end.
@@ -115,11 +112,8 @@ TARGET_AVX2 inline bool DecodeUtf8(const unsigned char* src, unsigned long size,
             const __m256i limit = _mm256_set1_epi8(static_cast<char>(lowest));
             return Mask(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, limit), bytes)) & within;
         };
-        const uint64_t twos = atLeast(0xC0), threes = atLeast(0xE0);
-        const uint64_t following = twos << 1 | threes << 2 | carry;
-        const bool isCut = END && left < BLOCK + 2 && following >> left != 0;
-        if (static_cast<unsigned>(following) != (high & ~static_cast<unsigned>(twos)) || atLeast(0xF0) != 0 ||
-            isCut) {
+        const Utf8Block<uint32_t> block(high, atLeast(0xC0), atLeast(0xE0), atLeast(0xF0), carry);
+        if (!block.IsPlain() || (END && block.IsCut(left))) {
             const unsigned long end = at.read + std::min<unsigned long>(left, BLOCK);
             if (carry != 0) {  // back to the character that was taken to continue here
                 at.read -= src[at.read - 1] >= 0xC0 ? 1 : 2;
@@ -136,13 +130,15 @@ TARGET_AVX2 inline bool DecodeUtf8(const unsigned char* src, unsigned long size,
             continue;
         }
         for (unsigned byte = 0; byte < BLOCK; byte += 8) {
+            // With the first two bytes of the next block, so that the last characters are seen to their end.
+            const uint64_t following = block.Following() | uint64_t{block.Carry()} << BLOCK;
             const auto starts = static_cast<unsigned>(~following >> byte) & (TEN_BYTES - 1);
             Store32(out + at.written, DecodeEightBytes(src + at.read + byte, starts));
             at.written +=
                 sizeof(wchar_t) * static_cast<unsigned>(std::popcount(starts & within >> byte & 0xFF));
         }
         at.read += END ? std::min<unsigned long>(left, BLOCK) : BLOCK;
-        carry = static_cast<unsigned>(following >> BLOCK);
+        carry = block.Carry();
     }
     return true;
 }
@@ -199,12 +195,13 @@ TARGET_AVX2 Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigne
             break;
         const __m256i isAscii = _mm256_cmpgt_epi32(_mm256_set1_epi32(0x80), points);
         const __m256i isShort = _mm256_cmpgt_epi32(_mm256_set1_epi32(0x800), points);
+        //     0000ffff mmmmmmll llll  becomes the bytes  1110ffff 10mmmmmm 10llllll, first one lowest
         const __m256i lead = _mm256_srli_epi32(points, 12);
         const __m256i middle = _mm256_and_si256(_mm256_slli_epi32(points, 2), _mm256_set1_epi32(0x3F00));
         const __m256i last = _mm256_slli_epi32(_mm256_and_si256(points, _mm256_set1_epi32(0x3F)), 16);
-        // The marks E0 80 80, or C0 80 in the last two bytes.
-        const __m256i marks = _mm256_or_si256(_mm256_set1_epi32(0x8080E0),
-                                              _mm256_and_si256(isShort, _mm256_set1_epi32(0x4000)));
+        const __m256i marks = _mm256_or_si256(
+            _mm256_set1_epi32(UTF8_MARKS_OF_THREE),
+            _mm256_and_si256(isShort, _mm256_set1_epi32(UTF8_MARKS_OF_TWO ^ UTF8_MARKS_OF_THREE)));
         const __m256i sequence = _mm256_or_si256(_mm256_or_si256(lead, middle), _mm256_or_si256(last, marks));
         const __m256i lanes = _mm256_blendv_epi8(sequence, points, isAscii);
         const unsigned ascii = Lanes(isAscii), below = Lanes(isShort);
@@ -222,31 +219,4 @@ TARGET_AVX2 Progress WideToUtf8(const wchar_t* src, unsigned long count, unsigne
     }
     return at;
 }
-
-TARGET_AVX2 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned char* out)
-{
-    const __m128i zero = _mm_setzero_si128();
-    Progress at;
-    while (at.read + 16 <= count) {
-        const __m256i sixteen = Load32(src + 2 * at.read);
-        if (_mm256_testz_si256(sixteen, _mm256_set1_epi16(static_cast<short>(0xFF80)))) {
-            Store16(out + at.written,
-                    _mm_packus_epi16(_mm256_castsi256_si128(sixteen), _mm256_extracti128_si256(sixteen, 1)));
-            at.read += 16;
-            at.written += 16;
-            continue;
-        }
-        const __m128i eight = _mm256_castsi256_si128(sixteen);
-        const __m128i isAscii =
-            _mm_cmpeq_epi16(_mm_and_si128(eight, _mm_set1_epi16(static_cast<short>(0xFF80))), zero);
-        const unsigned ascii = LaneMask(isAscii);
-        __m128i codes = LookUp8(CodeTable, eight);
-        const __m128i lacking = _mm_andnot_si128(isAscii, _mm_cmpeq_epi16(codes, zero));
-        codes = _mm_blendv_epi8(codes, _mm_set1_epi16(static_cast<short>(0xA1A1)), lacking);
-        Store16(out + at.written, _mm_shuffle_epi8(codes, Load16(GBK_SHUFFLES[ascii].data())));
-        at.read += 8;
-        at.written += 16 - static_cast<unsigned long>(std::popcount(ascii));
-    }
-    return at;
-}
-}  // namespace fast
+}  // namespace fast::avx2
