@@ -426,7 +426,7 @@ private:
         Report report =
             Refused(partial ? "stopped here; the output is incomplete"
                             : "not converted: " + Characters(losses.count) + " would be lost in " +
-                                  m_options.to->name + " (--lossy allows it)");
+                                  m_options.to->name + " (--lossy converts it anyway)");
         report.remark = Described(losses) + report.remark;
         return report;
     }

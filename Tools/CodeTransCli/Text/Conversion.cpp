@@ -108,7 +108,7 @@ void Conversion::WriteUnits(std::string_view text, std::string& out)
         const Character odd = FirstOfUnits(rest);
         const std::string bytes =
             m_losses.described.size() < m_describe ? BytesOfUnit(text, m_units.size() - rest.size()) : "";
-        Lose(CodePoint(odd.codePoint) + (bytes.empty() ? "" : " (" + bytes + ")") + " has no place in " +
+        Lose(CodePoint(odd.codePoint) + (bytes.empty() ? "" : " (" + bytes + ")") + " does not exist in " +
                  m_to->name,
              out);
         m_encoder->WriteSubstitute(out);
