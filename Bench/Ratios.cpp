@@ -48,7 +48,7 @@ void CRatios::PrintTable()
         return speeds[speeds.size() / 2] / 1e9;
     };
     std::sort(m_rows.begin(), m_rows.end());
-    printf("\n| task, text | ours, GB/s | others, GB/s | ours / best other |\n|---|---|---|---|\n");
+    printf("\n| task, text | CodeTrans, GB/s | others, GB/s | CodeTrans / best other |\n|---|---|---|---|\n");
     for (const std::string& row : m_rows) {
         double ours = 0, best = 0;
         std::string others;

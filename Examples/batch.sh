@@ -1,15 +1,15 @@
 #!/bin/sh
-# A large tree into UTF-8 with the usual Unix tools: batch.sh FOLDER [PROCESSES].
+# Converts files in a folder to UTF-8 with find and xargs. Usage: batch.sh FOLDER [PROCESSES]
 #
-# `codetrans convert --recursive --jobs` does as much alone. This form is for those who choose the files otherwise: here,
-# only text files whose names end in .txt and that are in GBK or Big5.
+# `codetrans convert --recursive --jobs N` converts a whole folder without such a script. Use this form to select the files
+# yourself: here, only files whose names end in .txt and that are in GBK or Big5.
 set -eu
 folder=$1 processes=${2:-$(nproc)}
 
-# What is there?
+# How many files are in each encoding?
 codetrans detect --quiet --recursive "$folder" | cut -f 2 | sort | uniq -c
 
-# Sixteen files a call. xargs' status is 123 when a file was refused; each has been named by then.
+# Sixteen files per call. If a file was refused, codetrans has reported it, and the status of xargs is 123.
 find "$folder" -type f -name '*.txt' -print0 |
     xargs -0 -r -n 16 -P "$processes" sh -c '
         for file; do

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Standard input in whatever encoding to UTF-8 on standard output, by ctypes:
+"""Detects the encoding of standard input and writes the text in UTF-8 to standard output, with the library and ctypes:
 
     ./codetrans.py /usr/share/CodeTrans < old.txt
 
-The first argument is the folder whose Data holds the model. CODETRANS_LIBRARY names the library, if it is not where the
-system looks for it."""
+The first argument is the folder that contains Data/CodeTrans.model. The environment variable CODETRANS_LIBRARY is the path
+of the library, if the system does not find it."""
 import ctypes
 import os
 import sys
@@ -18,12 +18,12 @@ library.TQ_GetLastErrorMsg.restype = ctypes.c_char_p
 
 
 def detect(text):
-    """The name of the encoding of some bytes, or None."""
+    """Returns the name of the encoding of some bytes, or None."""
     return ENCODINGS.get(library.TQ_CodeDetect(text, len(text)))
 
 
 def decode(text, encoding):
-    """Bytes to str: GBK and Big5 by the library's tables, the rest by Python."""
+    """Decodes bytes to str: GBK and Big5 with the tables of the library, other encodings with Python."""
     if encoding in ('UTF-8', 'UTF-16LE'):
         return text.decode(encoding)
     code = {name: code for code, name in ENCODINGS.items()}[encoding]
@@ -36,4 +36,4 @@ if __name__ == '__main__':
     if library.TQ_Init(os.fsencode(sys.argv[1]), None) != 1:
         sys.exit(library.TQ_GetLastErrorMsg().decode(errors='replace'))
     content = sys.stdin.buffer.read()
-    sys.stdout.buffer.write(decode(content, detect(content) or sys.exit('unknown encoding')).encode())
+    sys.stdout.buffer.write(decode(content, detect(content) or sys.exit('the encoding could not be detected')).encode())

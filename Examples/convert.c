@@ -1,14 +1,15 @@
-/* Standard input in whatever encoding to UTF-16LE on standard output: detect a buffer, convert a buffer.
+/* Detects the encoding of standard input and writes the text in UTF-16LE to standard output.
  *
  *     cc convert.c $(pkg-config --cflags --libs CodeTrans) -o convert
  *     ./convert /usr/share/CodeTrans < old.txt > new.txt
  *
- * The first argument is the folder whose Data holds the model. */
+ * The first argument is the folder that contains Data/CodeTrans.model. At most 1 MB is converted. */
 #include <CodeTrans.h>
 #include <stdio.h>
 #include <stdlib.h>
 
-/* UTF-8 becomes four-byte units; up to U+FFFF, which is all there is, two of the four say everything. */
+/* TQ_ToUnicode converts UTF-8 to four-byte units, none above U+FFFF. The first two bytes of each are
+ * UTF-16LE. */
 static size_t narrow(char* units, size_t size)
 {
     size_t i;
@@ -21,8 +22,8 @@ static size_t narrow(char* units, size_t size)
 
 int main(int argc, char** argv)
 {
-    static char text[1 << 20];                 /* zero after what is read: UTF-8 is read to a zero byte */
-    char* const out = malloc(4 * sizeof text); /* the most that any encoding takes here */
+    static char text[1 << 20];                 /* ends with a zero byte, which UTF-8 needs */
+    char* const out = malloc(4 * sizeof text); /* enough for every encoding */
     const size_t n = fread(text, 1, sizeof text - 1, stdin);
     size_t size;
     int code;
@@ -33,7 +34,7 @@ int main(int argc, char** argv)
         return 1;
     }
     code = TQ_CodeDetect(text, n);
-    /* The capacity is the source's own length for UTF-16LE, which is copied, and enough for the others. */
+    /* UTF-16LE is copied, and needs its own length as the capacity. */
     size = TQ_ToUnicode(text, n, out, code == ENCODE_UNICODE ? n : 2 * n, code);
     if (code == ENCODE_UTF8) size = narrow(out, size);
     fwrite(out, 1, size, stdout);

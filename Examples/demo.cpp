@@ -1,9 +1,9 @@
-// The tour that demo.sh gives: detects every sample, converts files and a buffer, shows the first line of
-// each result.
+// The demonstration that demo.sh runs: detects the encoding of every sample, converts some files and a
+// buffer, and prints the first line of each result.
 //
-// demo DIRECTORY SAMPLES OUTPUT: DIRECTORY/Data holds the model, SAMPLES the files NAME.ENCODING, OUTPUT
-// (made here) takes the converted files. Exit status 1 when a sample was detected wrongly or a conversion
-// failed.
+// demo DIRECTORY SAMPLES OUTPUT: DIRECTORY/Data contains the model, SAMPLES the files NAME.ENCODING. The
+// converted files are written to OUTPUT, which is created. The exit status is 1 if a sample was detected
+// wrongly or a conversion failed.
 #include <CodeTrans.h>
 
 #include <algorithm>
@@ -50,7 +50,7 @@ std::string ReadBytes(const fs::path& file)
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// UTF-16LE as UTF-8 for the screen: the library takes four-byte units on this way.
+// UTF-16LE to UTF-8, for display. TQ_ToUtf8 reads four-byte units.
 std::string Utf16ToUtf8(const char* utf16, size_t size)
 {
     std::string wide;
@@ -131,7 +131,7 @@ bool ConvertFiles(const fs::path& samples, const fs::path& output)
     return done;
 }
 
-// The source length counts code units here, and the result does not tell the bytes written.
+// TQ_ToGBK counts code units here, and returns their number, not the number of bytes written.
 void ConvertBuffer(const fs::path& source)
 {
     const std::string utf16 = ReadBytes(source);
@@ -159,7 +159,9 @@ int main(int argc, char** argv)
     const bool converted = ConvertFiles(samples, argv[3]);
     ConvertBuffer(samples / "fiction-hans.utf16le");
     TQ_Exit();
-    printf("\n%s\n",
-           detected && converted ? "All samples were detected and converted." : "Something went wrong.");
+    printf(
+        "\n%s\n%s\n",
+        detected ? "All samples were detected correctly." : "Some samples were detected wrongly.",
+        converted ? "All conversions succeeded." : "A conversion failed. Is the locale zh_CN.gbk missing?");
     return detected && converted ? 0 : 1;
 }

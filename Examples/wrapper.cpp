@@ -1,5 +1,6 @@
-// Standard input in whatever encoding to UTF-8 on standard output, by a wrapper that other programs can take
-// over: the model as an object, texts as std::string, every buffer sized.
+// Detects the encoding of standard input and writes the text in UTF-8 to standard output. Uses a wrapper
+// class that you can copy into your program: the model is an object, texts are std::string, and buffers have
+// the right size.
 //
 //     c++ -std=c++11 wrapper.cpp $(pkg-config --cflags --libs CodeTrans) -o wrapper
 //     ./wrapper /usr/share/CodeTrans < old.txt
@@ -10,7 +11,7 @@
 #include <stdexcept>
 #include <string>
 
-// One at a time: the library holds one model for the process.
+// Only one object may exist at a time, because the library has one model per process.
 class CodeTrans
 {
 public:
@@ -24,7 +25,7 @@ public:
 
     int Detect(const std::string& text) const { return TQ_CodeDetect(text.data(), text.size()); }
 
-    // GBK, Big5 and UTF-16LE go by UTF-16LE units, which needs no locale.
+    // GBK and Big5 are converted to UTF-16LE first, which needs no locale.
     std::string ToUtf8(const std::string& text, int code) const
     {
         if (code == ENCODE_UTF8) return text;
@@ -35,7 +36,7 @@ public:
     }
 
 private:
-    // Four-byte units are what TQ_ToUtf8 reads; a zero among them would end the text.
+    // TQ_ToUtf8 reads four-byte units, up to the first zero unit.
     static std::string Utf16ToUtf8(const std::string& units)
     {
         std::string wide;

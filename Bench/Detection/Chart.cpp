@@ -34,9 +34,8 @@ void DrawChart(const std::vector<ChartLine>& lines, const std::string& path)
     std::ofstream out(path);
     out << "<svg xmlns='http://www.w3.org/2000/svg' width='840' height='500' font-family='sans-serif' "
            "font-size='13'>\n"
-           "<rect width='840' height='500' fill='white'/>\n<text x='70' y='20'>Samples decided right, all "
-           "four encodings "
-           "together, by length in characters</text>\n";
+           "<rect width='840' height='500' fill='white'/>\n<text x='70' y='20'>Samples detected "
+           "correctly, all four encodings together, by length in characters</text>\n";
     for (const double right : {0.0, 90.0, 99.0, 99.9, 99.99}) {
         const double y = HeightOf(right);
         out << "<line x1='" << LEFT << "' x2='" << LEFT + STEP * 8 << "' y1='" << y << "' y2='" << y

@@ -1,5 +1,5 @@
 // Chinese text where it is hard to see: a word among ASCII, GBK out of step, four-byte characters, two
-// characters behind a mark, and GBK that is flawless UTF-8; see Drawing.h.
+// characters behind a mark, and GBK that is valid UTF-8; see Drawing.h.
 #include <algorithm>
 
 #include "CodeTrans.h"

@@ -43,7 +43,7 @@ const Target TARGETS[] = {
     {"Chinese pieces of 300 bytes", "pieces", "", 0, ANY, 99.8, NONE, NONE},
     {"Chinese whole files, converted", "files", "", 0, ANY, NONE, NONE, NONE},
     {"Chinese mixed files", "mixed", "", 0, ANY, NONE, NONE, NONE},
-    {"GBK that is flawless UTF-8, and the reverse", "twins", "", 0, ANY, NONE, NONE, NONE},
+    {"GBK that is valid UTF-8, and the reverse", "twins", "", 0, ANY, NONE, NONE, NONE},
     {"legacy encodings from 64 bytes", "legacy", "", 64, 255, NONE, NONE, 95},
     {"legacy encodings from 256 bytes", "legacy", "", 256, ANY, NONE, NONE, 99},
     {"legacy encodings: lines of 30 bytes and more", "legacy-line", "", 30, ANY, NONE, NONE, 85},

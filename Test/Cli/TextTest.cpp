@@ -131,13 +131,13 @@ TEST(Text, LossesHaveTheirPlaces)
         std::string what;
     } cases[] = {
         {"ab\nc\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80z", &UTF8, &GBK, 2, 4,
-         "U+1F600 (F0 9F 98 80) has no place in GBK"},
+         "U+1F600 (F0 9F 98 80) does not exist in GBK"},
         {"\xE4\xB8\xAD\n\n\xE4\xB8", &UTF8, &UTF16LE, 3, 1, "the text ends inside a character: E4 B8"},
-        {"x\xED\xA0\x80", &UTF8, &UTF16LE, 1, 2, "ED is no character of UTF-8"},
-        {"\xD6\xD0\xA2\xA0", &GBK, &UTF8, 1, 2, "A2 A0 is no character of GBK"},
+        {"x\xED\xA0\x80", &UTF8, &UTF16LE, 1, 2, "ED is not a character in UTF-8"},
+        {"\xD6\xD0\xA2\xA0", &GBK, &UTF8, 1, 2, "A2 A0 is not a character in GBK"},
         {"a\0\0\xDC"s, &UTF16LE, &UTF8, 1, 2, "00 DC is half a surrogate pair"},
-        {"\0\x11\0\0"s, &UTF32BE, &UTF8, 1, 1, "00 11 00 00 is no character of UTF-32BE"},
-        {"\xE4\xB8\xAD", &UTF8, &ASCII, 1, 1, "U+4E2D (E4 B8 AD) has no place in ASCII"},
+        {"\0\x11\0\0"s, &UTF32BE, &UTF8, 1, 1, "00 11 00 00 is not a character in UTF-32BE"},
+        {"\xE4\xB8\xAD", &UTF8, &ASCII, 1, 1, "U+4E2D (E4 B8 AD) does not exist in ASCII"},
     };
     for (const auto& c : cases) {
         Losses losses;

@@ -19,22 +19,31 @@ namespace
 constexpr size_t MOST_JOBS = 256;
 
 constexpr const char* STATUSES =
-    "Exit status: 0 all done, 1 something was undecided or refused, 2 wrong usage, 3 reading or writing\n"
-    "failed, 4 converted with losses (--lossy).";
+    "Exit status: 0 all done, 1 a file was undecided or refused, 2 wrong usage, 3 reading or writing "
+    "failed,\n"
+    "4 converted with losses (--lossy).";
 
 constexpr const char* EXAMPLES =
     "Examples:\n"
-    "  codetrans detect *.txt                          which encoding is it?\n"
-    "  codetrans convert --to utf-8 old.txt            the text in UTF-8, on standard output\n"
+    "  codetrans detect *.txt                          print the encoding of each file\n"
+    "  codetrans convert --to utf-8 old.txt            print the text in UTF-8\n"
     "  codetrans convert --to utf-8 -o new.txt old.txt\n"
     "  codetrans convert --to utf-8 --in-place --backup .orig --recursive --jobs 4 folder\n"
-    "  codetrans names folder                          which file names are in GBK or Big5?\n"
-    "  codetrans doctor                                is all there that is needed?\n\n";
+    "  codetrans names folder                          show which file names would be converted\n"
+    "  codetrans doctor                                check the installation\n\n";
 
 constexpr const char* DETECT_EXAMPLES =
     "Examples:\n"
     "  codetrans detect readme.txt\n"
     "  codetrans detect --recursive --only big5 --print0 folder | xargs -0 ls -l\n\n";
+
+constexpr const char* RESTORE_EXAMPLES =
+    "Examples:\n"
+    "  codetrans restore old.txt                       undo convert --in-place --backup\n"
+    "  codetrans restore --recursive --dry-run folder\n\n"
+    "Exit status: 0 all done, 1 a file was refused, 2 wrong usage, 3 reading or renaming failed.";
+
+constexpr const char* DOCTOR_STATUSES = "Exit status: 0 nothing is missing, 1 something is missing.";
 
 constexpr const char* CONVERT_EXAMPLES =
     "Examples:\n"
@@ -42,7 +51,7 @@ constexpr const char* CONVERT_EXAMPLES =
     "  codetrans convert --to utf-8 --in-place --backup .orig --recursive --jobs 4 folder\n"
     "  unzip -p old.zip readme.txt | codetrans convert --to utf-8 -\n\n";
 
-// Thrown on a command line that is well-formed and yet not meant to be.
+// Thrown on a command line that the parser accepts but that makes no sense.
 struct UsageError {
     std::string text;
 };
@@ -52,7 +61,7 @@ NamedEncoding EncodingFor(const std::string& name)
     const NamedEncoding found = FindEncoding(name);
     if (found.encoding != nullptr) return found;
     throw UsageError{"'" + name +
-                     "' is no encoding known here; 'codetrans convert --list' shows what there is"};
+                     "' is not a known encoding; 'codetrans convert --list' prints the known ones"};
 }
 
 struct CommandLine {
@@ -77,10 +86,9 @@ struct CommandLine {
             convert.fromEitherOrder = source.marked;
         }
         if (mark && convert.to->mark.empty()) throw UsageError{convert.to->name + " has no byte-order mark"};
-        if (convert.force && from.empty())
-            throw UsageError{"--force needs --from, which says what the files are"};
+        if (convert.force && from.empty()) throw UsageError{"--force needs --from, the encoding to read"};
         if (convert.byLines && (!from.empty() || convert.force))
-            throw UsageError{"--lines finds the encoding of each line; it goes without --from and --force"};
+            throw UsageError{"--lines detects the encoding of each line; --from and --force exclude it"};
         if (mark || noMark || target.marked) convert.mark = !noMark;
         if (convert.inPlace && !convert.out.empty()) throw UsageError{"--in-place and -o exclude each other"};
         if (!convert.backupSuffix.empty() && !convert.inPlace) throw UsageError{"--backup needs --in-place"};
@@ -98,21 +106,21 @@ struct CommandLine {
     static void CheckInput(const FileOptions& input)
     {
         if (input.files.empty() && input.listFile.empty())
-            throw UsageError{"no file was named; - is standard input"};
+            throw UsageError{"no file given; - is standard input"};
         if (input.zeroSeparated && input.listFile.empty())
-            throw UsageError{"-0 says how the names in --files-from are separated"};
+            throw UsageError{"-0 needs --files-from, the list that it applies to"};
     }
 };
 
 void AddCommon(CLI::App& app, CommonOptions& options)
 {
     app.add_option("--directory", options.directory,
-                   "Folder that holds Data/CodeTrans.model, if it is not beside the program or installed")
+                   "Folder that contains Data/CodeTrans.model (default: the installed one)")
         ->envname("CODETRANS_DIRECTORY")
         ->type_name("DIR");
     CLI::Option* const quiet =
         app.add_flag("--quiet,-q", options.quiet, "Report only failures, refusals and losses");
-    app.add_flag("--verbose,-v", options.verbose, "Report every file, and more of the losses")
+    app.add_flag("--verbose,-v", options.verbose, "Report every file, and more than ten losses for each")
         ->excludes(quiet);
 }
 
@@ -120,26 +128,26 @@ void AddFiles(CLI::App& command, FileOptions& options)
 {
     command.add_option("FILE", options.files, "Files, folders (with --recursive), or - for standard input")
         ->type_name("");
-    command.add_flag("--recursive,-r", options.recursive, "Walk folders; binaries in them are skipped");
+    command.add_flag("--recursive,-r", options.recursive,
+                     "Include the files in folders; binary files in them are skipped");
 }
 
 void AddWalk(CLI::App& command, FileOptions& options)
 {
     AddFiles(command, options);
-    command.add_option("--include", options.include, "In folders, take only names that fit the pattern")
+    command
+        .add_option("--include", options.include, "In folders, take only files whose names match the pattern")
         ->type_name("PATTERN")
         ->allow_extra_args(false);
-    command.add_option("--exclude", options.exclude, "In folders, leave out names that fit the pattern")
+    command.add_option("--exclude", options.exclude, "In folders, skip files whose names match the pattern")
         ->type_name("PATTERN")
         ->allow_extra_args(false);
     command
-        .add_option("--files-from", options.listFile, "Read further names from a file, - is standard input")
+        .add_option("--files-from", options.listFile, "Read more file names from a file; - is standard input")
         ->type_name("FILE");
     command.add_flag("-0,--null", options.zeroSeparated,
-                     "Names in --files-from end with a zero byte, not a line end");
-    command
-        .add_option("--jobs,-j", options.jobs,
-                    "Processes that share the work (default: one for each processor)")
+                     "Names in --files-from end with a zero byte instead of a newline");
+    command.add_option("--jobs,-j", options.jobs, "Number of processes (default: the number of processors)")
         ->check(CLI::Range(static_cast<size_t>(1), MOST_JOBS))
         ->type_name("N");
 }
@@ -148,11 +156,11 @@ CLI::App* AddDetect(CLI::App& app, DetectOptions& options)
 {
     CLI::App* const command = app.add_subcommand("detect", "Print the encoding of each file");
     AddWalk(*command, options.input);
-    CLI::Option* const json = command->add_flag("--json", options.json, "Print one JSON object a line");
-    command->add_option("--only", options.only, "Print only files in this encoding (also: unknown, binary)")
+    CLI::Option* const json = command->add_flag("--json", options.json, "Print one JSON object per file");
+    command->add_option("--only", options.only, "Print only files in this encoding; also: unknown, binary")
         ->type_name("ENC")
         ->allow_extra_args(false);
-    command->add_flag("--print0", options.printNames, "Print only the names, each with a zero byte behind")
+    command->add_flag("--print0", options.printNames, "Print only the names, each followed by a zero byte")
         ->excludes(json);
     command->footer(std::string(DETECT_EXAMPLES) + STATUSES);
     return command;
@@ -164,58 +172,60 @@ void AddWriting(CLI::App& command, CommandLine& line)
     command
         .add_option("--output,-o", options.out, "File to write, or folder for several; - is standard output")
         ->type_name("OUT");
-    command.add_flag("--in-place,-i", options.inPlace, "Replace each file by its converted form");
+    command.add_flag("--in-place,-i", options.inPlace, "Replace each file with the converted text");
     command
         .add_option("--backup", options.backupSuffix,
-                    "Keep the old file under its name and this suffix; 'restore' puts it back")
+                    "Keep each old file under its name plus this suffix; see 'restore'")
         ->type_name("SUFFIX");
-    command.add_flag("--dry-run,-n", options.dryRun, "Write nothing; say what would be done");
-    command.add_flag("--json", options.json, "Print a report: one JSON object a file");
+    command.add_flag("--dry-run,-n", options.dryRun, "Write nothing; report what would be done");
+    command.add_flag("--json", options.json, "Print a report: one JSON object per file");
     CLI::Option* const mark =
         command.add_flag("--bom", line.mark, "Write a byte-order mark (default for UTF-16 and UTF-32)");
-    command.add_flag("--no-bom", line.noMark, "Write none (default for UTF-8)")->excludes(mark);
-    command.add_option("--eol", line.lineEnd, "Turn all line ends into this kind: lf or crlf")
+    command.add_flag("--no-bom", line.noMark, "Write no byte-order mark (default for UTF-8)")->excludes(mark);
+    command.add_option("--eol", line.lineEnd, "Change all line ends to this kind: lf or crlf")
         ->check(CLI::IsMember({"lf", "crlf"}))
         ->type_name("KIND");
     command.add_flag("--fix-declarations", options.fixDeclarations,
-                     "Rewrite the encoding's name where the text declares it, as in HTML and XML");
+                     "Change the encoding's name where the text declares it, as in HTML and XML");
 }
 
 CLI::App* AddConvert(CLI::App& app, CommandLine& line)
 {
     ConvertOptions& options = line.convert;
-    CLI::App* const command = app.add_subcommand("convert", "Convert files; nothing is lost in silence");
+    CLI::App* const command =
+        app.add_subcommand("convert", "Convert files, and refuse those that would lose characters");
     AddWalk(*command, options.input);
     command->add_option("--to,-t", line.to, "Encoding to write, such as utf-8 or gbk")->type_name("ENC");
     command->add_option("--from,-f", line.from, "Encoding to read; detected when not given")
         ->type_name("ENC");
     command->add_flag("--list", line.list, "Print the encodings and their names, and do nothing else");
-    command->add_flag("--lines", options.byLines, "Each line is in an encoding of its own, as in mixed logs");
+    command->add_flag("--lines", options.byLines,
+                      "Detect the encoding of each line separately, as for mixed logs");
     command
         ->add_option("--sure", options.sure,
-                     "Least margin of the detector that is enough, 0 to 100 (default " +
+                     "How clear an answer must be: the least margin, 0 to 100 (default " +
                          std::to_string(ENOUGH_MARGIN) + ")")
         ->check(CLI::Range(0, MOST_MARGIN))
         ->type_name("N");
     AddWriting(*command, line);
-    command->add_flag("--lossy", options.lossy, "Convert although characters are lost, and say how many");
+    command->add_flag("--lossy", options.lossy, "Convert even if characters are lost, and report them");
     command->add_flag("--force", options.force,
-                      "Convert as --from says, although a file seems to be converted already or to be UTF-8");
+                      "Convert as --from says, even if a file seems to be converted already or UTF-8");
     command->footer(std::string(CONVERT_EXAMPLES) + STATUSES);
     return command;
 }
 
 CLI::App* AddRestore(CLI::App& app, RestoreOptions& options)
 {
-    CLI::App* const command = app.add_subcommand("restore", "Put back what convert --backup kept");
+    CLI::App* const command = app.add_subcommand("restore", "Restore the files that convert --backup kept");
     AddFiles(*command, options.input);
     command
         ->add_option("--backup", options.backupSuffix,
-                     "Suffix of the backups (default: what the record says)")
+                     "Suffix of the backups (default: from the record of the backups)")
         ->type_name("SUFFIX");
-    command->add_flag("--dry-run,-n", options.dryRun, "Change nothing; say what would be done");
-    command->add_flag("--force", options.force,
-                      "Put back over files that were changed after the conversion, too");
+    command->add_flag("--dry-run,-n", options.dryRun, "Change nothing; report what would be done");
+    command->add_flag("--force", options.force, "Also restore files that were changed after the conversion");
+    command->footer(RESTORE_EXAMPLES);
     return command;
 }
 
@@ -225,7 +235,7 @@ int PrintEncodings()
         for (size_t i = 0; i < names.size(); ++i) std::cout << (i == 0 ? "" : " ") << names[i];
         std::cout << (encoding == &HZ ? "  (read only)\n" : "\n");
     }
-    std::cout << "and what 'iconv --list' shows\n";
+    std::cout << "and all that 'iconv --list' prints\n";
     return std::cout.flush() ? DONE : FAILED;
 }
 
@@ -280,8 +290,7 @@ void SuggestWord(const CLI::App& app, int argc, char** argv)
         if (isOption || (first && word.rfind('-', 0) != 0)) {
             const std::string likely = LikelyWord(app, word);
             if (!likely.empty() && likely != word) {
-                std::cerr << "codetrans: '" << word << "' is not known here; did you mean '" << likely
-                          << "'?\n";
+                std::cerr << "codetrans: '" << word << "' is unknown; did you mean '" << likely << "'?\n";
                 return;
             }
         }
@@ -315,7 +324,7 @@ std::vector<std::string> Arguments(int argc, char** argv)
 
 int Run(int argc, char** argv)
 {
-    CLI::App app{"Tells the encodings of Chinese text apart and converts between them.", "codetrans"};
+    CLI::App app{"Detects the encoding of Chinese text and converts it.", "codetrans"};
     CommandLine line;
     app.require_subcommand(1);
     app.fallthrough();
@@ -326,7 +335,8 @@ int Run(int argc, char** argv)
     const CLI::App* const convert = AddConvert(app, line);
     const CLI::App* const restore = AddRestore(app, line.restore);
     const CLI::App* const names = AddNames(app, line.names);
-    app.add_subcommand("doctor", "Check the program, the model and the locale, and tell what mends them");
+    app.add_subcommand("doctor", "Check the installation: the program, the model and the locale")
+        ->footer(DOCTOR_STATUSES);
     line.convert.sure = ENOUGH_MARGIN;
 
     try {
@@ -357,7 +367,7 @@ int RunCommandLine(int argc, char** argv)
     try {
         return Run(argc, argv);
     } catch (const std::bad_alloc&) {
-        std::cerr << "codetrans: there is not enough memory\n";
+        std::cerr << "codetrans: out of memory\n";
         return FAILED;
     } catch (const std::exception& error) {
         std::cerr << "codetrans: " << error.what() << '\n';

@@ -29,11 +29,12 @@ constexpr char USAGE[] =
     "       ModelBuilder build DATA OUTPUT [--without-decisive]\n"
     "                                         pack DATA/Mappings and DATA/Patterns.txt into a model\n"
     "       ModelBuilder explain DATA FILE [--readings LEFT,RIGHT] [--bytes N]\n"
-    "                                         show why a file is decided as it is: each byte's state and\n"
-    "                                         what it adds; --readings: two encodings side by side\n"
+    "                                         show how a file is detected: the state for each byte and\n"
+    "                                         what it adds; --readings: compare two encodings\n"
     "       ModelBuilder compare OLD NEW FOLDER\n"
-    "                                         judge two models on FOLDER/LABEL/*, LABEL being gbk, big5,\n"
-    "                                         utf-8, utf-16le or undecided\n"
+    "                                         compare the accuracy of two models on FOLDER/LABEL/*; LABEL "
+    "is\n"
+    "                                         gbk, big5, utf-8, utf-16le or undecided\n"
     "       ModelBuilder recipe               print the numbers that training depends on, with their "
     "reasons\n"
     "       ModelBuilder regions              print the table of the automaton's regions\n";
@@ -61,7 +62,7 @@ Recipe RecipeFrom(const Arguments& options)
         } else if (options[i] == "--set" && i + 1 < options.size()) {
             recipe.Set(options[++i]);
         } else {
-            throw UsageError("train does not know '" + options[i] + "'");
+            throw UsageError("unknown option '" + options[i] + "' of train");
         }
     }
     return recipe;
@@ -89,7 +90,7 @@ void Build(const Arguments& arguments)
     States states = ReadPatterns(data + "/Patterns.txt");
     if (arguments.size() == 3) {
         if (arguments[2] != "--without-decisive")
-            throw UsageError("build does not know '" + arguments[2] + "'");
+            throw UsageError("unknown option '" + arguments[2] + "' of build");
         DropDecisiveStates(states);
     }
     const std::string content = ModelContent(CEncoder(data + "/Mappings"), states);
@@ -100,7 +101,7 @@ void Build(const Arguments& arguments)
 size_t CountFrom(const std::string& text)
 {
     if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
-        throw UsageError("'" + text + "' is no number of bytes");
+        throw UsageError("'" + text + "' is not a number of bytes");
     return std::stoul(text);
 }
 
@@ -118,7 +119,7 @@ void Explain(const Arguments& arguments)
         } else if (arguments[i] == "--bytes" && i + 1 < arguments.size()) {
             rows = CountFrom(arguments[++i]);
         } else {
-            throw UsageError("explain does not know '" + arguments[i] + "'");
+            throw UsageError("unknown option '" + arguments[i] + "' of explain");
         }
     }
     if (readings.empty()) return ExplainWalk(states, bytes, rows, std::cout);
@@ -161,7 +162,7 @@ void Run(const Arguments& all)
 {
     const auto command = all.empty() ? COMMANDS.end() : COMMANDS.find(all[0]);
     if (command == COMMANDS.end())
-        throw UsageError(all.empty() ? "no command" : "no command '" + all[0] + "'");
+        throw UsageError(all.empty() ? "no command given" : "unknown command '" + all[0] + "'");
     const Arguments arguments(all.begin() + 1, all.end());
     if (arguments.size() < command->second.least || arguments.size() > command->second.most)
         throw UsageError("wrong number of arguments for '" + all[0] + "'");

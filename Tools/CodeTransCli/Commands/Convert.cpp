@@ -96,25 +96,27 @@ std::string WrongUsage(const ConvertOptions& options, const Inputs& inputs)
     if (options.inPlace && std::any_of(inputs.files.begin(), inputs.files.end(), isStandard))
         return "standard input cannot be converted in place";
     if (options.json && !options.inPlace && !options.dryRun && (options.out.empty() || options.out == "-"))
-        return "--json takes standard output: give --in-place or -o";
+        return "--json prints its report on standard output; give --in-place or -o for the text";
     if (options.inPlace || options.dryRun || !many) return {};
     if (options.out.empty() || !IsFolder(options.out))
-        return "several files need --in-place, or -o with a folder that exists";
+        return "several files need --in-place, or -o with an existing folder";
     std::set<std::string> names;
     for (const Input& input : inputs.files)
         if (!names.insert(input.relative).second)
-            return "two files would become " + Readable((fs::path(options.out) / input.relative).string());
+            return "two files would be written to " +
+                   Readable((fs::path(options.out) / input.relative).string());
     return {};
 }
 
 void Summarise(const OutcomeCounts& counts, bool dryRun)
 {
-    constexpr const char* NAMES[] = {"converted", "left as they were", "skipped", "converted with losses",
-                                     "undecided", "refused",           "failed"};
+    constexpr const char* NAMES[] = {"converted", "unchanged", "skipped", "converted with losses",
+                                     "undecided", "refused",   "failed"};
     std::string text;
     for (size_t i = 0; i < std::size(NAMES); ++i)
         if (counts[i] > 0) text += (text.empty() ? "" : ", ") + std::to_string(counts[i]) + " " + NAMES[i];
-    std::cerr << "codetrans: " << (dryRun ? "nothing was written; it would be: " : "") << text << '\n';
+    std::cerr << "codetrans: " << (dryRun ? "dry run, nothing was written; it would be: " : "") << text
+              << '\n';
 }
 }  // namespace
 

@@ -53,8 +53,8 @@ struct Record {
 std::string JsonLine(const ConvertOptions& options, const Input& input, const Record& record)
 {
     using Json = nlohmann::ordered_json;
-    constexpr const char* OUTCOMES[] = {"converted", "left",    "skipped", "converted with losses",
-                                        "undecided", "refused", "failed"};
+    constexpr const char* OUTCOMES[] = {"converted", "unchanged", "skipped", "converted with losses",
+                                        "undecided", "refused",   "failed"};
     const Json line = {{"name", Readable(input.path)},
                        {"nameBytes", Base64(input.path)},
                        {"source", record.source != nullptr ? Json(record.source->name) : Json()},
@@ -169,12 +169,12 @@ private:
         m_ownMark = m_copies && m_identity.mark != 0;
         if (const auto fault = Transcode(nullptr)) return *fault;
         Finish();
-        const std::string what = m_source.Size() == 0
-                                     ? "is empty"
-                                     : "is " + std::string(m_identity.ascii ? "ASCII and so " : "") +
-                                           m_options.to->name + " already";
+        const std::string what =
+            m_source.Size() == 0 ? "is empty"
+                                 : "is already " + m_options.to->name +
+                                       (m_identity.ascii && m_options.to != &ASCII ? " (only ASCII)" : "");
         const std::string hint = m_reached ? "; --force converts it as " + m_options.from->name : "";
-        return Left(Outcome::UNTOUCHED, what + ", left as it is" + hint);
+        return Left(Outcome::UNTOUCHED, what + ", unchanged" + hint);
     }
 
     Report Other()
@@ -191,8 +191,8 @@ private:
     {
         const Encoding* const marked = MarkedEncoding(m_source.Window());
         if (marked != nullptr && marked != &UTF8)
-            return Refused("not converted: has the byte-order mark of " + marked->name +
-                           ", which has no lines of bytes");
+            return Refused("not converted: --lines cannot read " + marked->name +
+                           ", whose byte-order mark the file has");
         m_identity.encoding = &UTF8;
         m_identity.mark = marked != nullptr ? marked->mark.size() : 0;
         m_lines.emplace(m_source.Window(), m_options.sure);
@@ -200,7 +200,7 @@ private:
         m_ownMark = WantsMark(m_options);
         if (const auto fault = Transcode(m_options.to)) return *fault;
         if (m_options.inPlace && m_lines->AreAllIn(*m_options.to) && !Changes()) {
-            return Left(Outcome::UNTOUCHED, "is " + m_options.to->name + " already, left as it is");
+            return Left(Outcome::UNTOUCHED, "is already " + m_options.to->name + ", unchanged");
         }
         Finish();
         Report report = Converted("lines");
@@ -437,9 +437,9 @@ private:
         const std::string name = m_identity.encoding->name;
         const bool readable = m_identity.encoding != m_options.to;  // though not as it was meant
         Report report =
-            Refused("not converted: not all of it is " + name + "; it is damaged or in several encodings" +
+            Refused("not converted: not all of it is " + name + "; it is damaged or mixes encodings" +
                     Ended() + (readable ? "; --from " + name + " --force converts it" : "") +
-                    "; --lines converts each line by itself");
+                    "; --lines detects each line separately");
         report.remark = Described(stray) + report.remark;
         return report;
     }
@@ -449,14 +449,14 @@ private:
         m_lost = losses.count;
         const bool partial = m_output.IsPartial();
         Report report =
-            Refused(partial ? "ended here: the output is not complete"
+            Refused(partial ? "stopped here; the output is incomplete"
                             : "not converted: " + Characters(losses.count) + " would be lost in " +
-                                  m_options.to->name + " (--lossy allows it)");
+                                  m_options.to->name + " (--lossy converts it anyway)");
         report.remark = Described(losses) + report.remark;
         return report;
     }
 
-    std::string Ended() const { return m_output.IsPartial() ? "; the output ends before that" : ""; }
+    std::string Ended() const { return m_output.IsPartial() ? "; the output stops before this place" : ""; }
 
     std::string Described(const Losses& losses) const
     {
@@ -507,8 +507,8 @@ private:
         const Identity again = Identify(m_output.Head(), m_output.Written() == m_output.Head().size());
         if (again.ascii || (again.encoding == m_options.to && again.margin >= m_options.sure)) return {};
         if (m_options.to == &GB18030 && again.encoding == &GBK && again.margin >= m_options.sure) return {};
-        return Remark(m_input.path, "note: the result is too short or too odd to be recognised as " +
-                                        m_options.to->name + " again: name it with --from from now on");
+        return Remark(m_input.path, "note: the result would not be detected as " + m_options.to->name +
+                                        "; give its encoding with --from in further conversions");
     }
 
     std::string Json(const Report& report) const

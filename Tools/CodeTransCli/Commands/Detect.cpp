@@ -88,7 +88,7 @@ Report DetectOne(const Input& input, const DetectOptions& options, size_t width)
     if (!identity.doubt.empty())
         report.remark = Remark(input.path, "note: " + identity.doubt);
     else if (identity.margin < ENOUGH_MARGIN && !identity.ascii)
-        report.remark = Remark(input.path, "note: " + identity.encoding->name + " only by a margin of " +
+        report.remark = Remark(input.path, "note: " + identity.encoding->name + " with a margin of only " +
                                                std::to_string(identity.margin));
     return report;
 }

@@ -1,4 +1,4 @@
-// doctor: is all there that the library and this program need, and what mends what is not.
+// doctor: checks the program, the model and the locale, and prints the command that repairs each.
 #include <STLCodeTrans.h>
 #include <unistd.h>
 
@@ -17,12 +17,12 @@ void Say(bool good, const std::string& what, const std::string& text)
     std::cout << (good ? "ok      " : "MISSING ") << what << ": " << text << '\n';
 }
 
-void Mend(const std::string& command)
+void Advise(const std::string& command)
 {
-    std::cout << "        mend it with: " << command << '\n';
+    std::cout << "        to repair it: " << command << '\n';
 }
 
-std::string CommandThatBringsModel(const std::string& folder)
+std::string CommandThatInstallsModel(const std::string& folder)
 {
     const std::string root = geteuid() == 0 ? "" : "sudo ";
     const bool packaged = ProgramFile().rfind("/usr/bin/", 0) == 0;
@@ -35,19 +35,19 @@ bool CheckModelFile(const CommonOptions& common)
     const std::vector<std::string> folders = ModelFolders(common.directory);
     const std::string folder = FindModel(folders);
     if (folder.empty()) {
-        Say(false, "model", "found in none of these:");
+        Say(false, "model", "not found; searched for:");
         for (const std::string& candidate : folders)
             std::cout << "          " << ModelFile(candidate) << '\n';
-        Mend(CommandThatBringsModel(folders.back()));
+        Advise(CommandThatInstallsModel(folders.back()));
         return false;
     }
     const ModelState model = CheckModel(ModelFile(folder), true);
     const bool good = model.fault.empty();
     if (good)
-        Say(true, "model", ModelFile(folder) + ", " + std::to_string(model.nodes) + " nodes, all sound");
+        Say(true, "model", ModelFile(folder) + ", " + std::to_string(model.nodes) + " nodes, no faults");
     else
         std::cout << "DAMAGED model: " << ModelFile(folder) << ": " << model.fault << '\n';
-    if (!good) Mend(CommandThatBringsModel(folder));
+    if (!good) Advise(CommandThatInstallsModel(folder));
     return good;
 }
 
@@ -65,7 +65,8 @@ bool CheckDetection(const CommonOptions& common)
     bool good = LoadModel(ModelFile(FindModel(ModelFolders(common.directory))));
     for (const Sample& sample : SAMPLES)
         good = good && CodeTrans_CodeDetect(sample.bytes.data(), sample.bytes.size()) == sample.code;
-    std::cout << (good ? "ok      " : "WRONG   ") << "detection: of two characters in each encoding\n";
+    std::cout << (good ? "ok      " : "WRONG   ")
+              << "detection: two characters in each of the four encodings\n";
     return good;
 }
 
@@ -74,8 +75,8 @@ bool CheckLocale()
     const bool there = LocaleIsThere();
     Say(there, "locale",
         std::string(LOCALE_NAME) +
-            (there ? "" : ", which the library needs between GBK and UTF-8 (this program does not)"));
-    if (!there) Mend(CommandThatMakesLocale());
+            (there ? "" : ", which the library needs to convert between GBK and UTF-8 (codetrans does not)"));
+    if (!there) Advise(CommandThatMakesLocale());
     return there;
 }
 }  // namespace

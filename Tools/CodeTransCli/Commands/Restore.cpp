@@ -42,7 +42,7 @@ public:
     {
         for (const auto& [folder, names] : m_gone) ForgetBackups(folder, names);
         if (!m_common.quiet)
-            std::cerr << "codetrans: " << m_restored << (m_options.dryRun ? " would be" : "") << " put back"
+            std::cerr << "codetrans: " << m_restored << (m_options.dryRun ? " would be" : "") << " restored"
                       << (m_refused > 0 ? ", " + std::to_string(m_refused) + " refused" : "")
                       << (m_failed > 0 ? ", " + std::to_string(m_failed) + " failed" : "") << '\n';
         return m_failed > 0 ? FAILED : m_refused > 0 ? NOT_DONE : DONE;
@@ -84,7 +84,7 @@ private:
         std::error_code error;
         if (!found.name.empty() && fs::exists(folder / found.name, error)) return Try(folder, found);
         ++m_refused;
-        std::cerr << Remark(path, "no backup of it is known; --backup SUFFIX names one");
+        std::cerr << Remark(path, "no backup is recorded; give its suffix with --backup SUFFIX");
     }
 
     // With the fingerprint, if the record has one.
@@ -101,9 +101,8 @@ private:
         try {
             if (!m_options.force && WasEdited(folder, backup)) {
                 ++m_refused;
-                std::cerr << Remark(original,
-                                    "not put back: it was changed after it had been converted (--force puts "
-                                    "the backup back all the same)");
+                std::cerr << Remark(
+                    original, "not restored: it was changed after the conversion (--force restores it)");
                 return;
             }
             if (!m_options.dryRun) {
@@ -115,7 +114,7 @@ private:
             if (m_common.verbose || m_options.dryRun)
                 std::cerr << Remark(
                     original,
-                    (m_options.dryRun ? "would be put back from " : "put back from ") + backup.name);
+                    (m_options.dryRun ? "would be restored from " : "restored from ") + backup.name);
         } catch (const std::exception& error) {
             ++m_failed;
             std::cerr << Remark(original, error.what());

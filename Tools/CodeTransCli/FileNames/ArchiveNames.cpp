@@ -98,9 +98,8 @@ public:
         for (const ZipArchive::Entry& entry : m_archive.Entries())
             if (__builtin_add_overflow(size, entry.size, &size) ||
                 __builtin_add_overflow(compressed, entry.compressedSize, &compressed))
-                throw Refusal("states sizes that are too large");
-        if (compressed > archiveBytes)
-            throw Refusal("has entries that overlap, as an archive that is a trap has");
+                throw Refusal("declares sizes that are too large");
+        if (compressed > archiveBytes) throw Refusal("has overlapping entries, as in a zip bomb");
         if (size > m_folder.Room())
             throw Refusal("would take " + std::to_string(size) +
                           " bytes, which is more than there is room for");
@@ -156,8 +155,8 @@ int List(const CommonOptions& common, const NamesOptions& options, std::optional
             extraction->Add(i, name);
     }
     if (judgement.encoding && !common.quiet && !from)
-        std::cerr << "codetrans: " << ShownName(options.archive)
-                  << ": names without the mark of UTF-8 are read as " << TitleOf(*judgement.encoding) << '\n';
+        std::cerr << "codetrans: " << ShownName(options.archive) << ": names not marked as UTF-8 are read as "
+                  << TitleOf(*judgement.encoding) << '\n';
     if (extraction != nullptr) {
         const size_t done = extraction->Run();
         refusals.Finish();

@@ -40,7 +40,7 @@ Components ComponentsOf(std::string_view name)
 
 ExtractionFolder::ExtractionFolder(const std::string& path)
 {
-    if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) Fail("cannot make " + path);
+    if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) Fail("cannot create " + path);
     m_folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (m_folder < 0) Fail("cannot open " + path);
 }
@@ -53,7 +53,7 @@ ExtractionFolder::~ExtractionFolder()
 unsigned long long ExtractionFolder::Room() const
 {
     struct statvfs system = {};
-    if (fstatvfs(m_folder, &system) != 0) Fail("cannot ask for the free space");
+    if (fstatvfs(m_folder, &system) != 0) Fail("cannot determine the free space");
     return static_cast<unsigned long long>(system.f_bavail) * system.f_frsize;
 }
 
@@ -72,7 +72,7 @@ int ExtractionFolder::Open(const Components& components, size_t count) const
         if (next < 0 && (error == ENOTDIR || error == ELOOP))
             throw Refusal("a file or a link named " + components[i] + " is in the way");
     }
-    if (folder < 0) Fail("cannot make its folder");
+    if (folder < 0) Fail("cannot create its folder");
     return folder;
 }
 
@@ -90,8 +90,8 @@ ExtractionFolder::File::File(const ExtractionFolder& folder, const Components& c
     const int error = errno;
     close(m_folder);
     errno = error;
-    if (error == EEXIST) throw Refusal("is there already");
-    Fail("cannot be made");
+    if (error == EEXIST) throw Refusal("already exists");
+    Fail("cannot be created");
 }
 
 ExtractionFolder::File::~File()

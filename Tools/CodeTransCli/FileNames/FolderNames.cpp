@@ -63,10 +63,10 @@ public:
             if (m_verdicts[i].kind != Kind::WRONG) continue;
             const std::string& name = m_verdicts[i].name;
             if (names[m_tree.nodes[i].parent][name] > 1)
-                remarks.Add(PathOf(i),
-                            "would become " + ShownName(name) + ", as another name there is or would");
+                remarks.Add(PathOf(i), "would become " + ShownName(name) +
+                                           ", a name that another file there has or would get");
             else if (name.size() > NAME_MAX)
-                remarks.Add(PathOf(i), "would become longer than a name can be");
+                remarks.Add(PathOf(i), "would become longer than a file name can be");
         }
     }
 
@@ -146,7 +146,7 @@ int Apply(const CommonOptions& common, const std::string& chosenList, const std:
     remarks.Finish();
     if (!common.quiet)
         std::cerr << "codetrans: " << Plural(renamed, "name") << " changed; 'codetrans names --undo "
-                  << ShownName(list) << "' puts them back\n";
+                  << ShownName(list) << "' restores them\n";
     return remarks.Count() == 0 ? DONE : FAILED;
 }
 
@@ -160,7 +160,7 @@ int FolderNames(const CommonOptions& common, const NamesOptions& options, std::o
 {
     if (const std::string inner = InAnother(options.folders); !inner.empty()) {
         std::cerr << "codetrans: " << ShownName(inner)
-                  << ": is named twice, or in a folder that is named, too\n";
+                  << ": is given twice, or is inside another folder that is given\n";
         return WRONG_USAGE;
     }
     std::vector<Renaming> renamings;
@@ -175,7 +175,7 @@ int FolderNames(const CommonOptions& common, const NamesOptions& options, std::o
             const NameVerdict& verdict = tree.Verdict(i);
             if (verdict.kind == Kind::UNDECIDED) undecided.Add(tree.PathOf(i), verdict.why);
             if (verdict.kind == Kind::RIGHT && common.verbose)
-                std::cerr << "codetrans: " << ShownName(tree.PathOf(i)) << ": is left as it is\n";
+                std::cerr << "codetrans: " << ShownName(tree.PathOf(i)) << ": unchanged\n";
         }
         tree.AddCollisions(collisions);
         tree.AddRenamings(renamings, lines);
@@ -185,14 +185,14 @@ int FolderNames(const CommonOptions& common, const NamesOptions& options, std::o
     int status = unread ? FAILED : undecided.Count() + collisions.Count() > 0 ? NOT_DONE : DONE;
     const bool refused = unread || collisions.Count() > 0;
     if (options.apply && refused) {
-        std::cerr << "codetrans: nothing is renamed\n";
+        std::cerr << "codetrans: nothing was renamed\n";
     } else if (options.apply && !renamings.empty()) {
         status = Worse(status, Apply(common, options.undoList, renamings, lines));
     } else {
         for (size_t i = lines.size(); i-- > 0;) std::cout << lines[i];
         if (!common.quiet)
             std::cerr << "codetrans: " << Plural(lines.size(), "name") << " to change"
-                      << (lines.empty() || refused ? "\n" : "; --apply changes them\n");
+                      << (lines.empty() || refused ? "\n" : "; --apply renames them\n");
     }
     return std::cout.flush() ? status : static_cast<int>(FAILED);
 }
@@ -222,7 +222,7 @@ int UndoNames(const CommonOptions& common, const NamesOptions& options)
     }
     remarks.Finish();
     if (!common.quiet)
-        std::cerr << "codetrans: " << Plural(changed, "name") << " put back"
-                  << (unchanged > 0 ? ", " + std::to_string(unchanged) + " were so already\n" : "\n");
+        std::cerr << "codetrans: " << Plural(changed, "name") << " restored"
+                  << (unchanged > 0 ? ", " + std::to_string(unchanged) + " already as before\n" : "\n");
     return remarks.Count() == 0 ? DONE : FAILED;
 }

@@ -83,12 +83,12 @@ std::map<size_t, GarbledNames::Restored> GarbledNames::Restore() const
                          [&undone = garbled.undone](size_t i) { return undone[i].has_value(); });
         if (mishap == mishaps.end()) {
             if (certain)
-                result[number].why = std::string("was converted wrongly, and it is not certain how") +
-                                     (m_from ? "" : "; --from decides");
+                result[number].why =
+                    std::string("is garbled, but it is not certain how") + (m_from ? "" : "; --from decides");
         } else if (certain || !garbled.undone[*mishap]->western) {
             result[number].name = *EncodeName(garbled.undone[*mishap]->text, NameEncoding::UTF_8);
         } else {
-            result[number].why = std::string("was perhaps converted wrongly, as others were; --from ") +
+            result[number].why = std::string("is perhaps garbled, like others; --from ") +
                                  TitleOf(MISHAPS[*mishap].meant) + " converts it back";
         }
     }

@@ -30,7 +30,7 @@ bool IsDoubleByte(std::optional<NameEncoding> encoding)
     return encoding == NameEncoding::GB || encoding == NameEncoding::BIG_5;
 }
 
-// Whether `name`, which is flawless UTF-8, is rather meant as `encoding`.
+// Whether `name`, which is valid UTF-8, is rather meant as `encoding`.
 bool IsRather(const std::string& name, NameEncoding encoding)
 {
     return IsPlausible(name, encoding == NameEncoding::GB ? GBK : BIG5);
@@ -84,8 +84,7 @@ private:
         } else if (!raw.empty()) {
             const bool western = m_rules.western && AreWestern(raw);
             m_judgement.encoding = western ? NameEncoding::CP437 : GbkOrBig5(raw);
-            m_why =
-                "is not UTF-8, and all such names together are not for certain GBK or Big5; --from decides";
+            m_why = "is not UTF-8, and such names together are not clearly GBK or Big5; --from decides";
         }
     }
 

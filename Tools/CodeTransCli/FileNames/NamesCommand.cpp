@@ -28,10 +28,9 @@ std::string WrongUsage(const NamesOptions& options)
     if (!options.extractTo.empty() && options.archive.empty()) return "--extract-to needs --zip";
     if (options.apply && options.folders.empty()) return "--apply needs a FOLDER";
     if (!options.undoList.empty() && !options.apply) return "--undo-list needs --apply";
-    if (!options.from.empty() && !options.undo.empty()) return "--undo needs no --from";
+    if (!options.from.empty() && !options.undo.empty()) return "--undo and --from exclude each other";
     if (!options.from.empty() && !NameEncodingNamed(options.from))
-        return "'" + options.from +
-               "' is no encoding of names known here; there are gbk, big5, utf-8 and cp437";
+        return "'" + options.from + "' is not a known encoding of names; use gbk, big5, utf-8 or cp437";
     return {};
 }
 }  // namespace
@@ -39,7 +38,7 @@ std::string WrongUsage(const NamesOptions& options)
 void Remarks::Finish()
 {
     if (m_count > m_limit && !m_finished)
-        std::cerr << "codetrans: ... and " << m_count - m_limit << " more (--verbose tells all)\n";
+        std::cerr << "codetrans: ... and " << m_count - m_limit << " more (--verbose shows all)\n";
     m_finished = true;
 }
 

@@ -10,28 +10,30 @@
 inline CLI::App* AddNames(CLI::App& app, NamesOptions& options)
 {
     CLI::App* const command =
-        app.add_subcommand("names", "Put file names right that are in GBK or Big5, or garbled");
-    command->add_option("FOLDER", options.folders, "Folders whose names are shown, or with --apply renamed")
+        app.add_subcommand("names", "Convert file names in GBK or Big5, and garbled ones, to UTF-8");
+    command
+        ->add_option("FOLDER", options.folders, "Folders with the names to show or, with --apply, to change")
         ->type_name("");
-    command->add_flag("--apply", options.apply, "Rename; without it, only show what would be");
-    command->add_option("--from,-f", options.from, "What the names were in: gbk, big5, utf-8 or cp437")
+    command->add_flag("--apply", options.apply, "Rename the files; without it, the new names are only shown");
+    command
+        ->add_option("--from,-f", options.from, "Original encoding of the names: gbk, big5, utf-8 or cp437")
         ->type_name("ENC");
     command->add_option("--undo-list", options.undoList, "File to write the undo list to; it must not exist")
         ->type_name("FILE");
-    command->add_option("--undo", options.undo, "Put back the names that this undo list has")
+    command->add_option("--undo", options.undo, "Restore the old names from this undo list")
         ->type_name("FILE");
     command->add_option("--zip", options.archive, "List the names in a zip archive")->type_name("ARCHIVE");
     command
         ->add_option("--extract-to", options.extractTo,
-                     "Extract the archive into a folder, under the right names")
+                     "Extract the archive into this folder, under the names listed")
         ->type_name("DIR");
     command->footer(
         "Examples:\n"
-        "  codetrans names folder                        what would be renamed?\n"
+        "  codetrans names folder                        show what would be renamed\n"
         "  codetrans names --apply folder\n"
         "  codetrans names --undo codetrans-names-undo-20240517-120000.tsv\n"
         "  codetrans names --zip old.zip --extract-to new\n\n"
-        "Exit status: 0 all done, 1 something was undecided or refused, 2 wrong usage, 3 reading or renaming "
+        "Exit status: 0 all done, 1 a name was undecided or refused, 2 wrong usage, 3 reading or renaming "
         "failed.");
     return command;
 }

@@ -41,7 +41,8 @@ unsigned Digit(char c)
 {
     const std::string digits = "0123456789ABCDEF";
     const size_t value = digits.find(c);
-    if (c == 0 || value == std::string::npos) throw std::runtime_error("is no undo list: a wrong escape");
+    if (c == 0 || value == std::string::npos)
+        throw std::runtime_error("is not an undo list: invalid escape sequence");
     return static_cast<unsigned>(value);
 }
 
@@ -52,7 +53,8 @@ std::string Unescaped(const std::string& text)
         if (text[i] != '\\') {
             name += text[i];
         } else {
-            if (text.size() - i < 4) throw std::runtime_error("is no undo list: a cut escape");
+            if (text.size() - i < 4)
+                throw std::runtime_error("is not an undo list: incomplete escape sequence");
             name += static_cast<char>(Digit(text[i + 2]) << 4 | Digit(text[i + 3]));
             i += 3;
         }
@@ -70,11 +72,11 @@ Renaming Parsed(const std::string& line)
 {
     const size_t first = line.find('\t'), second = line.find('\t', first + 1);
     if (first == std::string::npos || second == std::string::npos)
-        throw std::runtime_error("is no undo list: a line without three fields");
+        throw std::runtime_error("is not an undo list: a line does not have three fields");
     Renaming renaming{Unescaped(line.substr(0, first)), Unescaped(line.substr(first + 1, second - first - 1)),
                       Unescaped(line.substr(second + 1))};
     if (!IsName(renaming.from) || !IsName(renaming.to))
-        throw std::runtime_error("is no undo list: no file name");
+        throw std::runtime_error("is not an undo list: invalid file name");
     return renaming;
 }
 
@@ -112,7 +114,7 @@ void WriteUndoList(const std::string& path, const std::vector<Renaming>& renamin
         text += Escaped(renaming.folder) + "\t" + Escaped(renaming.from) + "\t" + Escaped(renaming.to) + "\n";
     text += END;
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (file < 0) Fail("cannot make the undo list " + path);
+    if (file < 0) Fail("cannot create the undo list " + path);
     for (size_t done = 0; done < text.size();) {
         const ssize_t size = write(file, text.data() + done, text.size() - done);
         if (size < 0 && errno != EINTR) {
@@ -137,10 +139,10 @@ std::vector<Renaming> ReadUndoList(const std::string& path)
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     if (!file) throw std::runtime_error("cannot be read");
     const std::string head = HEAD, end = END;
-    if (text.compare(0, head.size(), head) != 0) throw std::runtime_error("is no undo list");
+    if (text.compare(0, head.size(), head) != 0) throw std::runtime_error("is not an undo list");
     if (text.size() < head.size() + end.size() ||
         text.compare(text.size() - end.size() - 1, std::string::npos, "\n" + end) != 0)
-        throw std::runtime_error("is cut off: the end of the undo list is missing");
+        throw std::runtime_error("is incomplete: the end of the undo list is missing");
     std::vector<Renaming> renamings;
     for (size_t begin = head.size(); begin < text.size() - end.size();) {
         const size_t stop = text.find('\n', begin);

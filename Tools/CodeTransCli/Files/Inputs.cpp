@@ -92,7 +92,7 @@ private:
         } else if (status.type() == fs::file_type::not_found && fs::is_symlink(path, error)) {
             Skip(path, "a link to " + fs::read_symlink(path, error).string() + ", which is missing");
         } else if (!fs::is_regular_file(status)) {
-            Skip(path, "no regular file");
+            Skip(path, "not a regular file");
         } else {
             m_inputs.files.push_back({path, path.lexically_relative(top), true});
         }
@@ -138,7 +138,7 @@ Inputs CollectInputs(const FileOptions& options, const BackupOptions& backups)
         else if (options.recursive)
             walk.Folder(argument, argument);
         else
-            walk.Failed(argument, "is a folder; --recursive walks it");
+            walk.Failed(argument, "is a folder; --recursive includes the files in it");
     }
     for (const Input& input : inputs.files) {
         std::error_code error;

@@ -39,8 +39,8 @@ public:
         m_seen[0] = true;
         for (size_t i = 0; i < reached.size(); ++i) {
             const size_t node = reached[i];
-            if (Field(node, BASE) + 255 >= m_count) return Fault(node, "leads out of the table");
-            if (Field(node, FAIL) >= m_count) return Fault(node, "fails out of the table");
+            if (Field(node, BASE) + 255 >= m_count) return Fault(node, "has a transition outside the table");
+            if (Field(node, FAIL) >= m_count) return Fault(node, "has a failure link outside the table");
             if (!IsValue(Field(node, VALUE))) return Fault(node, "has no valid value");
             for (size_t byte = 0; byte < 256; ++byte) {
                 const size_t child = Field(node, BASE) + byte;
@@ -79,7 +79,8 @@ private:
         for (const size_t start : reached) {
             std::vector<size_t> chain;
             for (size_t node = start; !ends[node]; node = Field(node, FAIL)) {
-                if (chain.size() > m_count || Field(node, FAIL) >= m_count) return Fault(start, "has no end");
+                if (chain.size() > m_count || Field(node, FAIL) >= m_count)
+                    return Fault(start, "has a failure chain without end");
                 chain.push_back(node);
             }
             for (const size_t node : chain) ends[node] = true;
@@ -135,12 +136,12 @@ ModelState CheckModel(const std::string& file, bool thorough)
         state.nodes = LittleEndian(bytes, TABLE_BYTES);
         if (state.nodes == 0 || state.nodes > INT32_MAX ||
             (state.bytes - NODES_OFFSET) / NODE_BYTES < state.nodes)
-            state.fault = "promises " + std::to_string(state.nodes) + " nodes and has room for " +
+            state.fault = "declares " + std::to_string(state.nodes) + " nodes and has room for " +
                           std::to_string((state.bytes - NODES_OFFSET) / NODE_BYTES);
         else if (thorough)
             state.fault = Trie(bytes, state.nodes).Check();
     } catch (const std::bad_alloc&) {
-        state.fault = "there is not enough memory for it";
+        state.fault = "out of memory";
     } catch (const std::exception& error) {
         state.fault = error.what();
     }

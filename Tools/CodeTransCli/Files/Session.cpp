@@ -68,7 +68,7 @@ bool Begin(const CommonOptions& common)
 {
     const std::string folder = FindModel(ModelFolders(common.directory));
     if (folder.empty() && common.directory.empty()) {
-        std::cerr << "codetrans: no model found; 'codetrans doctor' tells where it is looked for\n";
+        std::cerr << "codetrans: no model found; 'codetrans doctor' shows where it was searched for\n";
         return false;
     }
     const std::string file = ModelFile(folder.empty() ? common.directory : folder);
@@ -95,7 +95,7 @@ int Session::Run(OutcomeCounts& counts) const
         try {
             work(task, progress, send);
         } catch (const std::bad_alloc&) {
-            send(task, {Outcome::FAILED, {}, Remark(input.path, "there is not enough memory for it")});
+            send(task, {Outcome::FAILED, {}, Remark(input.path, "out of memory")});
         } catch (const std::exception& error) {
             send(task, {Outcome::FAILED, {}, Remark(input.path, error.what())});
         }

@@ -15,7 +15,7 @@ namespace
 {
 constexpr size_t LEAST_ROOM = 1 << 16;
 
-// Of the file itself, where a link has lost it: "No such file" alone would puzzle who sees the link.
+// For a link to a missing file, says so: "No such file" alone would confuse a user who sees the link.
 std::string Missing(const std::string& path)
 {
     std::error_code error;
@@ -85,5 +85,5 @@ void Source::CheckUnchanged(const std::string& path) const
                       now.st_dev == m_status.st_dev && now.st_size == m_status.st_size &&
                       now.st_mtim.tv_sec == m_status.st_mtim.tv_sec &&
                       now.st_mtim.tv_nsec == m_status.st_mtim.tv_nsec;
-    if (!same) throw std::runtime_error("changed while it was being converted; left as it is now");
+    if (!same) throw std::runtime_error("changed during the conversion, not replaced");
 }

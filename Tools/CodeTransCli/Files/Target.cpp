@@ -81,7 +81,7 @@ void Target::OpenTemporary()
     if (m_descriptor >= 0) return;
     std::string name = m_folder + "/.codetrans-XXXXXX";
     m_descriptor = mkostemp(name.data(), O_CLOEXEC);
-    if (m_descriptor < 0) Fail("cannot make a temporary file in " + m_folder);
+    if (m_descriptor < 0) Fail("cannot create a temporary file in " + m_folder);
     m_temporary = name;
 }
 

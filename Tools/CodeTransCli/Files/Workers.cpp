@@ -33,7 +33,7 @@ public:
     SharedPage()
         : m_page(mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
     {
-        if (m_page == MAP_FAILED) Fail("no memory to share");
+        if (m_page == MAP_FAILED) Fail("cannot allocate shared memory");
         new (m_page) Shared{};
     }
     ~SharedPage() { munmap(m_page, sizeof(Shared)); }
@@ -113,7 +113,7 @@ private:
     void Start()
     {
         int ends[2];
-        if (pipe(ends) != 0) Fail("cannot make a pipe");
+        if (pipe(ends) != 0) Fail("cannot create a pipe");
         fflush(nullptr);
         const pid_t child = fork();
         if (child < 0) Fail("cannot start a process");
@@ -166,12 +166,12 @@ private:
     // complaint.
     std::string Bury()
     {
-        std::string end = "not reached";
+        std::string end = "not processed";
         for (const pid_t child : m_children) {
             int status = 0;
             if (waitpid(child, &status, 0) != child || !WIFSIGNALED(status)) continue;
             if (WTERMSIG(status) == SIGPIPE) raise(SIGPIPE);
-            end = std::string("the process that had it was ended: ") + strsignal(WTERMSIG(status));
+            end = std::string("the process that worked on it was killed: ") + strsignal(WTERMSIG(status));
         }
         return end;
     }

@@ -5,7 +5,7 @@
 
 namespace
 {
-// Flawless UTF-8 that cannot be meant as `encoding`.
+// Valid UTF-8 that cannot be meant as `encoding`.
 bool IsUtf8ButNot(std::string_view text, const Encoding& encoding)
 {
     return IsFlawlessUtf8(text) && !IsPlausible(text, encoding);
@@ -34,7 +34,7 @@ std::string Contradiction(std::string_view head, const Identity& identity, const
         return "has the byte-order mark of " + identity.encoding->name;
     const bool ascii = AsciiLength(head) == head.size();
     if (!options.force && identity.mark == 0 && !ascii && IsUtf8ButNot(head, *options.from))
-        return "is flawless UTF-8 and not plausible as " + from + "; --force converts it as " + from;
+        return "is valid UTF-8 and not plausible as " + from + "; --force converts it as " + from;
     return {};
 }
 
@@ -61,9 +61,9 @@ void FollowDetection(const ConvertOptions& options, Identity& identity)
         identity.doubt = "binary; --from ENC converts it as text";
     } else if (identity.doubt.empty() && identity.mark == 0 && identity.margin < options.sure) {
         const std::string name = NameOf(identity.encoding);
-        identity.doubt = "looks like " + name + ", but only by a margin of " +
+        identity.doubt = "looks like " + name + ", but with a margin of only " +
                          std::to_string(identity.margin) + " (" + std::to_string(options.sure) +
-                         " are asked for); --from " + name + " or --sure " + std::to_string(identity.margin) +
+                         " is required); --from " + name + " or --sure " + std::to_string(identity.margin) +
                          " converts it";
     }
 }

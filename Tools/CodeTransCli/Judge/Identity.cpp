@@ -79,14 +79,16 @@ void IdentifyAscii(std::string_view head, bool isWhole, const Answer& answer, Id
     if (answer.code == ENCODE_UNICODE && (HasManyZeros(head) || answer.margin >= ENOUGH_MARGIN)) {
         identity.encoding = &UTF16LE;
         identity.margin = answer.margin;
-        if (!HasManyZeros(head)) identity.doubt = "looks like UTF-16LE but is ASCII, too; --from ENC decides";
+        if (!HasManyZeros(head))
+            identity.doubt = "looks like UTF-16LE but is also valid ASCII; --from ENC decides";
         return;
     }
     Certain(identity, FindSevenBit(head));
     if (identity.encoding == nullptr && HasManyZeros(head) && isWhole && IsUtf16Be(head, {}))
         identity.encoding = &UTF16BE;
     if (identity.encoding == &UTF7 || identity.encoding == &HZ)
-        identity.doubt = "looks like " + identity.encoding->name + " but is ASCII, too; --from ENC decides";
+        identity.doubt =
+            "looks like " + identity.encoding->name + " but is also valid ASCII; --from ENC decides";
     identity.ascii = identity.encoding == nullptr;
     if (identity.ascii) identity.encoding = &ASCII;
 }
@@ -138,6 +140,6 @@ Identity Identify(std::string_view head, bool isWhole)
     if (identity.binary)
         identity = {nullptr, 0, 0, false, true, {}};
     else if (identity.encoding == nullptr)
-        identity.doubt = "the encoding could not be told; --from ENC names it";
+        identity.doubt = "the encoding could not be detected; give it with --from ENC";
     return identity;
 }

@@ -1,4 +1,4 @@
-// What the bytes of a source are: by a byte-order mark, by being flawless UTF-8, by the escape sequences of a
+// What the bytes of a source are: by a byte-order mark, by being valid UTF-8, by the escape sequences of a
 // seven-bit encoding, or else by the detector's answer.
 #ifndef CODETRANSCLI_IDENTITY_H
 #define CODETRANSCLI_IDENTITY_H

@@ -1,4 +1,4 @@
-// Texts that are flawless UTF-8, ASCII among them, and whether they can be meant as something else.
+// Texts that are valid UTF-8, ASCII among them, and whether they can be meant as something else.
 #ifndef CODETRANSCLI_READING_H
 #define CODETRANSCLI_READING_H
 
@@ -9,7 +9,7 @@
 // More than one byte in eight, as where ASCII stands in UTF-16LE.
 bool HasManyZeros(std::string_view text);
 
-// Whether `text`, which is flawless UTF-8, can be meant as `encoding`.
+// Whether `text`, which is valid UTF-8, can be meant as `encoding`.
 //
 // GBK and Big5: each character beyond ASCII takes two bytes, and these are a common hanzi there. UTF-16LE:
 // the length is even, all units are hanzi or ASCII, and the library answers UTF-16LE; or many bytes are zero,
@@ -23,7 +23,7 @@ bool HasManyZeros(std::string_view text);
 bool IsPlausible(std::string_view text, const Encoding& encoding);
 
 // The encoding of `text`, which has something beyond ASCII and of which the detector says `answer`: UTF-8
-// where the text is flawless UTF-8, unless it is short and plausible as what the detector says. Text that is
+// where the text is valid UTF-8, unless it is short and plausible as what the detector says. Text that is
 // not whole may end inside a character.
 int Settled(std::string_view text, bool isWhole, int answer);
 

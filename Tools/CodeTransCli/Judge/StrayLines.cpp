@@ -42,7 +42,7 @@ void StrayLines::PassFlawless(std::string_view lines)
         lines.remove_prefix(std::min(line.size() + 1, lines.size()));
         if (IsUtf8BeyondChance(line) && ++m_found.count <= m_describe)
             m_found.described.push_back(
-                {m_line, AsciiLength(line) + 1, "from here to the end of the line, this is UTF-8"});
+                {m_line, AsciiLength(line) + 1, "from here to the end of the line, the text is UTF-8"});
         m_line += end != std::string_view::npos;
     }
 }

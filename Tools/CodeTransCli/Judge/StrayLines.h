@@ -15,7 +15,7 @@ public:
     // The next piece of the text. Lines should be whole: of a line that is cut, each part is looked at alone.
     void Pass(std::string_view text);
 
-    // A line counts when it is flawless UTF-8 and has four characters of three bytes or more.
+    // A line counts when it is valid UTF-8 and has four characters of three bytes or more.
     const Losses& Found() const { return m_found; }
 
 private:

@@ -31,7 +31,7 @@ std::string DescribeUnreadable(std::string_view bytes, Fault fault, const Encodi
         case Fault::LONE_HALF:
             return Hex(bytes) + " is half a surrogate pair";
         default:
-            return Hex(bytes) + " is no character of " + from.name;
+            return Hex(bytes) + " is not a character in " + from.name;
     }
 }
 }  // namespace
@@ -108,7 +108,7 @@ void Conversion::WriteUnits(std::string_view text, std::string& out)
         const Character odd = FirstOfUnits(rest);
         const std::string bytes =
             m_losses.described.size() < m_describe ? BytesOfUnit(text, m_units.size() - rest.size()) : "";
-        Lose(CodePoint(odd.codePoint) + (bytes.empty() ? "" : " (" + bytes + ")") + " has no place in " +
+        Lose(CodePoint(odd.codePoint) + (bytes.empty() ? "" : " (" + bytes + ")") + " does not exist in " +
                  m_to->name,
              out);
         m_encoder->WriteSubstitute(out);

@@ -32,11 +32,11 @@ std::string ParseClass(const std::string& line, TextClass& parsed)
     std::string role, script;
     if (!(cells >> parsed.name >> role >> script >> parsed.weight >> parsed.pairs))
         return "a class needs a name, a role, a script, a weight and a number of pairs";
-    if (parsed.weight < 0) return "a weight is 0 or more";
+    if (parsed.weight < 0) return "a weight must be 0 or more";
     if (!ParseRole(role, parsed.role)) return "there is no role '" + role + "'";
     if (script != "hans" && script != "hant" && script != "-") return "there is no script '" + script + "'";
     if (IsChinese(parsed.role) == (script == "-"))
-        return "classes of Chinese text, and no other, are of the script hans or hant";
+        return "classes of Chinese text must have the script hans or hant, and others must not";
     parsed.isTraditional = script == "hant";
     std::getline(cells >> std::ws, parsed.title);
     return parsed.title.empty() ? "a class needs a title" : "";

@@ -87,7 +87,7 @@ Counted CountClass(const fs::path& folder, const TextClass& kind, std::ostream& 
     std::sort(files.begin(), files.end());
     for (const fs::path& file : files) {
         if (fs::file_size(file) == 0) {
-            report << file.string() << " is empty and counts for nothing\n";
+            report << file.string() << " is empty and was skipped\n";
             continue;
         }
         if (file.extension() == ".bin") {
@@ -123,7 +123,7 @@ std::string NamesOf(const std::vector<TextClass>& classes)
 // Folders by class; one that is no class's is most likely misspelt.
 std::map<std::string, fs::path> FoldersIn(const std::string& texts, const std::vector<TextClass>& classes)
 {
-    if (!fs::is_directory(texts)) throw std::runtime_error(texts + " is no folder");
+    if (!fs::is_directory(texts)) throw std::runtime_error(texts + " is not a folder");
     std::map<std::string, fs::path> folders;
     for (const auto& entry : fs::directory_iterator(texts)) {
         if (!entry.is_directory()) continue;
@@ -155,5 +155,5 @@ void CountTexts(const std::string& texts, const std::vector<TextClass>& classes,
         }
     }
     for (Counted& counted : all) Write(counted, statistics, report);
-    if (!others.empty()) report << "no texts, so the counts stay as they are: " << NamesOf(others) << '\n';
+    if (!others.empty()) report << "no texts, counts unchanged: " << NamesOf(others) << '\n';
 }

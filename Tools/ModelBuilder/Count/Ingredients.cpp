@@ -11,7 +11,7 @@ Ingredients::Ingredients(const std::string& data, const Recipe& theRecipe)
         const std::string counts = data + "/Statistics/" + kind.name + ".txt";
         if (!std::filesystem::exists(counts))
             throw std::runtime_error("the class '" + kind.name + "' has no counts in " + counts +
-                                     ": let ModelBuilder count texts of it first");
+                                     "; run ModelBuilder count with texts of this class first");
         CountedClass counted{.kind = kind, .counts = Statistics::Read(counts)};
         for (const auto& [character, entry] : counted.counts.characters) counted.size += entry.total;
         classes.push_back(std::move(counted));

@@ -131,7 +131,7 @@ public:
             corrected += mended;
         }
         ErrorsByCost();  // says what is left
-        std::cerr << corrected << " short texts put right\n";
+        std::cerr << corrected << " short texts corrected\n";
     }
 
 private:

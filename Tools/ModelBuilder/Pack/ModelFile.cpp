@@ -39,7 +39,7 @@ std::vector<TrieNode> NodesOfModel(const std::string& content)
 {
     const int count = content.size() < NODES_AT ? -1 : IntegerAt(content, NODES_AT - 4);
     if (count < 1 || content.size() < NODES_AT + NODE_SIZE * static_cast<size_t>(count))
-        throw std::runtime_error("a model file is not whole, or is none");
+        throw std::runtime_error("a model file is truncated or not a model file");
     std::vector<TrieNode> nodes;
     for (size_t at = NODES_AT; nodes.size() < static_cast<size_t>(count); at += NODE_SIZE)
         nodes.push_back({.nBase = IntegerAt(content, at),

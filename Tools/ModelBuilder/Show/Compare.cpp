@@ -41,7 +41,7 @@ int CodeOfLabel(const std::string& label)
     for (const Candidate c : ALL_CANDIDATES)
         if (label == LABELS[c]) return CODES[c];
     throw std::runtime_error("the folder '" + label +
-                             "' has no label's name: gbk, big5, utf-8, utf-16le or undecided");
+                             "' must be named gbk, big5, utf-8, utf-16le or undecided");
 }
 
 size_t LengthOf(const std::string& line, size_t at, int code)
@@ -106,8 +106,8 @@ public:
 
     void Print(std::ostream& out) const
     {
-        out << std::left << std::setw(12) << "label" << std::setw(16) << "pieces" << std::right
-            << std::setw(9) << "judged" << std::setw(9) << "old %" << std::setw(9) << "new %" << '\n'
+        out << std::left << std::setw(12) << "label" << std::setw(16) << "texts" << std::right << std::setw(9)
+            << "number" << std::setw(9) << "old %" << std::setw(9) << "new %" << '\n'
             << std::fixed << std::setprecision(2);
         for (const auto& [key, tally] : m_tallies) {
             out << std::left << std::setw(12) << key.first << std::setw(16) << key.second << std::right
@@ -141,7 +141,7 @@ private:
 void CompareModels(const std::string& oldModel, const std::string& newModel, const std::string& folder,
                    std::ostream& out)
 {
-    if (!fs::is_directory(folder)) throw std::runtime_error(folder + " is no folder");
+    if (!fs::is_directory(folder)) throw std::runtime_error(folder + " is not a folder");
     CComparison comparison(oldModel, newModel);
     std::map<std::string, std::string> files;  // path to label, sorted
     for (const auto& label : fs::directory_iterator(folder)) {

@@ -81,7 +81,7 @@ std::string AnswerText(int code)
 // The decision's rules in their order, with the numbers at hand. What it comes to is asked of the library.
 void PrintDecision(const Scores& s, std::ostream& out)
 {
-    out << s.highBytes << " bytes of 80 and above\n";
+    out << s.highBytes << " bytes beyond ASCII\n";
     if (s.decidedCode != 0) {
         out << "a state ended the walk: " << AnswerText(s.decidedCode) << '\n';
         return;
@@ -98,16 +98,16 @@ void PrintDecision(const Scores& s, std::ostream& out)
         out << std::left << std::setw(9) << CANDIDATE_NAMES[row.candidate] << "sum "
             << static_cast<int>(row.sum) << ", " << row.positive << " positive states; it needs ";
         if (row.candidate == CANDIDATE_GBK && s.highBytes == 0) {
-            out << "none, as no byte is beyond ASCII\n";
+            out << "none, because all bytes are ASCII\n";
         } else {
             out << "more than " << s.highBytes / row.part << " (" << row.partName << " of those bytes)\n";
         }
     }
-    out << "UTF-16LE sum " << static_cast<int>(s.sumUnicode) << ", " << s.positiveUnicode
-        << " positive states and " << s.nonPositiveUnicode << " others; it needs "
-        << 10 * s.nonPositiveUnicode + 1 << " (ten for each other one, and one)\n"
-        << "the highest sum wins, the earlier of equal ones; without enough positive states it wins nothing, "
-           "but UTF-16LE leaves the win to the next\n"
+    out << "UTF-16LE sum " << static_cast<int>(s.sumUnicode) << ", " << s.positiveUnicode << " positive and "
+        << s.nonPositiveUnicode << " other states; it needs " << 10 * s.nonPositiveUnicode + 1
+        << " (ten for each other state, plus one)\n"
+        << "the highest sum wins, of equal ones the first; without enough positive states the text is "
+           "undecided, but for UTF-16LE the next sum decides\n"
         << "answer: " << AnswerText(Decide(s)) << '\n';
 }
 
@@ -148,7 +148,7 @@ void ExplainWalk(const States& states, const std::string& bytes, size_t rows, st
         PrintStep(i, bytes[i], entered, value, sums, out);
         if (TrieValueCode(value) != 0) break;
     }
-    if (bytes.size() > rows) out << "... and " << bytes.size() - rows << " bytes more\n";
+    if (bytes.size() > rows) out << "... and " << bytes.size() - rows << " more bytes\n";
     out << '\n';
     PrintDecision(CAutomaton(states).ScoresOf(bytes), out);
 }
@@ -184,5 +184,5 @@ Candidate CandidateOf(const std::string& name)
     };
     for (const Candidate c : ALL_CANDIDATES)
         if (lower(name) == lower(CANDIDATE_NAMES[c])) return c;
-    throw std::runtime_error("'" + name + "' is none of GBK, Big5, UTF-8 and UTF-16LE");
+    throw std::runtime_error("'" + name + "' is not one of GBK, Big5, UTF-8 and UTF-16LE");
 }

@@ -71,7 +71,7 @@ TEST(Counting, WithoutTextsTheCountsStay)
     EXPECT_EQ(ReadBytes("statistics/latin-1.txt"), "as before");
     EXPECT_NE(ReadBytes("statistics/names.txt"), "as before");
     for (const std::string notice : {"empty.txt is empty", "read.me is not counted",
-                                     "no texts, so the counts stay as they are: news, latin-1\n"})
+                                     "no texts, counts unchanged: news, latin-1\n"})
         EXPECT_NE(report.find(notice), std::string::npos) << report;
 }
 
@@ -105,11 +105,11 @@ TEST(Classes, ALineThatIsNoneIsNamedWithItsFault)
         {"a prose hans 1", "line 1: a class needs a name"},
         {"a verse hans 1 9 Title", "there is no role 'verse'"},
         {"a prose latin 1 9 Title", "there is no script 'latin'"},
-        {"a prose - 1 9 Title", "of the script hans or hant"},
-        {"a bytes hant 1 9 Title", "of the script hans or hant"},
+        {"a prose - 1 9 Title", "the script hans or hant"},
+        {"a bytes hant 1 9 Title", "the script hans or hant"},
         {"a prose hans 1 9", "needs a title"},
         {hans + "\n# two\n" + hans, "line 4: the class 'a' is listed twice"},
-        {"a prose hans -1 9 Title", "a weight is 0 or more"}};
+        {"a prose hans -1 9 Title", "a weight must be 0 or more"}};
     const TempFolder folder;
     for (const auto& [content, fault] : CASES) {
         WriteBytes("Classes.txt", content);

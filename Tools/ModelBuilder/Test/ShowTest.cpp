@@ -24,7 +24,7 @@ TEST(Explain, NamesStatesSumsAndTheRuleThatDecides)
     for (const char* line :
          {"1       D0       M D6D0          M D6  ", "+3        +2        -1        -9   3 2 -1 -9\n",
           "2       21 '!'   M 21            M    ", "-         -         -         -   3 2 -1 -9\n",
-          "... and 1 bytes more\n", "GBK      sum 6, 2 positive states; it needs more than 1 ",
+          "... and 1 more bytes\n", "GBK      sum 6, 2 positive states; it needs more than 1 ",
           "\nanswer: GBK\n"})
         EXPECT_NE(out.str().find(line), std::string::npos) << line << "\nin\n" << out.str();
 }

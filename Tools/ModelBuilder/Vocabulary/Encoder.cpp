@@ -38,7 +38,7 @@ std::vector<uint16_t> ReadMapping(const std::string& path)
         std::string cell;
         cells >> cell;
         const std::string pair = FromHex(cell);
-        if (pair.size() != 2) throw std::runtime_error("no pair at the start of a line of " + path);
+        if (pair.size() != 2) throw std::runtime_error("a line does not begin with a byte pair in " + path);
         const auto lead = static_cast<unsigned char>(pair[0]);
         for (auto trail = static_cast<unsigned char>(pair[1]); cells >> cell; ++trail)
             if (cell != "----")

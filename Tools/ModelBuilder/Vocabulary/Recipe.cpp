@@ -16,7 +16,7 @@ void Assign(Number& number, const std::string& name, const std::string& value)
     std::istringstream in(value);
     if (value.starts_with("-") != (value[0] == '-' && Number(-1) < Number(0)) || !(in >> number) ||
         in.peek() != std::istringstream::traits_type::eof())
-        throw std::runtime_error("'" + value + "' is no value for " + name);
+        throw std::runtime_error("'" + value + "' is not a valid value for " + name);
 }
 
 // Words in indented lines.
