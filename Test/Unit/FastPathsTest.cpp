@@ -271,11 +271,12 @@ TEST_F(FastWalking, AddsUpTheSameOnRandomAutomata)
 TEST_F(FastWalking, SeesWhatALetterAdds)
 {
     constexpr int HUB = 3000, FIRST = 2000 + 0xB0;
-    for (const unsigned char odd : {'a', '\n'}) {
+    for (const char odd : {'a', '\n'}) {
         m_trie.assign(NODES, {2500, -1, 0, TRIE_VALUE_NONE});
         m_trie[0].nBase = 2000, m_trie[HUB].nBase = 1000, m_trie[FIRST].nBase = 500;
         for (unsigned char letter = 1; letter < 0x80; ++letter) {
-            Add(0, letter, HUB, letter == odd ? PackTrieValue(0, {1, 0, 0, 0}) : TRIE_VALUE_NONE);
+            Add(0, letter, HUB,
+                static_cast<char>(letter) == odd ? PackTrieValue(0, {1, 0, 0, 0}) : TRIE_VALUE_NONE);
             Add(HUB, letter, 0, TRIE_VALUE_NONE);
         }
         Add(Add(0, 0xB0, 0, TRIE_VALUE_NONE), 0xB1, 0,

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
+#include <new>
 #include <set>
 #include <thread>
 
@@ -29,7 +30,7 @@ public:
     void Add(size_t task, ConvertedFile file, const Workers::Send& send)
     {
         m_waiting.push_back({task, std::move(file)});
-        // File descriptors are held open, of which a process has 1,024 at least.
+        // File descriptors are held open, of which a process mostly has 1,024.
         constexpr size_t MOST = 256;
         if (m_waiting.size() >= MOST) Finish(send);
     }
@@ -58,19 +59,22 @@ private:
             step();
         } catch (const std::exception& error) {
             one.file.target.reset();
-            one.file.report = {Outcome::FAILED, {}, Remark(m_inputs.files[one.task].path, error.what())};
+            one.file.report = FailureReport(m_options, m_inputs.files[one.task], error.what());
         }
     }
 
-    // All of each file system on which a file is replaced.
+    // All of each file system on which a file is replaced. What cannot be flushed fails.
     void Flush()
     {
-        std::map<dev_t, const Target*> one;
-        for (const Waiting& waiting : m_waiting)
-            if (waiting.file.target != nullptr)
-                one[waiting.file.target->Device()] = waiting.file.target.get();
-        for (const auto& [device, target] : one)
-            if (syncfs(target->Descriptor()) != 0) Fail("cannot flush " + target->Folder());
+        std::map<dev_t, bool> flushed;
+        for (Waiting& one : m_waiting)
+            Try(one, [&] {
+                const Target& target = *one.file.target;
+                if (!target.Replaces()) return;
+                const auto [place, isNew] = flushed.try_emplace(target.Device(), false);
+                if (isNew) place->second = syncfs(target.Descriptor()) == 0;
+                if (!place->second) Fail("cannot flush " + target.Folder());
+            });
     }
 
     const Inputs& m_inputs;
@@ -133,10 +137,16 @@ int Convert(const CommonOptions& common, const ConvertOptions& options)
     const auto threads =
         single ? static_cast<unsigned>(options.input.jobs != 0 ? options.input.jobs : processors) : 1;
     session.work = [&](size_t task, const Workers::Progress& progress, const Workers::Send& send) {
-        ConvertedFile file = ConvertFile(common, options, inputs.files[task], progress, threads);
-        if (single && file.target != nullptr) {
-            file.target->Commit(options.backupSuffix);
-            file.target.reset();
+        const Input& input = inputs.files[task];
+        ConvertedFile file;
+        try {
+            file = ConvertFile(common, options, input, progress, threads);
+            if (single && file.target != nullptr) file.target->Commit(options.backupSuffix);
+            if (single) file.target.reset();
+        } catch (const std::bad_alloc&) {
+            file = {FailureReport(options, input, "out of memory"), nullptr};
+        } catch (const std::exception& error) {
+            file = {FailureReport(options, input, error.what()), nullptr};
         }
         batch.Add(task, std::move(file), send);
     };

@@ -42,6 +42,31 @@ std::string Characters(uint64_t count)
     return std::to_string(count) + (count == 1 ? " character" : " characters");
 }
 
+// What is reported of a file.
+struct Record {
+    const Encoding* source;
+    uint64_t bytes, written, lost;
+    Outcome outcome;
+    std::string reason;
+};
+
+std::string JsonLine(const ConvertOptions& options, const Input& input, const Record& record)
+{
+    using Json = nlohmann::ordered_json;
+    constexpr const char* OUTCOMES[] = {"converted", "unchanged", "skipped", "converted with losses",
+                                        "undecided", "refused",   "failed"};
+    const Json line = {{"name", Readable(input.path)},
+                       {"nameBytes", Base64(input.path)},
+                       {"source", record.source != nullptr ? Json(record.source->name) : Json()},
+                       {"target", options.to->name},
+                       {"bytes", record.bytes},
+                       {"bytesWritten", record.written},
+                       {"charactersLost", record.lost},
+                       {"outcome", OUTCOMES[static_cast<size_t>(record.outcome)]},
+                       {"reason", record.reason}};
+    return line.dump() + "\n";
+}
+
 class FileConverter
 {
 public:
@@ -489,20 +514,10 @@ private:
     std::string Json(const Report& report) const
     {
         const bool kept = report.outcome == Outcome::DONE || report.outcome == Outcome::LOSSY;
-        constexpr const char* OUTCOMES[] = {"converted", "unchanged", "skipped", "converted with losses",
-                                            "undecided", "refused",   "failed"};
-        const bool known = m_identity.encoding != nullptr && !m_lines;
-        const nlohmann::ordered_json line = {
-            {"name", Readable(m_input.path)},
-            {"nameBytes", Base64(m_input.path)},
-            {"source", known ? nlohmann::ordered_json(m_identity.encoding->name) : nlohmann::ordered_json()},
-            {"target", m_options.to->name},
-            {"bytes", m_source.Size()},
-            {"bytesWritten", kept || m_output.IsPartial() ? m_output.Written() : 0},
-            {"charactersLost", m_lost},
-            {"outcome", OUTCOMES[static_cast<size_t>(report.outcome)]},
-            {"reason", m_reason}};
-        return line.dump() + "\n";
+        const Encoding* const source = m_lines ? nullptr : m_identity.encoding;
+        return JsonLine(m_options, m_input,
+                        {source, m_source.Size(), kept || m_output.IsPartial() ? m_output.Written() : 0,
+                         m_lost, report.outcome, m_reason});
     }
 
     const CommonOptions& m_common;
@@ -536,4 +551,11 @@ ConvertedFile ConvertFile(const CommonOptions& common, const ConvertOptions& opt
                           const Workers::Progress& progress, unsigned threads)
 {
     return FileConverter(common, options, input, progress, threads).Run();
+}
+
+Report FailureReport(const ConvertOptions& options, const Input& input, const std::string& why)
+{
+    const std::string result =
+        options.json ? JsonLine(options, input, {nullptr, 0, 0, 0, Outcome::FAILED, why}) : "";
+    return {Outcome::FAILED, result, Remark(input.path, why)};
 }

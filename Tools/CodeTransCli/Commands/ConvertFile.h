@@ -19,4 +19,7 @@ struct ConvertedFile {
 ConvertedFile ConvertFile(const CommonOptions& common, const ConvertOptions& options, const Input& input,
                           const Workers::Progress& progress, unsigned threads);
 
+// Of a file that could not be read or written.
+Report FailureReport(const ConvertOptions& options, const Input& input, const std::string& why);
+
 #endif  // CODETRANSCLI_CONVERT_FILE_H
