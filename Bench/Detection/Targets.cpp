@@ -22,14 +22,14 @@ const Target TARGETS[] = {
     {"UTF-8, other languages: lines", "world-line", "", 0, ANY, 99.5, NONE, 98},
     {"UTF-8, other languages: pieces of 1,000 bytes", "world-piece", "", 0, ANY, 100, NONE, NONE},
     {"UTF-8, other languages: whole files", "world-file", "", 0, ANY, 100, NONE, NONE},
-    {"ASCII with signs in UTF-8", "signs", "", 0, ANY, 99, NONE, NONE},
+    {"ASCII with symbols in UTF-8", "signs", "", 0, ANY, 99, NONE, NONE},
     {"UTF-16LE, other languages: lines", "world16-line", "", 0, ANY, 99, NONE, NONE},
     {"UTF-16LE, other languages: 500 characters", "world16-piece", "", 0, ANY, 100, NONE, NONE},
     {"Chinese beyond U+FFFF", "supplement", "", 8, ANY, 99.9, NONE, NONE},
     {"Chinese with small forms, kana, Hangul ...", "forms", "", 8, ANY, 99.9, NONE, NONE},
     {"terminal art: lines", "art-line", "", 0, ANY, 97, NONE, NONE},
     {"terminal art: whole files", "art-file", "", 0, ANY, 99.9, NONE, NONE},
-    {"one word among ASCII, behind a boundary", "word", "", 0, ANY, 99.3, NONE, NONE},
+    {"one word among ASCII, after a boundary", "word", "", 0, ANY, 99.3, NONE, NONE},
     {"one or two hanzi among ASCII, anywhere", "sparse", "", 0, ANY, 99.3, NONE, NONE},
     {"GBK without its first byte", "headless", "", 8, ANY, 99, NONE, NONE},
     {"Chinese, 2 characters", "windows", "", 2, 2, 99.4, 99.1, NONE},
@@ -53,7 +53,7 @@ const Target TARGETS[] = {
     {"ASCII from 8 bytes", "ascii", "", 8, ANY, 100, NONE, NONE},
     {"UTF-16BE and UTF-32", "unicode", "", 64, ANY, NONE, NONE, 95},
     {"GB18030 with four-byte characters", "gb18030", "", 16, ANY, 99.9, NONE, NONE},
-    {"two characters behind a byte-order mark", "mark", "", 0, ANY, 100, NONE, NONE},
+    {"two characters after a byte-order mark", "mark", "", 0, ANY, 100, NONE, NONE},
 };
 
 struct Worst {
@@ -99,7 +99,7 @@ void PrintFigure(double figure, double target, const std::string& name)
 
 void PrintBehind(const Target& target, const Result& result)
 {
-    std::cout << "    behind " << target.each << ':';
+    std::cout << "    below " << target.each << ':';
     for (const auto& [name, cell] : result.kinds)
         if (cell.all >= 20 && cell.Percent() < target.each)
             std::cout << ' ' << name << ' ' << cell.Percent() << ',';

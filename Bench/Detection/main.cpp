@@ -1,12 +1,12 @@
-// The judge: how often each detector names the right encoding, by test, encoding, kind of text and length.
+// Measures how often each detector finds the right encoding, by test, encoding, kind of text and length.
 //
 // Usage: DetectionJudge ROOT TEXTS OUTPUT [COUNT [JSCHARDET]]
-//   ROOT       folder whose Data/CodeTrans.model is judged
-//   TEXTS      one part of what fetch-judge-texts collected: its folder "choose" or "final"
-//   OUTPUT     folder for accuracy.tsv, accuracy.svg and errors.txt (our errors: test, kind, answer, bytes)
-//   COUNT      samples a cell, 100 by default; +COUNT judges the library alone
-//   JSCHARDET  folder of the npm package, judged through node
-// The table goes to standard output, then how many bytes of a file decide it (Early.h), then the targets.
+//   ROOT       folder that contains the model as Data/CodeTrans.model
+//   TEXTS      a folder that fetch-judge-texts wrote: its folder "choose" or "final"
+//   OUTPUT     folder for accuracy.tsv, accuracy.svg and errors.txt (test, kind, answer, bytes)
+//   COUNT      samples per kind, encoding and length, 100 by default; +COUNT measures the library alone
+//   JSCHARDET  folder of the npm package, which is run by node
+// Prints the table, then how many bytes of a file decide it (Early.h), then the targets.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>

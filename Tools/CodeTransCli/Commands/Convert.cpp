@@ -144,7 +144,7 @@ int Convert(const CommonOptions& common, const ConvertOptions& options)
             if (single && file.target != nullptr) file.target->Commit(options.backupSuffix);
             if (single) file.target.reset();
         } catch (const std::bad_alloc&) {
-            file = {FailureReport(options, input, "there is not enough memory for it"), nullptr};
+            file = {FailureReport(options, input, "out of memory"), nullptr};
         } catch (const std::exception& error) {
             file = {FailureReport(options, input, error.what()), nullptr};
         }

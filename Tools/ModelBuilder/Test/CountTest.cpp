@@ -70,8 +70,8 @@ TEST(Counting, WithoutTextsTheCountsStay)
     EXPECT_EQ(ReadBytes("statistics/news.txt"), "as before");
     EXPECT_EQ(ReadBytes("statistics/latin-1.txt"), "as before");
     EXPECT_NE(ReadBytes("statistics/names.txt"), "as before");
-    for (const std::string notice : {"empty.txt is empty", "read.me is not counted",
-                                     "no texts, counts unchanged: news, latin-1\n"})
+    for (const std::string notice :
+         {"empty.txt is empty", "read.me is not counted", "no texts, counts unchanged: news, latin-1\n"})
         EXPECT_NE(report.find(notice), std::string::npos) << report;
 }
 
