@@ -41,7 +41,7 @@ TEST(Judge, IdentifiesWhatItReads)
         {"\0\0\x4E\x2D\0\0\x65\x87"s, "UTF-32BE", MOST_MARGIN, MOST_MARGIN, false},
         {GBK_TEXT + "\x95\x32\x82\x36", "GB18030", ENOUGH_MARGIN, MOST_MARGIN, false},
         {"plain text\n", "ASCII", MOST_MARGIN, MOST_MARGIN, false},
-        {"~{VPND~}\n", "HZ", MOST_MARGIN, MOST_MARGIN, true},
+        {"~{VPND~}\n", "HZ", MOST_MARGIN, MOST_MARGIN, false},
         {"+Ti1lhw-\n", "UTF-7", MOST_MARGIN, MOST_MARGIN, true},
         {"\x1B$)A\x0EVPND\x0F\n", "ISO-2022-CN", MOST_MARGIN, MOST_MARGIN, false},
         {"x = a+b; ~{;~}", "ASCII", MOST_MARGIN, MOST_MARGIN, false},

@@ -79,7 +79,8 @@ struct CommandLine {
         if (to.empty()) throw UsageError{"--to is required: the encoding to write, such as utf-8"};
         const NamedEncoding target = EncodingFor(to);
         convert.to = target.encoding;
-        if (convert.to == &HZ) throw UsageError{"HZ can be read, but not written"};
+        if (convert.to == &HZ || convert.to == &UTF7)
+            throw UsageError{convert.to->name + " can be read, but not written"};
         if (!from.empty()) {
             const NamedEncoding source = EncodingFor(from);
             convert.from = source.encoding;
@@ -101,6 +102,12 @@ struct CommandLine {
     {
         if (suffix.find('/') != std::string::npos)
             throw UsageError{"the suffix of a backup cannot contain '/'"};
+    }
+
+    static void CheckOnly(const std::vector<std::string>& names)
+    {
+        for (const std::string& name : names)
+            if (name != "unknown" && name != "binary") EncodingFor(name);
     }
 
     static void CheckInput(const FileOptions& input)
@@ -233,7 +240,7 @@ int PrintEncodings()
 {
     for (const auto& [encoding, names] : KnownEncodings()) {
         for (size_t i = 0; i < names.size(); ++i) std::cout << (i == 0 ? "" : " ") << names[i];
-        std::cout << (encoding == &HZ ? "  (read only)\n" : "\n");
+        std::cout << (encoding == &HZ || encoding == &UTF7 ? "  (read only)\n" : "\n");
     }
     std::cout << "and all that 'iconv --list' prints\n";
     return std::cout.flush() ? DONE : FAILED;
@@ -293,6 +300,7 @@ void SuggestWord(const CLI::App& app, int argc, char** argv)
                 std::cerr << "codetrans: '" << word << "' is unknown; did you mean '" << likely << "'?\n";
                 return;
             }
+            if (likely.empty() && !isOption) std::cerr << "codetrans: '" << word << "' is no command\n";
         }
         first = first && word.rfind('-', 0) == 0;
     }
@@ -343,6 +351,7 @@ int Run(int argc, char** argv)
         app.parse(Arguments(argc, argv));
         if (convert->parsed() && line.list) return PrintEncodings();
         if (detect->parsed()) line.CheckInput(line.detect.input);
+        if (detect->parsed()) line.CheckOnly(line.detect.only);
         if (convert->parsed()) line.CheckInput(line.convert.input);
         if (restore->parsed()) line.CheckInput(line.restore.input);
         if (convert->parsed()) line.Settle();

@@ -115,6 +115,7 @@ void Summarise(const OutcomeCounts& counts, bool dryRun)
     std::string text;
     for (size_t i = 0; i < std::size(NAMES); ++i)
         if (counts[i] > 0) text += (text.empty() ? "" : ", ") + std::to_string(counts[i]) + " " + NAMES[i];
+    if (text.empty()) text = "no files";
     std::cerr << "codetrans: " << (dryRun ? "dry run, nothing was written; it would be: " : "") << text
               << '\n';
 }

@@ -183,6 +183,11 @@ private:
         m_ownMark = m_same ? m_options.mark.value_or(m_identity.mark != 0) : WantsMark(m_options);
         m_copies = m_same && m_options.lineEnd == LineEnd::KEPT;
         if (const auto fault = Transcode(m_copies ? nullptr : m_options.to)) return *fault;
+        if (const std::string other = TakenFor();
+            !other.empty() && m_options.inPlace && m_options.from == nullptr)
+            return Refused("not converted: the result would be taken for " + other +
+                           ", and a second run would convert it again; --from " + m_identity.encoding->name +
+                           " converts it");
         Finish();
         return Converted(m_identity.encoding->name);
     }
@@ -367,7 +372,9 @@ private:
         const Encoding* current = nullptr;
         size_t begin = 0;
         for (size_t at = 0; at < chunk.size();) {
-            const std::string_view line = chunk.substr(at, chunk.find('\n', at) + 1 - at);
+            const size_t lineEnd = chunk.find('\n', at);
+            const std::string_view line =
+                chunk.substr(at, lineEnd == std::string_view::npos ? lineEnd : lineEnd + 1 - at);
             const Encoding* const encoding = m_lines->EncodingOfLine(line);
             if (current != nullptr && encoding != current && encoding != &ASCII && current != &ASCII) {
                 PassRun(chunk.substr(begin, at - begin), *current);
@@ -498,6 +505,17 @@ private:
                                              : "warning: " + declaration.kind + " still says " +
                                                    declaration.name + "; --fix-declarations changes it");
         return text;
+    }
+
+    // The encoding that a later run would clearly take the result for, if it is not the one that it is in.
+    std::string TakenFor() const
+    {
+        if (m_same || m_ownMark || m_output.Head().empty()) return {};
+        const Identity again = Identify(m_output.Head(), m_output.Written() == m_output.Head().size());
+        const bool right = again.encoding == m_options.to || again.ascii ||
+                           (m_options.to == &GB18030 && again.encoding == &GBK);
+        return right || again.encoding == nullptr || again.margin < m_options.sure ? ""
+                                                                                   : again.encoding->name;
     }
 
     // A result that would not be recognised could be converted once more by a second run.

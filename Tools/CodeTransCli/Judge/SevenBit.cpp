@@ -67,6 +67,20 @@ const Encoding* FindSevenBit(std::string_view text)
     return HasUtf7(text) ? &UTF7 : nullptr;
 }
 
+bool HasCommonHz(std::string_view text)
+{
+    size_t hanzi = 0;
+    for (size_t at = text.find("~{"); at != std::string_view::npos; at = text.find("~{", at)) {
+        const size_t end = std::min(text.find("~}", at), text.size());
+        for (at += 2; at + 1 < end && text[at] > ' '; at += 2) {
+            const bool isHanzi = text[at] >= 0x30 && text[at] <= 0x57;
+            if (!isHanzi && (text[at] < 0x21 || text[at] > 0x23)) return false;
+            hanzi += isHanzi;
+        }
+    }
+    return hanzi >= 2;
+}
+
 const Encoding* FindUtf32(std::string_view text)
 {
     if (text.size() % 4 != 0 || text.empty()) return nullptr;

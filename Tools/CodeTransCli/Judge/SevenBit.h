@@ -10,6 +10,10 @@
 // it; else null. Text of C or shell can look like UTF-7 or HZ by chance.
 const Encoding* FindSevenBit(std::string_view text);
 
+// Whether `text`, which can be read as HZ, has two hanzi or more and only common ones: GB 2312's rows of
+// punctuation (21 to 23) and of the first level (30 to 57). That is hardly ever chance.
+bool HasCommonHz(std::string_view text);
+
 // UTF-32 if all of `text` is; else null.
 const Encoding* FindUtf32(std::string_view text);
 
