@@ -55,7 +55,7 @@ size_t UsualUnits(std::string_view text, bool bigEndian)
     for (size_t i = 0; i + 1 < text.size(); i += 2) {
         const auto first = static_cast<unsigned char>(text[i]),
                    second = static_cast<unsigned char>(text[i + 1]);
-        const unsigned unit = bigEndian ? first << 8U | second : second << 8U | first;
+        const int unit = bigEndian ? first << 8 | second : second << 8 | first;
         usual += (unit >= 0x20 && unit < 0x7F) || (unit >= 0x09 && unit <= 0x0D) ||
                  (unit >= 0x3000 && unit < 0x3100) || (unit >= 0x4E00 && unit < 0xA000) ||
                  (unit >= 0xFF00 && unit < 0xFFF0) || (unit >= 0x2010 && unit < 0x2040) ||
