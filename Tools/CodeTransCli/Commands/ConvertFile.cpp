@@ -314,6 +314,7 @@ private:
                               to = m_to, copies = m_copies, describe = Shown()] {
             Job job;
             job.conversion = std::make_unique<Conversion>(*from, to, describe);
+            job.out.reserve(2 * text.size());
             for (size_t used = 0; used < text.size();) {
                 const std::string_view piece = std::string_view(text).substr(used, PIECE);
                 const bool ends = used + piece.size() == text.size();

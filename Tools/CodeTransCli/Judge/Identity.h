@@ -9,7 +9,7 @@
 #include "Encoding.h"
 
 // Of a source that is longer, the decision is taken on so much of it, from its first byte beyond ASCII on.
-constexpr size_t HEAD_BYTES = 8 << 20;
+constexpr size_t HEAD_BYTES = 4 << 20;
 
 struct Identity {
     const Encoding* encoding = nullptr;  // null for binaries, and where it could not be told
