@@ -60,7 +60,7 @@ struct Window {
 // Exactly `count` bytes from one place to another.
 TARGET_AVX2 void Place(void* to, const void* from, unsigned long count)
 {
-    constexpr unsigned long SHORT = 256;  // memcpy is called for less than it costs beyond
+    constexpr unsigned long SHORT = 256;  // up to here a call of memcpy costs more than this loop
     if (count < 32 || count > SHORT) {
         memcpy(to, from, count);
         return;
