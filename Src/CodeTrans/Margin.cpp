@@ -1,6 +1,7 @@
 #include "Margin.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "FastPaths.h"
 
@@ -30,13 +31,14 @@ long Lead(const Scores& scores, int code)
 Answer AnswerOf(const Scores& scores)
 {
     const int code = Decide(scores);
-    if (code == ENCODE_UNKNOWN) return {code, 0};
-    if (scores.decidedCode != 0) return {code, MOST_MARGIN};
+    if (code == ENCODE_UNKNOWN) return {code, 0, false};
+    if (scores.decidedCode != 0) return {code, MOST_MARGIN, false};
     constexpr long FEW = 4;  // bytes: two characters of GBK or Big5
     const long lead = std::max(Lead(scores, code), 0L);
     const bool divides = code != ENCODE_UTF8 && scores.highBytes > FEW;
     const long margin = divides ? lead * FEW / scores.highBytes : lead;
-    return {code, static_cast<int>(std::min<long>(margin, MOST_MARGIN))};
+    const bool ascii = code == ENCODE_GBK && scores.highBytes == 0;
+    return {code, static_cast<int>(std::min<long>(margin, MOST_MARGIN)), ascii};
 }
 
 void WalkOn(const char* text, unsigned long length, WalkPosition& position)
@@ -47,4 +49,19 @@ void WalkOn(const char* text, unsigned long length, WalkPosition& position)
         FastWalk(g_pstTrieTable, nodeCount, text, length, position);
     else
         Walk(g_pstTrieTable, nodeCount, text, length, position);
+}
+
+Answer AnswerFor(const char* text, unsigned long length)
+{
+    WalkPosition position;
+    WalkOn(text, length, position);
+    return AnswerOf(position.scores);
+}
+
+unsigned long MarkLength(int code, const char* text, unsigned long length)
+{
+    const std::string_view bytes(text, length);
+    if (code == ENCODE_UTF8 && bytes.substr(0, 3) == "\xEF\xBB\xBF") return 3;
+    if (code == ENCODE_UNICODE && bytes.substr(0, 2) == "\xFF\xFE") return 2;
+    return 0;
 }

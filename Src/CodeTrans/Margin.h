@@ -24,6 +24,7 @@ constexpr int ENOUGH_MARGIN = 10;
 struct Answer {
     int code;    // as CodeTrans_CodeDetect gives it
     int margin;  // 0 to MOST_MARGIN
+    bool ascii;  // GBK, and no byte of 80 and above was met
 };
 
 // What the walk's totals say.
@@ -32,5 +33,13 @@ Answer AnswerOf(const Scores& scores);
 // Walks on over the next piece of a text, by the model that is loaded. Does nothing without one, and once
 // scores.decidedCode is not 0. Reentrant while the model stays loaded.
 void WalkOn(const char* text, unsigned long length, WalkPosition& position);
+
+// The answer for a whole text, with the code that CodeTrans_CodeDetect gives. A model must be loaded.
+// Reentrant while it stays so.
+Answer AnswerFor(const char* text, unsigned long length);
+
+// Bytes of the byte-order mark with which a text in the encoding `code` begins: 3 for UTF-8, 2 for UTF-16LE,
+// 0 without a mark.
+unsigned long MarkLength(int code, const char* text, unsigned long length);
 
 #endif  // CODETRANS_MARGIN_H

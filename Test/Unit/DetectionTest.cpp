@@ -117,6 +117,15 @@ TEST(Detection, TellsHowClearItsAnswerIs)
     undecided.positiveGbk = 1;
     EXPECT_EQ(AnswerOf(undecided).code, ENCODE_UNKNOWN);
     EXPECT_EQ(AnswerOf(undecided).margin, 0);
+    EXPECT_TRUE(AnswerOf(Scores{}).ascii);
+    EXPECT_FALSE(AnswerOf(scores(20, 5, -9, 8, 4)).ascii);
+
+    const std::string marked =
+        "\xEF\xBB\xBF"
+        "a";
+    EXPECT_EQ(MarkLength(ENCODE_UTF8, marked.data(), marked.size()), 3U);
+    EXPECT_EQ(MarkLength(ENCODE_UTF8, marked.data(), 2), 0U);
+    EXPECT_EQ(MarkLength(ENCODE_UNICODE, "\xFF\xFE", 2), 2U);
 }
 
 TEST(Detection, WithoutAModelActsAsWithoutChildren)

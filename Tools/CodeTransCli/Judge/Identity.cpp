@@ -43,9 +43,7 @@ bool LooksBinary(std::string_view bytes, const Encoding* encoding)
 
 Answer Detect(std::string_view text)
 {
-    WalkPosition position;
-    WalkOn(text.data(), text.size(), position);
-    return AnswerOf(position.scores);
+    return AnswerFor(text.data(), text.size());
 }
 
 // ASCII, hanzi, and the punctuation and lines that go with them, in percent of the units.

@@ -27,9 +27,7 @@ const Encoding* LineReader::ClearEncodingOf(std::string_view line) const
 {
     if (AsciiLength(line) == line.size()) return &ASCII;
     if (IsUtf8BeyondChance(line)) return &UTF8;
-    WalkPosition position;
-    WalkOn(line.data(), line.size(), position);
-    const Answer answer = AnswerOf(position.scores);
+    const Answer answer = AnswerFor(line.data(), line.size());
     const int code = Settled(line, true, answer.code);
     const bool certain = code == ENCODE_UTF8 && answer.code != ENCODE_UTF8;
     if (code == ENCODE_UNICODE || (!certain && answer.margin < m_sure)) return nullptr;

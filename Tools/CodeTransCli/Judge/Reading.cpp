@@ -116,9 +116,7 @@ bool IsPlausibleInUtf16(std::string_view text)
         const bool ascii = high == 0 && Byte(text, i) != 0;
         if (!hanzi && !ascii) return false;
     }
-    WalkPosition position;
-    WalkOn(text.data(), text.size(), position);
-    return AnswerOf(position.scores).code == ENCODE_UNICODE;
+    return AnswerFor(text.data(), text.size()).code == ENCODE_UNICODE;
 }
 
 bool IsShort(std::string_view text)
