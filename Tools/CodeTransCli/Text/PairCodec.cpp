@@ -39,14 +39,11 @@ void ReadByEngine(std::string_view piece, int code, std::u16string& units)
     units.resize(had + written / 2);
 }
 
-// Writes the bytes of `units` as the engine does, and returns their number: one for ASCII, two for all else.
+// Writes the bytes of `units` as the engine does, and returns their number.
 size_t WriteByEngine(std::u16string_view units, char* out)
 {
     const char* const source = reinterpret_cast<const char*>(units.data());
-    if (FastPathsOn()) return FastUtf16ToGbk(source, units.size(), out).written;
-    utoGbk(source, out, units.size());
-    return units.size() + static_cast<size_t>(std::count_if(units.begin(), units.end(),
-                                                            [](char16_t unit) { return unit >= 0x80; }));
+    return (FastPathsOn() ? FastUtf16ToGbk : PlainUtf16ToGbk)(source, units.size(), out).written;
 }
 
 // Appends the bytes of all of `piece`. What has no place becomes what does not come back.
