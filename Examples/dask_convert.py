@@ -180,6 +180,8 @@ def main():
     with contextlib.ExitStack() as stack:
         cluster = options.scheduler or stack.enter_context(start_cluster(options.workers))
         client = stack.enter_context(Client(cluster))
+        if options.scheduler:
+            client.upload_file(__file__)
         rows = convert_tree(client, os.path.abspath(options.tree))
     write_table(rows, options.table)
     counts = Counter(row.result.split(':')[0] for row in rows)
@@ -188,4 +190,6 @@ def main():
 
 
 if __name__ == '__main__':
-    sys.exit(main())
+    import dask_convert  # workers, too, import what they run by this name
+
+    sys.exit(dask_convert.main())

@@ -1,7 +1,9 @@
 """Examples/dask_convert.py on three workers, one of which is killed while it converts."""
+import csv
 import os
 import shutil
 import signal
+import subprocess
 import sys
 import tempfile
 import threading
@@ -71,10 +73,16 @@ class KilledWorker(unittest.TestCase):
             others = {name: results[name][3:] for name in ('kept', 'korean', 'broken')}
             self.assertEqual(others, {'kept': (0, 'kept'), 'korean': (0, 'undecided'), 'broken': (1, 'refused')})
 
-            before = self.states()
-            again = dask_convert.convert_tree(client, str(self.tree))
-            self.assertEqual({row.result for row in again}, {'kept', 'undecided', 'refused'})
-            self.assertEqual(self.states(), before)
+        # The program, in a second run.
+        before, table = self.states(), self.tree.with_suffix('.csv')
+        self.addCleanup(table.unlink)
+        run = subprocess.run([sys.executable, ROOT / 'Examples/dask_convert.py', self.tree, table], stdout=subprocess.PIPE)
+        self.assertEqual((run.returncode, sorted(run.stdout.split())[-3:]), (1, [b'kept,', b'refused,', b'undecided']))
+        with table.open(newline='') as file:
+            again = list(csv.DictReader(file))
+        self.assertEqual([row['name'] for row in again], [row.name for row in rows])
+        self.assertEqual([row['result'] for row in again], [row.result.replace('converted', 'kept') for row in rows])
+        self.assertEqual(self.states(), before)
 
     def test_task_that_runs_again_finds_its_work_done(self):
         plans = dask_convert.inspect([str(self.tree / name) for name in self.names[:20]])
