@@ -124,7 +124,10 @@ def spread(client, task, items):
     results = [None] * len(groups)
     for done, future in enumerate(as_completed(futures), 1):
         at = places[future.key]
-        results[at] = future.result() if future.status == 'finished' else [future.exception()] * len(groups[at])
+        try:
+            results[at] = future.result()  # waits once more if the result was lost with its worker
+        except Exception as error:
+            results[at] = [error] * len(groups[at])
         if sys.stderr.isatty() or done == len(groups):
             print(f'\r{task.__name__}: {done} of {len(groups)} tasks', end='', file=sys.stderr, flush=True)
     print(file=sys.stderr)

@@ -35,14 +35,11 @@ struct Encoding {
     const char* name;
     const unsigned short* table;
 
-    // The table's entries for trail bytes below 40 are those of 40.
+    // The table has NO_CHARACTER for all bytes that are no lead or trail bytes, but not for trail bytes below
+    // 40, which share the entries of 40.
     unsigned short Unit(unsigned char lead, unsigned char trail) const
     {
-        if (lead == 0x80 || lead == 0xFF || trail < 0x40 || trail == 0x7F || trail == 0xFF)
-            return NO_CHARACTER;
-        if (code == ENCODE_BIG5 && Between(trail, 0x80, 0xA0)) return NO_CHARACTER;
-        const unsigned short unit = table[PairIndex(lead, trail)];
-        return unit < 0x80 ? NO_CHARACTER : unit;
+        return trail < 0x40 ? NO_CHARACTER : table[PairIndex(lead, trail)];
     }
 };
 

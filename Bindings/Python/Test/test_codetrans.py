@@ -187,7 +187,16 @@ class Decoding(unittest.TestCase):
                         codetrans.decode(bytearray(data), name)
                     error = caught.exception
                     self.assertEqual((error.object, error.start, error.end), (data, *faults[0]))
-                    self.assertRegex(error.reason, '^(illegal|incomplete) multibyte sequence$')
+
+    def test_cut_character(self):
+        incomplete = [b'\x81', b'\x81\x30', b'\x81\x30\x81']
+        for data in incomplete + [b'\xff', b'\x81\x20', b'\x81\x30\xff', b'\x81\x30\x81\x81', b'\x81\x30\x81\x29']:
+            with self.assertRaises(UnicodeDecodeError) as caught:
+                codetrans.decode(data, 'gbk')
+            reason = 'incomplete' if data in incomplete else 'illegal'
+            self.assertEqual(caught.exception.reason, reason + ' multibyte sequence', data)
+            decoder = codecs.getincrementaldecoder('codetrans-gbk')('replace')
+            self.assertEqual(decoder.decode(data) == '', data in incomplete, data)  # waits for more, or does not
 
     def test_long_text_with_faults_across_pieces(self):
         for cut in range(3):
