@@ -10,6 +10,7 @@ environment=build/python
 
 # Debian's Python: its packages are the ones that were just installed. They build the package without a network.
 echo "Building ..."
+rm -rf build/python-wheel Bindings/Python/build # of an earlier version
 run "Building the wheel" /usr/bin/python3 -m pip wheel --no-build-isolation --no-deps --no-index \
     --wheel-dir build/python-wheel Bindings/Python
 run "Making the virtual environment" /usr/bin/python3 -m venv --clear "$environment"
