@@ -53,7 +53,7 @@ need_to_build() {
 }
 need_to_test() {
     need_to_build
-    need locales libgtest-dev pkg-config python3
+    need locales libgtest-dev pkg-config python3-dev python3-setuptools
 }
 
 # The locale that the GBK and UTF-8 conversions run under, made in the build folder and found there through LOCPATH.

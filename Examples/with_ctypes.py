@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Detects the encoding of standard input and writes the text in UTF-8 to standard output, with the library and ctypes:
 
-    ./codetrans.py /usr/share/CodeTrans < old.txt
+    ./with_ctypes.py /usr/share/CodeTrans < old.txt
 
 The first argument is the folder that contains Data/CodeTrans.model. The environment variable CODETRANS_LIBRARY is the path
 of the library, if the system does not find it."""
