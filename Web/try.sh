@@ -6,4 +6,4 @@ need cmake g++ make libgtest-dev locales emscripten nodejs chromium chromium-dri
 targets=(WebPage)
 build build
 ctest --test-dir build --output-on-failure --no-tests=error --tests-regex '^WebPage$'
-echo "Open build/web/codetrans.html in a browser."
+echo "Open build/web/codetrans.html in a browser. Screenshots: build/web-test/screenshots"

@@ -1,24 +1,27 @@
 #!/usr/bin/env python3
-"""The page as people use it, in headless Chromium: page.py PAGE ROOT FOLDER [MEGABYTES].
+"""The page as people use it, in headless Chromium: page.py PAGE PACKAGE ROOT FOLDER [MEGABYTES].
 
-PAGE is the built HTML file, ROOT the project's folder; downloads, generated files and screenshots go to FOLDER. The large
+PAGE is the built HTML file, PACKAGE the folder of the npm package, ROOT the project's folder; downloads, generated files and screenshots go to FOLDER. The large
 file has MEGABYTES (100)."""
 import atexit
 import json
 import os
 import shutil
 import sys
+import threading
 import time
 import unittest
 import zipfile
+from functools import partial
+from http.server import SimpleHTTPRequestHandler, ThreadingHTTPServer
 
 from selenium import webdriver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select
 
-PAGE, ROOT, FOLDER = (os.path.abspath(path) for path in sys.argv[1:4])
-MEGABYTES = int(sys.argv[4]) if len(sys.argv) > 4 else 100
+PAGE, PACKAGE, ROOT, FOLDER = (os.path.abspath(path) for path in sys.argv[1:5])
+MEGABYTES = int(sys.argv[5]) if len(sys.argv) > 5 else 100
 SAMPLES = os.path.join(ROOT, 'Test/Samples')
 DOWNLOADS, SHOTS, MADE = (os.path.join(FOLDER, name) for name in ('downloads', 'screenshots', 'made'))
 CODECS = {'gbk': 'gb18030', 'big5': 'big5', 'utf8': 'utf-8', 'utf16le': 'utf-16le'}
@@ -270,6 +273,31 @@ class Page(unittest.TestCase):
             fetch('data:text/plain,x').then(() => done('reached'), () => done('refused'));''')
         self.assertEqual(reached, 'refused')
         self.assertEqual(len(driver.get_log('browser')), 2)  # what the refusal says, and nothing else
+
+    def test_the_package_loads_from_a_server(self):
+        class Handler(SimpleHTTPRequestHandler):
+            """Also has the browser decompress the model, as some servers do with such names."""
+            decompresses = False
+
+            def end_headers(self):
+                if self.decompresses and self.path.endswith('.gz'):
+                    self.send_header('Content-Encoding', 'gzip')
+                super().end_headers()
+
+            def log_message(self, *_):
+                pass
+
+        server = ThreadingHTTPServer(('127.0.0.1', 0), partial(Handler, directory=PACKAGE))
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        for Handler.decompresses in (False, True):
+            driver.get(f'http://127.0.0.1:{server.server_port}/package.json')
+            text = driver.execute_async_script('''
+                const done = arguments[0];
+                import('/web.js').then(({ load }) => load())
+                    .then(({ decode }) => done(decode(Uint8Array.of(0xd6, 0xd0, 0xce, 0xc4, 0xce, 0xc4, 0xd7, 0xd6))), done);''')
+            self.assertEqual(text, '中文文字')
+        server.shutdown()
+        driver.get_log('browser')  # the browser also asked for an icon, which there is not
 
     def test_ten_thousand_files_do_not_freeze_it(self):
         folder = os.path.join(MADE, 'many')
