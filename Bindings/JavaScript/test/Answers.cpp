@@ -12,7 +12,9 @@ int main(int argc, char** argv)
     if (argc < 2 || CodeTrans_Map(argv[1]) != 0) return 2;
     unsigned char size[4];
     while (fread(size, 1, 4, stdin) == 4) {
-        std::string text(size[0] | size[1] << 8 | size[2] << 16 | static_cast<size_t>(size[3]) << 24, '\0');
+        size_t length = 0;
+        for (int i = 3; i >= 0; --i) length = length << 8 | size[i];
+        std::string text(length, '\0');
         if (fread(text.data(), 1, text.size(), stdin) != text.size()) return 2;
         const Answer answer = AnswerFor(text.data(), text.size());
         printf("%d %d %d %lu\n", answer.code, answer.margin, answer.ascii ? 1 : 0,
