@@ -87,7 +87,12 @@ class Row {
     parts.note.textContent = noteOf(entry, words);
     const isOpenNow = isOpen(entry);
     const hasLosses = isDone && (result.losses?.count ?? 0) > 0;
-    this.element.dataset.state = entry.hasFailed ? 'failed' : isOpenNow || hasLosses ? 'open' : isDone ? 'done' : 'waiting';
+    this.element.dataset.state =
+      entry.hasFailed ? 'failed'
+      : isOpenNow ? 'open'
+      : hasLosses ? 'lossy'
+      : isDone ? 'done'
+      : 'waiting';
     parts.badge.hidden = !isDone || entry.file.size === 0;
     parts.badge.textContent = encoding === null ? words.undetected : ENCODING_NAMES[encoding];
     const readings = result?.readings ?? [];

@@ -102,7 +102,7 @@ const TEXTS = {
     all: (n) => `All (${n})`,
     open: (n) => `To decide (${n})`,
     filter: 'Files to show',
-    saveAll: 'Save all as a ZIP',
+    saveAll: 'Save all (ZIP)',
     clear: 'Clear the list',
     nothingOpen: 'There is nothing left to decide.',
     pages: 'Pages',

@@ -222,7 +222,7 @@ class Page(unittest.TestCase):
         paths = [os.path.join(SAMPLES, name) for name in ('news-hans.gbk', 'fiction-hant.big5', 'source-hans.utf16le',
                                                           'news-hant.utf8', 'russian.windows-1251')]
         self.give([write(*item) for item in CLOSE.items()] + paths)
-        for language, label in (('zh-Hans', '全部存为 ZIP'), ('zh-Hant', '全部存成 ZIP'), ('en', 'Save all as a ZIP')):
+        for language, label in (('zh-Hans', '全部存为 ZIP'), ('zh-Hant', '全部存成 ZIP'), ('en', 'Save all (ZIP)')):
             self.speak(language)
             self.assertEqual(self.by_id('save-all').text, label)
             self.assertEqual(driver.execute_script('return document.documentElement.lang'), language)
