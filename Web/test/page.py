@@ -344,8 +344,8 @@ class Page(unittest.TestCase):
         os.remove(saved)
 
 
-shutil.rmtree(FOLDER, ignore_errors=True)
 for made in (SHOTS, MADE, DOWNLOADS):
+    shutil.rmtree(made, ignore_errors=True)
     os.makedirs(made)
 driver = start()
 unittest.main(argv=sys.argv[:1], verbosity=2)
