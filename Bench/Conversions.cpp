@@ -1,4 +1,5 @@
-// The exported conversions and their rivals: glibc's iconv, the C library's locales, ICU's converters.
+// The exported conversions and their rivals: glibc's iconv, the C library's locales, the converters of ICU
+// and encoding_rs.
 //
 // All contenders of a task get the same bytes and must give the same text before any of them is timed.
 #include <iconv.h>
@@ -11,6 +12,15 @@
 
 #ifdef BENCH_ICU
 #include <unicode/ucnv.h>
+#endif
+
+#ifdef BENCH_ENCODING_RS
+extern "C" {  // EncodingRs/src/lib.rs
+size_t encoding_rs_to_utf16(bool big5, const char* source, size_t length, void* out, size_t room);
+size_t encoding_rs_to_utf8(bool big5, const char* source, size_t length, char* out, size_t room);
+size_t encoding_rs_from_utf8(bool big5, const char* source, size_t length, char* out, size_t room);
+size_t encoding_rs_from_utf16(bool big5, const void* source, size_t length, char* out, size_t room);
+}
 #endif
 
 #include "Bench.h"
@@ -119,6 +129,35 @@ void AddIcu([[maybe_unused]] std::vector<Contender>& contenders, [[maybe_unused]
 #endif
 }
 
+// Of GBK, and of Big5 to UTF-16.
+void AddEncodingRs([[maybe_unused]] std::vector<Contender>& contenders,
+                   [[maybe_unused]] const std::string& from, [[maybe_unused]] const std::string& to)
+{
+#ifdef BENCH_ENCODING_RS
+    const bool big5 = from == "BIG5";
+    Convert convert;
+    if (from == "UTF-16LE" && to == "GBK")
+        convert = [](const char* source, size_t length, char* out) {
+            return encoding_rs_from_utf16(false, source, length / 2, out, ROOM);
+        };
+    else if (from == "UTF-8" && to == "GBK")
+        convert = [](const char* source, size_t length, char* out) {
+            return encoding_rs_from_utf8(false, source, length, out, ROOM);
+        };
+    else if (to == "UTF-16LE")
+        convert = [big5](const char* source, size_t length, char* out) {
+            return 2 * encoding_rs_to_utf16(big5, source, length, out, ROOM / 2);
+        };
+    else if (from == "GBK" && to == "UTF-8")
+        convert = [](const char* source, size_t length, char* out) {
+            return encoding_rs_to_utf8(false, source, length, out, ROOM);
+        };
+    else
+        return;
+    contenders.push_back({"encoding_rs", convert, false});
+#endif
+}
+
 std::string Narrowed(const std::string& wide)
 {
     std::string units;
@@ -174,6 +213,7 @@ void RegisterConverting(const char* task, const std::vector<Input>& inputs, cons
     const bool toUnits = strcmp(to, "UTF-16LE") == 0, fromUnits = strcmp(from, "UTF-16LE") == 0;
     if (!fromUnits) AddLocale(contenders, fromLocale, toLocale, toUnits);
     AddIcu(contenders, fromUnits ? "" : from, toUnits ? "" : to);
+    AddEncodingRs(contenders, from, to);
     RegisterTask(task, inputs, contenders);
 }
 

@@ -9,7 +9,8 @@
 namespace
 {
 constexpr char DATA[] = CODETRANS_SOURCE_DIRECTORY "/Data/";
-constexpr size_t WHOLE = 1 << 20, HANZI_PERCENT = 9;
+constexpr size_t WHOLE = 1 << 20;
+constexpr double PERCENT_OF_MIXED = 9, PERCENT_OF_ASCII = 0.1;
 
 CSampler Sampler(const std::string& name)
 {
@@ -59,15 +60,16 @@ std::wstring Prose(bool traditional)
         .Of(Sampler(traditional ? "hant-prose" : "hans-prose").Text(WHOLE, 50, random));
 }
 
-// Lines of programs and prose in English with a remark in Chinese behind some.
-std::wstring Mixed(bool traditional, const std::wstring& prose)
+// Lines of programs and prose in English with a remark in Chinese behind some, so that `percent` of the
+// characters are hanzi.
+std::wstring WithRemarks(bool traditional, const std::wstring& prose, double percent)
 {
     CRandom random(2);
     const std::wstring english = CCommon(traditional).Of(Sampler("ascii").Text(WHOLE, 50, random));
     std::wstring text;
     size_t hanzi = 0, from = 0;
     for (const wchar_t c : english) {
-        if (c == '\n' && hanzi * 100 < text.size() * HANZI_PERCENT) {
+        if (c == '\n' && static_cast<double>(hanzi) * 100 < static_cast<double>(text.size()) * percent) {
             text += L"  // ";
             const size_t length = 4 + random.Below(24);
             for (const wchar_t remark : prose.substr(from, length))
@@ -109,9 +111,11 @@ Input Pieces(const std::string& name, const CEncoder& encoder, Form form, const 
 std::vector<Input> MakeInputs(Form form, bool traditional)
 {
     const CEncoder encoder(std::string(DATA) + "Mappings");
-    const std::wstring prose = Prose(traditional), mixed = Mixed(traditional, prose);
+    const std::wstring prose = Prose(traditional), mixed = WithRemarks(traditional, prose, PERCENT_OF_MIXED),
+                       ascii = WithRemarks(traditional, prose, PERCENT_OF_ASCII);
     return {Pieces("prose", encoder, form, prose + prose + prose, WHOLE, 1),
             Pieces("mixed", encoder, form, mixed + mixed, WHOLE, 1),
+            Pieces("mostly ASCII", encoder, form, ascii + ascii, WHOLE, 1),
             Pieces("prose 1 KB", encoder, form, prose, 1024, 200),
             Pieces("prose 64 B", encoder, form, prose, 64, 1000),
             Pieces("mixed 64 B", encoder, form, mixed, 64, 1000)};

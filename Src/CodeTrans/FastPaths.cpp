@@ -35,6 +35,7 @@ void UseForms(Forms forms)
     s_forms = forms;
 }
 
+// These go through the plain forms, or leave all to their callers, who do that.
 #if !defined(__x86_64__)
 Progress FastPairsToUtf16(const unsigned short*, const char*, unsigned long, char*, unsigned long)
 {
@@ -51,9 +52,9 @@ Progress FastWideToUtf8(const wchar_t*, unsigned long, unsigned char*)
     return {};
 }
 
-Progress FastUtf16ToGbk(const char*, unsigned long, char*)
+Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst)
 {
-    return {};
+    return PlainUtf16ToGbk(src, count, dst);
 }
 
 Progress FastGbkToUtf8(const LocaleGbk&, const char*, unsigned long, char*, unsigned long)
@@ -66,5 +67,9 @@ Progress FastUtf8ToGbk(const char*, unsigned long, char*)
     return {};
 }
 
-void FastWalk(const TrieNode*, unsigned, const char*, unsigned long, WalkPosition&) {}
+void FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length,
+              WalkPosition& position)
+{
+    Walk(trie, nodeCount, text, length, position);
+}
 #endif

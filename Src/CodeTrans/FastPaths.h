@@ -47,8 +47,9 @@ Progress FastUtf8ToWide(const unsigned char* src, unsigned long srcLen, char* ds
 Progress FastWideToUtf8(const wchar_t* src, unsigned long count, unsigned char* dst);
 constexpr unsigned long FAST_WIDES = 16;
 
-// UTF-16LE to GBK as utoGbk defines it: the whole source.
+// UTF-16LE to GBK, the whole source, without the zeros that utoGbk adds; and its plain form.
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);
+Progress PlainUtf16ToGbk(const char* src, unsigned long count, char* dst);
 
 // The locale's GBK by code less 0x8000: code units, 0 where there is none, and UTF-8 sequences, whose bits
 // 0-23 are the bytes, first one lowest; above them there is 0 for three bytes, TWO for two, and all is NONE

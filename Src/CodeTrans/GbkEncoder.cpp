@@ -11,22 +11,27 @@ namespace
 constexpr unsigned REPLACEMENT = 0xA1A1;
 }  // namespace
 
-void utoGbk(char const* src, char* dst, unsigned long count)
+Progress PlainUtf16ToGbk(const char* src, unsigned long count, char* dst)
 {
-    Progress at;
-    if (FastPathsOn() && !Overlap(src, 2 * count, dst, 2 * count + 2)) at = FastUtf16ToGbk(src, count, dst);
-    dst += at.written;
-    for (unsigned long i = at.read; i < count; ++i) {
+    char* out = dst;
+    for (unsigned long i = 0; i < count; ++i) {
         const unsigned unit = LoadUnit16(src + 2 * i);
         if (unit < 0x80) {
-            *dst++ = static_cast<char>(unit);
+            *out++ = static_cast<char>(unit);
             continue;
         }
         // The euro sign's single byte 0x80 is written like every other code, as two bytes: 00 80.
         const unsigned code = CodeTable[unit] != 0 ? CodeTable[unit] : REPLACEMENT;
-        *dst++ = static_cast<char>(code >> 8);
-        *dst++ = static_cast<char>(code & 0xFF);
+        *out++ = static_cast<char>(code >> 8);
+        *out++ = static_cast<char>(code & 0xFF);
     }
+    return {count, static_cast<unsigned long>(out - dst)};
+}
+
+void utoGbk(char const* src, char* dst, unsigned long count)
+{
+    const bool isFast = FastPathsOn() && !Overlap(src, 2 * count, dst, 2 * count + 2);
+    dst += (isFast ? FastUtf16ToGbk : PlainUtf16ToGbk)(src, count, dst).written;
     dst[0] = dst[1] = 0;
 }
 

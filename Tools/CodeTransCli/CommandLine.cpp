@@ -159,18 +159,16 @@ void AddWalk(CLI::App& command, FileOptions& options)
         ->type_name("N");
 }
 
-CLI::App* AddDetect(CLI::App& app, DetectOptions& options)
+void AddDetect(CLI::App& command, DetectOptions& options)
 {
-    CLI::App* const command = app.add_subcommand("detect", "Print the encoding of each file");
-    AddWalk(*command, options.input);
-    CLI::Option* const json = command->add_flag("--json", options.json, "Print one JSON object per file");
-    command->add_option("--only", options.only, "Print only files in this encoding; also: unknown, binary")
+    AddWalk(command, options.input);
+    CLI::Option* const json = command.add_flag("--json", options.json, "Print one JSON object per file");
+    command.add_option("--only", options.only, "Print only files in this encoding; also: unknown, binary")
         ->type_name("ENC")
         ->allow_extra_args(false);
-    command->add_flag("--print0", options.printNames, "Print only the names, each followed by a zero byte")
+    command.add_flag("--print0", options.printNames, "Print only the names, each followed by a zero byte")
         ->excludes(json);
-    command->footer(std::string(DETECT_EXAMPLES) + STATUSES);
-    return command;
+    command.footer(std::string(DETECT_EXAMPLES) + STATUSES);
 }
 
 void AddWriting(CLI::App& command, CommandLine& line)
@@ -196,44 +194,38 @@ void AddWriting(CLI::App& command, CommandLine& line)
                      "Change the encoding's name where the text declares it, as in HTML and XML");
 }
 
-CLI::App* AddConvert(CLI::App& app, CommandLine& line)
+void AddConvert(CLI::App& command, CommandLine& line)
 {
     ConvertOptions& options = line.convert;
-    CLI::App* const command =
-        app.add_subcommand("convert", "Convert files, and refuse those that would lose characters");
-    AddWalk(*command, options.input);
-    command->add_option("--to,-t", line.to, "Encoding to write, such as utf-8 or gbk")->type_name("ENC");
-    command->add_option("--from,-f", line.from, "Encoding to read; detected when not given")
-        ->type_name("ENC");
-    command->add_flag("--list", line.list, "Print the encodings and their names, and do nothing else");
-    command->add_flag("--lines", options.byLines,
-                      "Detect the encoding of each line separately, as for mixed logs");
+    AddWalk(command, options.input);
+    command.add_option("--to,-t", line.to, "Encoding to write, such as utf-8 or gbk")->type_name("ENC");
+    command.add_option("--from,-f", line.from, "Encoding to read; detected when not given")->type_name("ENC");
+    command.add_flag("--list", line.list, "Print the encodings and their names, and do nothing else");
+    command.add_flag("--lines", options.byLines,
+                     "Detect the encoding of each line separately, as for mixed logs");
     command
-        ->add_option("--sure", options.sure,
-                     "How clear an answer must be: the least margin, 0 to 100 (default " +
-                         std::to_string(ENOUGH_MARGIN) + ")")
+        .add_option("--sure", options.sure,
+                    "How clear an answer must be: the least margin, 0 to 100 (default " +
+                        std::to_string(ENOUGH_MARGIN) + ")")
         ->check(CLI::Range(0, MOST_MARGIN))
         ->type_name("N");
-    AddWriting(*command, line);
-    command->add_flag("--lossy", options.lossy, "Convert even if characters are lost, and report them");
-    command->add_flag("--force", options.force,
-                      "Convert as --from says, even if a file seems to be converted already or UTF-8");
-    command->footer(std::string(CONVERT_EXAMPLES) + STATUSES);
-    return command;
+    AddWriting(command, line);
+    command.add_flag("--lossy", options.lossy, "Convert even if characters are lost, and report them");
+    command.add_flag("--force", options.force,
+                     "Convert as --from says, even if a file seems to be converted already or UTF-8");
+    command.footer(std::string(CONVERT_EXAMPLES) + STATUSES);
 }
 
-CLI::App* AddRestore(CLI::App& app, RestoreOptions& options)
+void AddRestore(CLI::App& command, RestoreOptions& options)
 {
-    CLI::App* const command = app.add_subcommand("restore", "Restore the files that convert --backup kept");
-    AddFiles(*command, options.input);
+    AddFiles(command, options.input);
     command
-        ->add_option("--backup", options.backupSuffix,
-                     "Suffix of the backups (default: from the record of the backups)")
+        .add_option("--backup", options.backupSuffix,
+                    "Suffix of the backups (default: from the record of the backups)")
         ->type_name("SUFFIX");
-    command->add_flag("--dry-run,-n", options.dryRun, "Change nothing; report what would be done");
-    command->add_flag("--force", options.force, "Also restore files that were changed after the conversion");
-    command->footer(RESTORE_EXAMPLES);
-    return command;
+    command.add_flag("--dry-run,-n", options.dryRun, "Change nothing; report what would be done");
+    command.add_flag("--force", options.force, "Also restore files that were changed after the conversion");
+    command.footer(RESTORE_EXAMPLES);
 }
 
 int PrintEncodings()
@@ -288,7 +280,8 @@ std::string LikelyWord(const CLI::App& app, const std::string& word)
     return likely;
 }
 
-void SuggestWord(const CLI::App& app, int argc, char** argv)
+// What is likely wrong with a line that has a word that nothing takes, or empty.
+std::string WrongWord(const CLI::App& app, int argc, char** argv)
 {
     bool first = true;
     for (int i = 1; i < argc; ++i) {
@@ -296,14 +289,13 @@ void SuggestWord(const CLI::App& app, int argc, char** argv)
         const bool isOption = word.rfind("--", 0) == 0 && word.size() > 2;
         if (isOption || (first && word.rfind('-', 0) != 0)) {
             const std::string likely = LikelyWord(app, word);
-            if (!likely.empty() && likely != word) {
-                std::cerr << "codetrans: '" << word << "' is unknown; did you mean '" << likely << "'?\n";
-                return;
-            }
-            if (likely.empty() && !isOption) std::cerr << "codetrans: '" << word << "' is no command\n";
+            if (!likely.empty() && likely != word)
+                return "'" + word + "' is unknown; did you mean '" + likely + "'?";
+            if (likely.empty() && !isOption) return "'" + word + "' is not a command";
         }
         first = first && word.rfind('-', 0) == 0;
     }
+    return {};
 }
 
 // What the parser would not take for a file name: an option, of which it knows "--" only before the first
@@ -339,12 +331,23 @@ int Run(int argc, char** argv)
     app.set_version_flag("--version", "codetrans " CODETRANS_VERSION);
     app.footer(std::string(EXAMPLES) + STATUSES);
     AddCommon(app, line.common);
-    const CLI::App* const detect = AddDetect(app, line.detect);
-    const CLI::App* const convert = AddConvert(app, line);
-    const CLI::App* const restore = AddRestore(app, line.restore);
-    const CLI::App* const names = AddNames(app, line.names);
-    app.add_subcommand("doctor", "Check the installation: the program, the model and the locale")
-        ->footer(DOCTOR_STATUSES);
+    CLI::App* const detect = app.add_subcommand("detect", "Print the encoding of each file");
+    CLI::App* const convert =
+        app.add_subcommand("convert", "Convert files, and refuse those that would lose characters");
+    CLI::App* const restore = app.add_subcommand("restore", "Restore the files that convert --backup kept");
+    CLI::App* const names =
+        app.add_subcommand("names", "Convert file names in GBK or Big5, and garbled ones, to UTF-8");
+    CLI::App* const doctor =
+        app.add_subcommand("doctor", "Check the installation: the program, the model and the locale");
+    // Options take longer to set up than a short file to read, so only those of commands that are named are.
+    const auto isNamed = [&](const CLI::App* command) {
+        return std::find(argv + 1, argv + argc, command->get_name()) != argv + argc;
+    };
+    if (isNamed(detect)) AddDetect(*detect, line.detect);
+    if (isNamed(convert)) AddConvert(*convert, line);
+    if (isNamed(restore)) AddRestore(*restore, line.restore);
+    if (isNamed(names)) AddNames(*names, line.names);
+    doctor->footer(DOCTOR_STATUSES);
     line.convert.sure = ENOUGH_MARGIN;
 
     try {
@@ -357,9 +360,10 @@ int Run(int argc, char** argv)
         if (convert->parsed()) line.Settle();
         if (restore->parsed()) line.CheckSuffix(line.restore.backupSuffix);
     } catch (const CLI::ParseError& error) {
-        const bool wrong = app.exit(error) != 0;
-        if (wrong) SuggestWord(app, argc, argv);
-        return wrong ? WRONG_USAGE : DONE;
+        const std::string wrongWord = error.get_exit_code() == 0 ? "" : WrongWord(app, argc, argv);
+        if (wrongWord.empty()) return app.exit(error) == 0 ? DONE : WRONG_USAGE;
+        std::cerr << "codetrans: " << wrongWord << "\nRun with --help for more information.\n";
+        return WRONG_USAGE;
     } catch (const UsageError& error) {
         std::cerr << "codetrans: " << error.text << '\n';
         return WRONG_USAGE;

@@ -77,7 +77,7 @@ void Train(const Arguments& arguments)
     States states = ShapeOfDetector(from);
     std::cerr << states.size() << " states\n";
     TrainValues(states, from, source);
-    AddAsciiStart(states, from.recipe);
+    AddAsciiStart(states, from);
     AddDecisiveStates(states, from);
     AddForeignStates(states, from, source);
     CorrectShortTexts(states, from);

@@ -13,6 +13,7 @@
 
 #include "Backups.h"
 #include "Commands.h"
+#include "Inputs.h"
 #include "Report.h"
 #include "Source.h"
 #include "Target.h"
@@ -68,7 +69,8 @@ private:
         for (const auto& [original, backup] : last)
             if (fs::exists(folder / backup.name, error)) Try(folder, backup);
         if (!m_options.input.recursive) return;
-        for (const fs::path& inner : folders) Folder(inner);
+        for (const fs::path& inner : folders)
+            if (!IsVersionControl(inner.filename())) Folder(inner);
     }
 
     void File(const fs::path& path)

@@ -3,13 +3,13 @@
 #include <CodeTrans.h>
 
 #include <array>
-#include <cstdint>
-#include <vector>
+
+#include "Codec.h"
+#include "PairTable.h"
 
 namespace
 {
 constexpr char32_t NONE = 0xFFFFFFFF;
-constexpr char16_t UNDEFINED = 0xFFFD;  // the library's word for a pair that is no character
 constexpr char32_t EURO = 0x20AC;
 
 constexpr std::u16string_view UPPER_CP437 =
@@ -36,45 +36,23 @@ unsigned Byte(std::string_view text, size_t i)
     return static_cast<unsigned char>(text[i]);
 }
 
-// The pairs of GBK or Big5, as the library reads them, in both directions.
-class PairTable
+int CodeOf(NameEncoding encoding)
 {
-public:
-    explicit PairTable(int encoding) : m_units(0x10000, UNDEFINED), m_pairs(0x10000, 0)
-    {
-        // Big5 has some characters twice; those below A1 are later additions.
-        for (unsigned lead = 0xA1; lead <= 0xFE; ++lead) AddRow(lead, encoding);
-        for (unsigned lead = 0x81; lead <= 0xA0; ++lead) AddRow(lead, encoding);
-    }
+    return encoding == NameEncoding::BIG_5 ? ENCODE_BIG5 : ENCODE_GBK;
+}
 
-    char32_t Unit(unsigned pair) const { return m_units[pair] == UNDEFINED ? NONE : m_units[pair]; }
-    unsigned Pair(char32_t unit) const { return unit < m_pairs.size() ? m_pairs[unit] : 0; }
-
-private:
-    void AddRow(unsigned lead, int encoding)
-    {
-        for (unsigned trail = 0x40; trail <= 0xFE; ++trail) Add(lead << 8 | trail, encoding);
-    }
-
-    void Add(unsigned pair, int encoding)
-    {
-        const char bytes[] = {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF)};
-        char out[4] = {};
-        if (TQ_ToUnicode(bytes, sizeof bytes, out, sizeof out, encoding) != 2) return;
-        const unsigned unit = Byte({out, 2}, 0) | Byte({out, 2}, 1) << 8;
-        if (unit < 0x80 || unit == UNDEFINED) return;
-        m_units[pair] = static_cast<char16_t>(unit);
-        if (m_pairs[unit] == 0) m_pairs[unit] = static_cast<uint16_t>(pair);
-    }
-
-    std::vector<char16_t> m_units;
-    std::vector<uint16_t> m_pairs;
-};
-
-const PairTable& Pairs(NameEncoding encoding)
+// Of a pair whose lead byte may be 80 or FF too, which begin none.
+char32_t PairUnit(unsigned lead, unsigned trail, NameEncoding encoding)
 {
-    static const PairTable s_gbk(ENCODE_GBK), s_big5(ENCODE_BIG5);
-    return encoding == NameEncoding::BIG_5 ? s_big5 : s_gbk;
+    if (lead == 0x80 || lead == 0xFF) return NONE;
+    const char16_t unit = UnitOf(CodeOf(encoding), lead, trail);
+    return unit == REPLACEMENT ? NONE : unit;
+}
+
+// The pair that is written for a character, or 0.
+unsigned PairOf(char32_t character, NameEncoding encoding)
+{
+    return character >= 0x80 && character <= 0xFFFF ? PairsOf(CodeOf(encoding))[character] : 0;
 }
 
 // Windows gives the pairs that GBK leaves to its users characters of the private area: three blocks of rows.
@@ -142,9 +120,9 @@ char32_t NextPair(std::string_view name, size_t& at, NameEncoding encoding)
     const unsigned lead = Byte(name, at++);
     if (lead == 0x80 && encoding != NameEncoding::BIG_5) return EURO;
     if (at == name.size()) return NONE;
-    const unsigned pair = lead << 8 | Byte(name, at++);
-    const char32_t unit = Pairs(encoding).Unit(pair);
-    return unit == NONE && encoding == NameEncoding::CP936 ? PrivateUnit(pair) : unit;
+    const unsigned trail = Byte(name, at++);
+    const char32_t unit = PairUnit(lead, trail, encoding);
+    return unit == NONE && encoding == NameEncoding::CP936 ? PrivateUnit(lead << 8 | trail) : unit;
 }
 
 char32_t Next(std::string_view name, size_t& at, NameEncoding encoding)
@@ -168,7 +146,7 @@ bool AppendPair(char32_t character, NameEncoding encoding, std::string& out)
         out += '\x80';
         return true;
     }
-    unsigned pair = Pairs(encoding).Pair(character);
+    unsigned pair = PairOf(character, encoding);
     if (pair == 0 && encoding == NameEncoding::CP936) pair = PrivatePair(character);
     out += static_cast<char>(pair >> 8);
     out += static_cast<char>(pair & 0xFF);
@@ -225,8 +203,8 @@ std::optional<std::string> EncodeName(std::u32string_view text, NameEncoding enc
 
 bool IsCommonHanzi(char32_t character, NameEncoding encoding)
 {
-    const unsigned gbk = Pairs(NameEncoding::GB).Pair(character);
-    const unsigned big5 = Pairs(NameEncoding::BIG_5).Pair(character);
+    const unsigned gbk = PairOf(character, NameEncoding::GB);
+    const unsigned big5 = PairOf(character, NameEncoding::BIG_5);
     const bool inGbk = gbk >= 0xB0A1 && gbk <= 0xD7F9 && (gbk & 0xFF) >= 0xA1;
     const bool inBig5 = big5 >= 0xA440 && big5 <= 0xC67E;
     if (encoding == NameEncoding::GB) return inGbk;

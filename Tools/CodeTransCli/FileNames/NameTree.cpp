@@ -4,17 +4,10 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Inputs.h"
 #include "Report.h"
 
 namespace fs = std::filesystem;
-
-namespace
-{
-bool IsVersionControl(const std::string& name)
-{
-    return name == ".git" || name == ".hg" || name == ".svn";
-}
-}  // namespace
 
 NameTree::NameTree(const std::string& folder)
 {

@@ -21,11 +21,6 @@ bool EndsIn(const std::string& name, const std::string& suffix)
            name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
-bool IsVersionControl(const std::string& name)
-{
-    return name == ".git" || name == ".hg" || name == ".svn";
-}
-
 // By the name alone, or by the path where the pattern has a slash.
 bool Fits(const fs::path& relative, const std::vector<std::string>& patterns)
 {
@@ -124,6 +119,11 @@ private:
     Backups m_backups;
 };
 }  // namespace
+
+bool IsVersionControl(const std::string& name)
+{
+    return name == ".git" || name == ".hg" || name == ".svn";
+}
 
 Inputs CollectInputs(const FileOptions& options, const BackupOptions& backups)
 {

@@ -34,4 +34,7 @@ struct BackupOptions {
 // `exclude` fits: the name, or the path below the folder where the pattern has a slash.
 Inputs CollectInputs(const FileOptions& options, const BackupOptions& backups);
 
+// Whether a folder of this name is version control's own, which no command enters.
+bool IsVersionControl(const std::string& name);
+
 #endif  // CODETRANSCLI_INPUTS_H

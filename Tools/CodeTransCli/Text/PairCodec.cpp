@@ -1,16 +1,14 @@
-// Reading takes the table as it is, writing its inverse, so that what was read can be written again. Of
-// several pairs with the same character, GBK's inverse takes the one that the engine's encoder writes, and
-// Big5's the first from A140 on, but for LATER. GBK's euro sign is the single byte 80.
+// Reading takes the table as it is, writing its inverse, so that what was read can be written again. GBK's
+// euro sign is the single byte 80.
 #include "PairCodec.h"
 
 #include <FastPaths.h>
 #include <STLCodeTrans.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
-#include <cstring>
-#include <vector>
+
+#include "PairTable.h"
 
 namespace
 {
@@ -20,10 +18,6 @@ static_assert(std::endian::native == std::endian::little,
 constexpr char16_t EURO = 0x20AC;
 constexpr unsigned char EURO_IN_GBK = 0x80;
 
-// Characters that two pairs of Big5 have, the second of which is written, as browsers do: box drawing signs,
-// and three hanzi that are also numerals or marks.
-constexpr char16_t LATER[] = {0x2550, 0x255E, 0x2561, 0x256A, 0x4EDD, 0x5341, 0x5345};
-
 unsigned Byte(std::string_view text, size_t i)
 {
     return static_cast<unsigned char>(text[i]);
@@ -32,64 +26,6 @@ unsigned Byte(std::string_view text, size_t i)
 bool Between(unsigned value, unsigned first, unsigned last)
 {
     return value >= first && value <= last;
-}
-
-class PairTable
-{
-public:
-    explicit PairTable(int code) : m_code(code), m_pairs(0x10000, 0)
-    {
-        for (unsigned lead = 0x81; lead <= 0xFE; ++lead)
-            for (unsigned trail = 0x40; trail <= 0xFE; ++trail) Take(lead, trail);
-    }
-
-    // The unit of a pair, or REPLACEMENT.
-    char16_t Unit(unsigned lead, unsigned trail) const
-    {
-        const bool valid =
-            Between(trail, 0x40, 0x7E) || Between(trail, m_code == ENCODE_GBK ? 0x80 : 0xA1, 0xFE);
-        if (!valid) return REPLACEMENT;
-        const unsigned short* const table = m_code == ENCODE_GBK ? g_mapGBKToUnicode : g_mapBig5ToUnicode;
-        const char16_t unit =
-            table[PairIndex(static_cast<unsigned char>(lead), static_cast<unsigned char>(trail))];
-        return unit < 0x80 ? REPLACEMENT : unit;
-    }
-
-    // The pair that is written for a unit of 80 and above, or 0.
-    unsigned Pair(char16_t unit) const { return m_pairs[unit]; }
-
-    int Code() const { return m_code; }
-
-private:
-    void Take(unsigned lead, unsigned trail)
-    {
-        const char16_t unit = Unit(lead, trail);
-        if (unit == REPLACEMENT) return;
-        const unsigned pair = lead << 8 | trail;
-        if (m_pairs[unit] == 0 || IsFavoured(unit, pair)) m_pairs[unit] = static_cast<unsigned short>(pair);
-    }
-
-    bool IsFavoured(char16_t unit, unsigned pair) const
-    {
-        constexpr unsigned FIRST = 0xA140;  // of Big5 proper
-        if (m_code == ENCODE_GBK) return CodeTable[unit] == pair;
-        return m_pairs[unit] < FIRST ||
-               std::find(std::begin(LATER), std::end(LATER), unit) != std::end(LATER);
-    }
-
-    int m_code;
-    std::vector<unsigned short> m_pairs;
-};
-
-// Made at the first use: a process that only names encodings does without.
-const PairTable& TableOf(int code)
-{
-    if (code == ENCODE_GBK) {
-        static const PairTable s_gbk(ENCODE_GBK);
-        return s_gbk;
-    }
-    static const PairTable s_big5(ENCODE_BIG5);
-    return s_big5;
 }
 
 // Appends the units of all of `piece` as the engine reads it, odd bytes and all.
@@ -103,28 +39,26 @@ void ReadByEngine(std::string_view piece, int code, std::u16string& units)
     units.resize(had + written / 2);
 }
 
-// Writes the bytes of `units` as the engine does, and returns their number: one for ASCII, two for all else.
+// Writes the bytes of `units` as the engine does, and returns their number.
 size_t WriteByEngine(std::u16string_view units, char* out)
 {
     const char* const source = reinterpret_cast<const char*>(units.data());
-    if (FastPathsOn()) return FastUtf16ToGbk(source, units.size(), out).written;
-    utoGbk(source, out, units.size());
-    return units.size() + static_cast<size_t>(std::count_if(units.begin(), units.end(),
-                                                            [](char16_t unit) { return unit >= 0x80; }));
+    return (FastPathsOn() ? FastUtf16ToGbk : PlainUtf16ToGbk)(source, units.size(), out).written;
 }
 
 // Appends the bytes of all of `piece`. What has no place becomes what does not come back.
-void WriteByTable(std::u16string_view piece, const PairTable& table, std::string& bytes)
+void WriteByTable(std::u16string_view piece, int code, std::string& bytes)
 {
     const size_t had = bytes.size();
     bytes.resize(had + 2 * piece.size() + 2);
-    if (table.Code() == ENCODE_GBK) {
+    if (code == ENCODE_GBK) {
         bytes.resize(had + WriteByEngine(piece, bytes.data() + had));
         return;
     }
+    const std::vector<unsigned short>& pairs = PairsOf(code);
     char* out = bytes.data() + had;
     for (const char16_t unit : piece) {
-        const unsigned pair = unit < 0x80 ? unit : table.Pair(unit);
+        const unsigned pair = unit < 0x80 ? unit : pairs[unit];
         *out = static_cast<char>(pair >> 8);
         out += unit >= 0x80;
         *out++ = static_cast<char>(pair & 0xFF);
@@ -135,21 +69,21 @@ void WriteByTable(std::u16string_view piece, const PairTable& table, std::string
 class PairDecoder : public Decoder
 {
 public:
-    explicit PairDecoder(int code) : m_table(TableOf(code)) {}
+    explicit PairDecoder(int code) : m_code(code) {}
 
     // A trail byte that cannot be one is left alone: it is more likely the next character.
     Character First(std::string_view text) override
     {
         const unsigned lead = Byte(text, 0);
         if (lead < 0x80) return {1, lead};
-        if (lead == EURO_IN_GBK && m_table.Code() == ENCODE_GBK) return {1, EURO};
+        if (lead == EURO_IN_GBK && m_code == ENCODE_GBK) return {1, EURO};
         if (lead == 0x80 || lead == 0xFF) return {1, 0, Fault::MALFORMED};
         if (text.size() < 2) return {1, 0, Fault::CUT};
         const unsigned trail = Byte(text, 1);
-        const char16_t unit = m_table.Unit(lead, trail);
+        const char16_t unit = UnitOf(m_code, lead, trail);
         if (unit != REPLACEMENT) return {2, unit};
         const bool whole = Between(trail, 0x80, 0xFE) || Between(trail, 0x40, 0x7E);
-        const bool pair = whole && !(m_table.Code() == ENCODE_BIG5 && Between(trail, 0x80, 0xA0));
+        const bool pair = whole && !(m_code == ENCODE_BIG5 && Between(trail, 0x80, 0xA0));
         return {pair ? 2U : 1U, 0, Fault::MALFORMED};
     }
 
@@ -157,9 +91,9 @@ protected:
     bool ReadPiece(std::string_view piece, std::u16string& units) override
     {
         const size_t had = units.size();
-        ReadByEngine(piece, m_table.Code(), units);
+        ReadByEngine(piece, m_code, units);
         m_back.clear();
-        WriteByTable(std::u16string_view(units).substr(had), m_table, m_back);
+        WriteByTable(std::u16string_view(units).substr(had), m_code, m_back);
         if (m_back == piece) return true;
         units.resize(had);
         return false;
@@ -178,28 +112,28 @@ protected:
     }
 
 private:
-    const PairTable& m_table;
+    int m_code;
     std::string m_back;
 };
 
 class PairEncoder : public Encoder
 {
 public:
-    explicit PairEncoder(int code) : m_table(TableOf(code)) {}
+    explicit PairEncoder(int code) : m_code(code) {}
 
     // The ideographic space.
     void WriteSubstitute(std::string& bytes) override
     {
-        bytes += m_table.Code() == ENCODE_GBK ? "\xA1\xA1" : "\xA1\x40";
+        bytes += m_code == ENCODE_GBK ? "\xA1\xA1" : "\xA1\x40";
     }
 
 protected:
     bool WritePiece(std::u16string_view piece, std::string& bytes) override
     {
         const size_t had = bytes.size();
-        WriteByTable(piece, m_table, bytes);
+        WriteByTable(piece, m_code, bytes);
         m_back.clear();
-        ReadByEngine(std::string_view(bytes).substr(had), m_table.Code(), m_back);
+        ReadByEngine(std::string_view(bytes).substr(had), m_code, m_back);
         if (m_back == piece) return true;
         bytes.resize(had);
         return false;
@@ -211,11 +145,11 @@ protected:
             bytes += static_cast<char>(codePoint);
             return true;
         }
-        if (codePoint == EURO && m_table.Code() == ENCODE_GBK) {
+        if (codePoint == EURO && m_code == ENCODE_GBK) {
             bytes += static_cast<char>(EURO_IN_GBK);
             return true;
         }
-        const unsigned pair = codePoint <= 0xFFFF ? m_table.Pair(static_cast<char16_t>(codePoint)) : 0;
+        const unsigned pair = codePoint <= 0xFFFF ? PairsOf(m_code)[codePoint] : 0;
         if (pair == 0) return false;
         bytes += static_cast<char>(pair >> 8);
         bytes += static_cast<char>(pair & 0xFF);
@@ -223,7 +157,7 @@ protected:
     }
 
 private:
-    const PairTable& m_table;
+    int m_code;
     std::u16string m_back;
 };
 
@@ -281,7 +215,7 @@ private:
         if (text.size() < 2) return {1, 0, Fault::CUT, false, inPairs};
         const unsigned second = Byte(text, 1);
         const bool valid = Between(first, 0x21, 0x77) && Between(second, 0x21, 0x7E);
-        const char16_t unit = valid ? TableOf(ENCODE_GBK).Unit(first | 0x80, second | 0x80) : REPLACEMENT;
+        const char16_t unit = valid ? UnitOf(ENCODE_GBK, first | 0x80, second | 0x80) : REPLACEMENT;
         if (unit == REPLACEMENT) return {1, 0, Fault::MALFORMED, false, inPairs};
         return {2, unit, Fault::NONE, true, true};
     }

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "Detection.h"
+#include "Likelihood.h"
 
 namespace
 {
@@ -137,6 +138,28 @@ void AddThirdPairs(States& states, const Recipe& recipe)
     }
 }
 
+// Third and fourth pairs that are ASCII beyond doubt end the count: what follows says nothing for UTF-16LE,
+// and nothing needs to be taken back from it.
+void AddPlainAscii(States& states, const Ingredients& from)
+{
+    const CLikelihood likelihood(from);
+    const States before = states;
+    for (const auto& [name, state] : before) {
+        if (name.region != REGION_MAIN || name.path.size() != 2 || !IsTextPair(name.path) ||
+            !IsForgiven(state.value))
+            continue;
+        const CandidateShares shares = likelihood.Of(name.path);
+        if (shares[CANDIDATE_GBK] < from.recipe.leastPlain ||
+            shares[CANDIDATE_GBK] < from.recipe.plainOdds * shares[CANDIDATE_UNICODE])
+            continue;
+        for (const int pairs : {2, 3}) {
+            AddState(states, After(pairs), name.path);
+            states[{.region = After(pairs), .path = name.path}] = {
+                .value = PackAllBut(CANDIDATE_UNICODE, LEAST_DIGIT, 0), .onward = REGION_ASCII_ONLY};
+        }
+    }
+}
+
 // Hanzi among what is counted.
 void AddHanziInCount(States& states, const Recipe& recipe)
 {
@@ -169,11 +192,13 @@ void AddAsciiOnly(States& states)
 }
 }  // namespace
 
-void AddAsciiStart(States& states, const Recipe& recipe)
+void AddAsciiStart(States& states, const Ingredients& from)
 {
+    const Recipe& recipe = from.recipe;
     AddAsciiOnly(states);
     AddOwnPairs(states, recipe);
     AddCount(states, recipe);
     AddThirdPairs(states, recipe);
+    AddPlainAscii(states, from);
     AddHanziInCount(states, recipe);
 }

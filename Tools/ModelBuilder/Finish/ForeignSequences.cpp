@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iostream>
 #include <unordered_map>
 
 #include "Automaton.h"
@@ -182,6 +183,8 @@ void AddForeignSequences(States& states, const Ingredients& from, const CSampleS
         }
     }
     std::sort(order.begin(), order.end());
+    std::cerr << order.size() << " sequences of foreign text, of which the " << from.recipe.sequences
+              << " most frequent are used\n";
     if (order.size() > from.recipe.sequences) order.resize(from.recipe.sequences);
     for (const auto& [share, bytes] : order) SendAway(states, bytes);
 }

@@ -110,8 +110,11 @@ int CRounding::AsciiValue(const Feature& feature) const
     if (feature.pair && IsUnusedControl(ByteAt(feature.name->path, 1))) digit = std::max(digit, 1);
     const bool unseen = feature.seen == std::array<uint32_t, CANDIDATES>{};
     if (feature.silent || IsDoubtful(feature) || (digit == 0 && unseen)) return TRIE_VALUE_NONE;
-    // Positive for UTF-16LE, yet less so than for the rest, which stay equal.
-    if (digit < 1 && IsAmbiguous(feature, weight)) return PackAllBut(CANDIDATE_UNICODE, 1, 1 - digit);
+    // Positive for UTF-16LE, yet less so than for the rest, which stay equal. Only where a hanzi is at stake:
+    // what is positive for GBK keeps foreign text from being undecided.
+    if (digit < 1 && IsAmbiguous(feature, weight))
+        return feature.pair && MayBeHanzi(feature.name->path) ? PackAllBut(CANDIDATE_UNICODE, 1, 1 - digit)
+                                                              : TRIE_VALUE_NONE;
     return PackAllBut(CANDIDATE_UNICODE, digit, 0) | (digit == 0 ? TRIE_VALUE_COUNTED : 0);
 }
 
