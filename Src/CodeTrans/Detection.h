@@ -2,16 +2,18 @@
 #ifndef CODETRANS_DETECTION_H
 #define CODETRANS_DETECTION_H
 
+#include <cstdint>
+
 #include "STLCodeTrans.h"
 
 // Totals over the valued nodes entered. Unsigned sums wrap where signed ones would be undefined; they are
-// read as signed. Counts are as wide as a text is long.
+// read as signed. Counts have 64 bits on every host: a text that comes in pieces may be longer than memory.
 struct Scores {
     unsigned sumGbk = 0, sumBig5 = 0, sumUnicode = 0, sumUtf8 = 0;
-    long positiveGbk = 0, positiveBig5 = 0, positiveUnicode = 0, positiveUtf8 = 0;
-    long nonPositiveUnicode = 0;
-    long highBytes = 0;   // bytes of 80 and above consumed
-    int decidedCode = 0;  // ends the walk when it is not 0; nothing else counts then
+    int64_t positiveGbk = 0, positiveBig5 = 0, positiveUnicode = 0, positiveUtf8 = 0;
+    int64_t nonPositiveUnicode = 0;
+    int64_t highBytes = 0;  // bytes of 80 and above consumed
+    int decidedCode = 0;    // ends the walk when it is not 0; nothing else counts then
 
     bool operator==(const Scores&) const = default;
 

@@ -2,8 +2,6 @@
 //
 // The decoder rejects nothing: every byte of 80 and above takes the next byte with it, whatever that is, and
 // becomes the table's entry for the pair. Each byte, pair or lone lead byte becomes exactly one code unit.
-#include <atomic>
-
 #include "Bytes.h"
 #include "FastPaths.h"
 #include "STLCodeTrans.h"
@@ -26,9 +24,9 @@ const unsigned short* MappingTable(int encoding)
 unsigned long GBKBig5_ToUnicode(int encoding, char const* src, unsigned long srcLen, char* dst,
                                 unsigned long& dstLen)
 {
-    // Decodes that overlap make the count meaningless, and nothing else.
-    const std::atomic_ref<long> errors(CodeTrans_iTransErrCnt);
-    errors.store(0, std::memory_order_relaxed);
+    // Decodes that overlap make the count meaningless, and nothing else. Not every C++ library has
+    // atomic_ref.
+    __atomic_store_n(&CodeTrans_iTransErrCnt, 0, __ATOMIC_RELAXED);
     const unsigned short* table = MappingTable(encoding);
     const auto* bytes = reinterpret_cast<const unsigned char*>(src);
     // The last place at which a code unit still fits. A capacity of 0 wraps to "no limit".
@@ -46,7 +44,7 @@ unsigned long GBKBig5_ToUnicode(int encoding, char const* src, unsigned long src
             StoreUnit16(dst + written, table != nullptr ? table[PairIndex(lead, trail)] : 0);
         } else {
             StoreUnit16(dst + written, UNDECODABLE);
-            errors.fetch_add(1, std::memory_order_relaxed);
+            __atomic_fetch_add(&CodeTrans_iTransErrCnt, 1, __ATOMIC_RELAXED);
         }
     }
     dstLen = written;

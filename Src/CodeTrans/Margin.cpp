@@ -7,7 +7,7 @@
 
 namespace
 {
-long Lead(const Scores& scores, int code)
+int64_t Lead(const Scores& scores, int code)
 {
     const struct {
         int code;
@@ -16,9 +16,9 @@ long Lead(const Scores& scores, int code)
                       {ENCODE_BIG5, scores.sumBig5},
                       {ENCODE_UTF8, scores.sumUtf8},
                       {ENCODE_UNICODE, scores.sumUnicode}};
-    long own = 0, others = 0;
+    int64_t own = 0, others = 0;
     for (const auto& candidate : candidates) {
-        const long sum = static_cast<int>(candidate.sum);
+        const int64_t sum = static_cast<int>(candidate.sum);
         if (candidate.code == code)
             own = sum;
         else
@@ -33,12 +33,12 @@ Answer AnswerOf(const Scores& scores)
     const int code = Decide(scores);
     if (code == ENCODE_UNKNOWN) return {code, 0, false};
     if (scores.decidedCode != 0) return {code, MOST_MARGIN, false};
-    constexpr long FEW = 4;  // bytes: two characters of GBK or Big5
-    const long lead = std::max(Lead(scores, code), 0L);
+    constexpr int64_t FEW = 4;  // bytes: two characters of GBK or Big5
+    const int64_t lead = std::max(Lead(scores, code), int64_t{0});
     const bool divides = code != ENCODE_UTF8 && scores.highBytes > FEW;
-    const long margin = divides ? lead * FEW / scores.highBytes : lead;
+    const int64_t margin = divides ? lead * FEW / scores.highBytes : lead;
     const bool ascii = code == ENCODE_GBK && scores.highBytes == 0;
-    return {code, static_cast<int>(std::min<long>(margin, MOST_MARGIN)), ascii};
+    return {code, static_cast<int>(std::min<int64_t>(margin, MOST_MARGIN)), ascii};
 }
 
 void WalkOn(const char* text, unsigned long length, WalkPosition& position)

@@ -1,24 +1,13 @@
-// Loads the model file into the three tables and frees them.
+// Holds the three tables of the model, takes them from a model file in memory, and frees them.
 //
-// The file has no header: GBK table, Big5 table, node count N, N nodes, all little-endian, back to back. Each
-// section is read by one call straight into the array that serves it, and nothing is looked at on the way: a
-// damaged table is the readers' matter (the trie's walk bounds its indices by CodeTrans_TrieNodeCount).
-// Invariant: either all three tables stand, or none, whenever no load is running.
-//
-// CodeTrans_Map takes the tables where they lie in a mapping of the file, for programs that start, look at
-// one short text and end: most of the model is never touched then.
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
+// The file has no header: GBK table, Big5 table, node count N, N nodes, all little-endian, back to back. The
+// tables are not looked at: a damaged one is the readers' matter (the trie's walk bounds its indices by
+// CodeTrans_TrieNodeCount). Invariant: either all three tables stand, or none, whenever no load is running.
+#include "Model.h"
 
 #include <climits>
-#include <cstdint>
-#include <cstdio>
-#include <memory>
-#include <new>
+#include <cstring>
 
-#include "Bytes.h"
 #include "Shortcuts.h"
 
 unsigned short* g_mapGBKToUnicode = nullptr;
@@ -27,136 +16,68 @@ TrieNode* g_pstTrieTable = nullptr;
 
 namespace
 {
-enum LoadResult {
-    LOADED = 0,
-    NOT_OPENED = -1,
-    GBK_TABLE_SHORT = -1,  // the same code on purpose: callers need not tell the two apart
-    BIG5_TABLE_SHORT = -2,
-    NODE_COUNT_MISSING = -3,
-    NODES_SHORT = -4,
-    OUT_OF_MEMORY = -127,
-};
-
-// The file in a mapping, if the tables lie in one.
-void* s_pMapping = nullptr;
-size_t s_nMapped = 0;
-
 // The node table that was loaded last and its size.
 const TrieNode* s_pLoadedTrie = nullptr;
 int s_nLoadedNodes = 0;
 
+// The bytes in which the tables lie, if they were not read into arrays of their own.
+char const* s_pBytes = nullptr;
+unsigned long s_nBytes = 0;
+ReleaseModel* s_release = nullptr;
+
 template <typename Element>
-bool ReadWhole(Element* elements, size_t count, FILE* file)
+Element* ElementsAt(char const* bytes)
 {
-    return fread(elements, sizeof(Element), count, file) == count;
-}
-
-#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-void FromLittleEndian(unsigned short* entries, size_t count)
-{
-    for (size_t i = 0; i < count; ++i) entries[i] = __builtin_bswap16(entries[i]);
-}
-
-void FromLittleEndian(int* values, size_t count)
-{
-    for (size_t i = 0; i < count; ++i)
-        values[i] = static_cast<int>(__builtin_bswap32(static_cast<unsigned>(values[i])));
-}
-#else
-template <typename Element>
-void FromLittleEndian(Element*, size_t)
-{
-}
-#endif
-
-LoadResult ReadNodes(FILE* file)
-{
-    int count = 0;
-    if (!ReadWhole(&count, 1, file)) return NODE_COUNT_MISSING;
-    FromLittleEndian(&count, 1);
-    if (count < 0) return OUT_OF_MEMORY;
-
-    g_pstTrieTable = new (std::nothrow) TrieNode[static_cast<size_t>(count)];
-    if (g_pstTrieTable == nullptr) return OUT_OF_MEMORY;
-    s_pLoadedTrie = g_pstTrieTable;
-    DropShortcuts();
-    s_nLoadedNodes = count;
-    if (!ReadWhole(g_pstTrieTable, static_cast<size_t>(count), file)) return NODES_SHORT;
-    FromLittleEndian(reinterpret_cast<int*>(g_pstTrieTable), 4 * static_cast<size_t>(count));
-    return LOADED;
-}
-
-// Pointers of an earlier load are overwritten, not freed: callers who load twice keep both.
-LoadResult ReadTables(FILE* file)
-{
-    g_pstTrieTable = nullptr;
-    g_mapGBKToUnicode = new (std::nothrow) unsigned short[MAPPING_ENTRIES];
-    g_mapBig5ToUnicode = new (std::nothrow) unsigned short[MAPPING_ENTRIES];
-    if (g_mapGBKToUnicode == nullptr || g_mapBig5ToUnicode == nullptr) return OUT_OF_MEMORY;
-    if (!ReadWhole(g_mapGBKToUnicode, MAPPING_ENTRIES, file)) return GBK_TABLE_SHORT;
-    if (!ReadWhole(g_mapBig5ToUnicode, MAPPING_ENTRIES, file)) return BIG5_TABLE_SHORT;
-    FromLittleEndian(g_mapGBKToUnicode, MAPPING_ENTRIES);
-    FromLittleEndian(g_mapBig5ToUnicode, MAPPING_ENTRIES);
-    return ReadNodes(file);
+    return reinterpret_cast<Element*>(const_cast<char*>(bytes));  // nothing writes to a loaded table
 }
 }  // namespace
 
-int CodeTrans_Initialize(char const* path)
+void SetTrie(TrieNode* trie, int nodeCount)
 {
-    const File file(fopen(path, "rb"));
-    if (file == nullptr) return NOT_OPENED;
-    const LoadResult result = ReadTables(file.get());
-    if (result != LOADED) CodeTrans_Destroy();
-    return result;
+    g_pstTrieTable = trie;
+    s_pLoadedTrie = trie;
+    s_nLoadedNodes = nodeCount;
+    s_pBytes = nullptr;
+    DropShortcuts();
 }
 
-int CodeTrans_Map(char const* path)
+LoadResult UseModel(char const* bytes, unsigned long size, ReleaseModel* release)
 {
-    constexpr size_t TABLE = MAPPING_ENTRIES * sizeof(unsigned short);
-    constexpr size_t NODES = 2 * TABLE + sizeof(int);
-    const bool isHostsOrder = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
-    const int file = isHostsOrder ? open(path, O_RDONLY | O_CLOEXEC) : -1;
-    struct stat status = {};
-    const bool hasNodes = file >= 0 && fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
-                          static_cast<size_t>(status.st_size) > NODES;
-    const size_t size = hasNodes ? static_cast<size_t>(status.st_size) : 0;
-    void* const mapping = hasNodes ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
-    if (file >= 0) close(file);
-    if (mapping == MAP_FAILED) return CodeTrans_Initialize(path);
-
-    char* const bytes = static_cast<char*>(mapping);
+    constexpr unsigned long TABLE = MAPPING_ENTRIES * sizeof(unsigned short);
+    constexpr unsigned long NODES = 2 * TABLE + sizeof(int);
+    if (size < TABLE) return GBK_TABLE_SHORT;
+    if (size < 2 * TABLE) return BIG5_TABLE_SHORT;
+    if (size < NODES) return NODE_COUNT_MISSING;
     int count = 0;
     memcpy(&count, bytes + 2 * TABLE, sizeof count);
-    if (count < 0 || (size - NODES) / sizeof(TrieNode) < static_cast<size_t>(count)) {
-        munmap(mapping, size);
-        return CodeTrans_Initialize(path);  // which says what is wrong
-    }
-    g_mapGBKToUnicode = reinterpret_cast<unsigned short*>(bytes);
-    g_mapBig5ToUnicode = reinterpret_cast<unsigned short*>(bytes + TABLE);
-    g_pstTrieTable = reinterpret_cast<TrieNode*>(bytes + NODES);
-    s_pMapping = mapping;
-    s_nMapped = size;
-    s_pLoadedTrie = g_pstTrieTable;
-    s_nLoadedNodes = count;
-    DropShortcuts();
+    if (count < 0) return OUT_OF_MEMORY;
+    if ((size - NODES) / sizeof(TrieNode) < static_cast<unsigned long>(count)) return NODES_SHORT;
+
+    g_mapGBKToUnicode = ElementsAt<unsigned short>(bytes);
+    g_mapBig5ToUnicode = ElementsAt<unsigned short>(bytes + TABLE);
+    SetTrie(ElementsAt<TrieNode>(bytes + NODES), count);
+    s_pBytes = bytes;
+    s_nBytes = size;
+    s_release = release;
     return LOADED;
+}
+
+int CodeTrans_UseModel(char const* bytes, unsigned long size)
+{
+    return UseModel(bytes, size, nullptr);
 }
 
 void CodeTrans_Destroy()
 {
-    if (s_pMapping != nullptr) {
-        munmap(s_pMapping, s_nMapped);
-        s_pMapping = nullptr;
-        g_pstTrieTable = nullptr;
-        g_mapGBKToUnicode = g_mapBig5ToUnicode = nullptr;
+    if (s_pBytes != nullptr) {
+        if (s_release != nullptr) s_release(s_pBytes, s_nBytes);
+    } else {
+        delete[] g_pstTrieTable;
+        delete[] g_mapGBKToUnicode;
+        delete[] g_mapBig5ToUnicode;
     }
-    delete[] g_pstTrieTable;
-    g_pstTrieTable = nullptr;
-    s_pLoadedTrie = nullptr;
-    DropShortcuts();
-    delete[] g_mapGBKToUnicode;
+    SetTrie(nullptr, 0);
     g_mapGBKToUnicode = nullptr;
-    delete[] g_mapBig5ToUnicode;
     g_mapBig5ToUnicode = nullptr;
 }
 

@@ -11,11 +11,11 @@
 
 #include "CodeTrans.h"
 
-static_assert(sizeof(unsigned long) == 8, "lengths are unsigned 64-bit integers");
+static_assert(sizeof(unsigned long) == sizeof(void*), "a length reaches over all of memory");
 static_assert(sizeof(wchar_t) == 4, "wide characters are 32-bit units");
 
 // ---------------------------------------------------------------------------------------------------------
-// The model: two mapping tables and the detection trie (Model.cpp loads and frees them)
+// The model: two mapping tables and the detection trie (Model.cpp holds them, ModelFile.cpp loads them)
 
 // Entries of one mapping table: 128 lead bytes (80-FF) by 192 trail bytes (40-FF).
 constexpr unsigned MAPPING_ENTRIES = 128 * 192;
@@ -36,6 +36,8 @@ struct TrieNode {
     int nValue;  // a decisive encoding code and four score adjustments: PackTrieValue
 };
 static_assert(sizeof(TrieNode) == 16, "nodes are read from the file as they lie in memory");
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
+              "big-endian hosts are not supported: the tables of the model are little-endian");
 
 // What entering a node adds to each encoding's sum: -9 to +10, for UTF-8 up to +23.
 struct TrieAdjustments {
@@ -84,6 +86,11 @@ int CodeTrans_Initialize(char const* path);
 // The same in less time where little of the model will be used: the tables stay in the file, which is mapped
 // into memory and must not be cut short while they are in use. Nothing may be loaded yet.
 int CodeTrans_Map(char const* path);
+
+// The same from a model file of `size` bytes in memory, at an address that four divides. The tables stay
+// there: the caller keeps the bytes, unchanged, until CodeTrans_Destroy or another load. Nothing may be
+// loaded yet. Returns the same codes and, where the model is refused, changes nothing.
+int CodeTrans_UseModel(char const* bytes, unsigned long size);
 
 // Frees whatever is loaded; harmless when nothing is.
 void CodeTrans_Destroy();

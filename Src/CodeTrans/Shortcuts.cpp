@@ -140,7 +140,8 @@ private:
         // A rest state of its own means that the walk does not come back to the root.
         if (m_made.rest != ROOT) CountLinks(false);
         unsigned least = 16;
-        while (std::count_if(links, links + m_nNodes, [&](unsigned n) { return n >= least; }) > MOST_HUBS)
+        while (std::count_if(links, links + m_nNodes, [&](unsigned n) { return n >= least; }) >
+               int{MOST_HUBS})
             least += least / 8;
         std::fill_n(m_made.hubOf, m_nNodes, NO_HUB);
         m_nHubs = 0;

@@ -125,9 +125,16 @@ void Try(BadModel model)
     }
     UseForms(BestForms());
     TQ_Exit();
-    // In place, where a read beyond the end of the file would end the process.
+    // In place: in a mapping, where a read beyond the end of the file would end the process, and in memory.
     EXPECT_EQ(CodeTrans_Map(file.c_str()), model.loaded);
     EXPECT_EQ(TQ_CodeDetect(longText.data(), longText.size()), model.detected);
+    TQ_Exit();
+    const std::vector<char> bytes(model.bytes.begin(), model.bytes.end());  // nothing behind the last
+    // More nodes than memory has are more than the bytes have, too.
+    EXPECT_EQ(CodeTrans_UseModel(bytes.data(), bytes.size()),
+              model.name == "count greatest" ? -4 : model.loaded);
+    EXPECT_EQ(TQ_CodeDetect(longText.data(), longText.size()), model.detected);
+    EXPECT_EQ(g_pstTrieTable != nullptr, model.loaded == 0);
     TQ_Exit();
     EXPECT_TRUE(g_pstTrieTable == nullptr && g_mapGBKToUnicode == nullptr && g_mapBig5ToUnicode == nullptr);
 }
