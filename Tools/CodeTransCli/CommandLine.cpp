@@ -280,6 +280,11 @@ std::string LikelyWord(const CLI::App& app, const std::string& word)
     return likely;
 }
 
+std::string Quoted(const std::string& word)
+{
+    return std::string("'").append(word).append("'");
+}
+
 // What is likely wrong with a line that has a word that nothing takes, or empty.
 std::string WrongWord(const CLI::App& app, int argc, char** argv)
 {
@@ -290,8 +295,8 @@ std::string WrongWord(const CLI::App& app, int argc, char** argv)
         if (isOption || (first && word.rfind('-', 0) != 0)) {
             const std::string likely = LikelyWord(app, word);
             if (!likely.empty() && likely != word)
-                return "'" + word + "' is unknown; did you mean '" + likely + "'?";
-            if (likely.empty() && !isOption) return "'" + word + "' is not a command";
+                return Quoted(word).append(" is unknown; did you mean ").append(Quoted(likely)).append("?");
+            if (likely.empty() && !isOption) return Quoted(word).append(" is not a command");
         }
         first = first && word.rfind('-', 0) == 0;
     }
