@@ -177,6 +177,11 @@ TEST(Detection, LeavesUndecidedWhatIsNotChinese)
     const std::string samples = CODETRANS_SOURCE_DIRECTORY "/Test/Samples/";
     for (const char* name : {"russian.windows-1251", "french.latin-1", "korean.euc-kr", "japanese.shift_jis"})
         EXPECT_EQ(Detect(ReadBytes(samples + name)), ENCODE_UNKNOWN) << name;
+    // One line of Russian in KOI8-R and in code page 866.
+    for (const char* line :
+         {"\xF0\xD2\xC9\xD7\xC5\xD4, \xCB\xC1\xCB \xC4\xC5\xCC\xC1? \xF7\xD3\xA3 \xC8\xCF\xD2\xCF\xDB\xCF",
+          "\x8F\xE0\xA8\xA2\xA5\xE2, \xAA\xA0\xAA \xA4\xA5\xAB\xA0? \x82\xE1\xF1 \xE5\xAE\xE0\xAE\xE8\xAE"})
+        EXPECT_EQ(Detect(line), ENCODE_UNKNOWN) << testing::PrintToString(std::string(line));
     std::mt19937 random(1);
     for (int i = 0; i < 20; ++i) {
         std::string noise(300, '\0');
