@@ -175,11 +175,13 @@ def start_cluster(workers):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument('--scheduler')
-    parser.add_argument('--workers', type=int, default=2)
-    parser.add_argument('tree')
-    parser.add_argument('table')
+    parser.add_argument('--scheduler', metavar='ADDRESS', help='use the cluster of this scheduler')
+    parser.add_argument('--workers', type=int, default=2, metavar='N', help='processes on this machine without it (2)')
+    parser.add_argument('tree', metavar='TREE', help='the folder whose files are converted')
+    parser.add_argument('table', metavar='TABLE.csv', help='the table, which is written at the end')
     options = parser.parse_args()
+    if not os.path.isdir(options.tree):
+        parser.error(f'not a folder: {options.tree}')
     with contextlib.ExitStack() as stack:
         cluster = options.scheduler or stack.enter_context(start_cluster(options.workers))
         client = stack.enter_context(Client(cluster))

@@ -122,8 +122,8 @@ export async function create({ wasm, model }) {
 
   function decode(source, { encoding, fallback, fatal = false } = {}) {
     const bytes = bytesOf(source);
-    const label = encoding ?? detect(bytes).encoding ?? fallback;
-    if (label === undefined)
+    const label = encoding ?? detect(bytes).encoding ?? fallback ?? null;
+    if (label === null)
       throw Object.assign(new Error('codetrans: the encoding is not known'), { name: 'UndetectedError' });
     const decoder = new TextDecoder(label, { fatal });
     // Browsers do not decode shared memory.

@@ -150,7 +150,7 @@ function choose(entry, encoding) {
   render();
 }
 
-const isSavable = (entry) => entry.file.size > 0 && !entry.hasFailed && (entry.result?.encoding ?? null) !== null;
+const isSavable = (entry) => !entry.hasFailed && (entry.result?.encoding ?? null) !== null;
 
 function save(entries, isArchive, name) {
   if (state.saving !== null || entries.length === 0) return;

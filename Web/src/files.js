@@ -56,8 +56,10 @@ async function readFolder(folder, above, take) {
   for (const child of all) if (child.children !== undefined) await readFolder(child, path, take);
 }
 
+// A browser gives the files of a folder in no certain order.
 function filesOfInput(list) {
-  return Array.from(list, (file) => ({ file, path: file.webkitRelativePath || file.name }));
+  const found = Array.from(list, (file) => ({ file, path: file.webkitRelativePath || file.name }));
+  return found.sort((a, b) => a.path.localeCompare(b.path, undefined, { numeric: true }));
 }
 
 // Gives each path that was given before a number: "a.txt", "a (2).txt".

@@ -104,7 +104,8 @@ test('takes bytes in any form', () => {
 
 test('decodes, and says what it cannot', () => {
   const undetected = texts.find((bytes) => codetrans.detect(bytes).encoding === null);
-  assert.throws(() => codetrans.decode(undetected), { name: 'UndetectedError' });
+  for (const fallback of [undefined, null])
+    assert.throws(() => codetrans.decode(undetected, { fallback }), { name: 'UndetectedError' });
   assert.equal(codetrans.decode(undetected, { fallback: 'latin1' }), new TextDecoder('latin1').decode(undetected));
   assert.equal(codetrans.decode(Buffer.from('plain')), 'plain');
   assert.equal(codetrans.decode(Buffer.from('\ufeff\u4e2d\u6587\u6587\u5b57')), '\u4e2d\u6587\u6587\u5b57');

@@ -287,6 +287,10 @@ class Files(unittest.TestCase):
                 self.assertEqual(file.read(), text.replace('\r\n', '\n'), encoding)
             with codetrans.open(path, newline='') as file:
                 self.assertEqual(file.read(), text)
+        for encoding in ('utf-8', 'utf-16-le'):  # a named encoding, with a mark and without
+            for mark in ('\ufeff', ''):
+                with codetrans.open(self.write(f'{mark}中文'.encode(encoding)), encoding=encoding) as file:
+                    self.assertEqual(file.read(), '中文')
         path = self.write(b'\xd6\xd0\xff')
         with codetrans.open(path, encoding='gbk') as strict, codetrans.open(path, 'rt', 'gbk', 'replace') as lossy:
             self.assertRaises(UnicodeDecodeError, strict.read)
@@ -317,6 +321,19 @@ class Files(unittest.TestCase):
             self.assertEqual(nothing in err.getvalue(), status == 2)
         run = subprocess.run([sys.executable, '-m', 'codetrans', '-'], input=SAMPLES['news-hans.gbk'], stdout=subprocess.PIPE)
         self.assertEqual((run.stdout, run.returncode), (b'-\tgb18030\tconfident\n', 0))
+
+    def test_program_with_a_file_name_in_gbk_and_a_reader_that_ends(self):
+        name = os.fsencode(self.folder) + b'/\xce\xd2'
+        with open(name, 'wb') as file:
+            file.write(SAMPLES['news-hans.gbk'])
+        command, environment = [sys.executable, '-m', 'codetrans'], {**os.environ, 'PYTHONIOENCODING': 'utf-8:strict'}
+        run = subprocess.run([*command, name], env=environment, stdout=subprocess.PIPE)
+        self.assertEqual((run.stdout, run.returncode), (name + b'\tgb18030\tconfident\n', 0))
+        source, sink = os.pipe()
+        os.close(source)
+        run = subprocess.run([*command, name], stdout=sink, stderr=subprocess.PIPE)
+        os.close(sink)
+        self.assertEqual((run.stderr, run.returncode), (b'', 1))
 
     def test_import_leaves_locale_and_folders_alone(self):
         code = """import locale, os

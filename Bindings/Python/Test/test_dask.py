@@ -83,6 +83,8 @@ class KilledWorker(unittest.TestCase):
         self.assertEqual([row['name'] for row in again], [row.name for row in rows])
         self.assertEqual([row['result'] for row in again], [row.result.replace('converted', 'kept') for row in rows])
         self.assertEqual(self.states(), before)
+        wrong = [sys.executable, ROOT / 'Examples/dask_convert.py', self.tree / 'none', table]
+        self.assertEqual(subprocess.run(wrong, stderr=subprocess.DEVNULL).returncode, 2)
 
     def test_task_that_runs_again_finds_its_work_done(self):
         plans = dask_convert.inspect([str(self.tree / name) for name in self.names[:20]])

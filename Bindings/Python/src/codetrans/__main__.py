@@ -1,6 +1,8 @@
 """Prints the encodings of files: python -m codetrans [--json] FILE..."""
 import argparse
+import io
 import json
+import os
 import sys
 from typing import List, Optional
 
@@ -16,6 +18,9 @@ def main(arguments: Optional[List[str]] = None) -> int:
     parser.add_argument('files', metavar='FILE', nargs='+', help='a file, or - for standard input')
     parser.add_argument('--json', action='store_true', help='print an object of JSON on each line')
     options = parser.parse_args(arguments)
+    # File names may be in other encodings than the terminal; their bytes are printed as they are.
+    if isinstance(sys.stdout, io.TextIOWrapper):
+        sys.stdout.reconfigure(errors='surrogateescape')
     status = 0
     for name in options.files:
         try:
@@ -34,4 +39,10 @@ def main(arguments: Optional[List[str]] = None) -> int:
 
 
 if __name__ == '__main__':
-    sys.exit(main())
+    try:
+        code = main()
+        sys.stdout.flush()
+    except BrokenPipeError:  # the reader, such as head, has enough
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())  # for the flush at the end
+        code = 1
+    sys.exit(code)

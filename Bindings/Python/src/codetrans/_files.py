@@ -1,8 +1,9 @@
 """Files: their encoding, and reading them as text."""
+import codecs
 import io
 import mmap
 import os
-from typing import BinaryIO, Optional, Tuple, Union
+from typing import Optional, Tuple, Union
 
 from ._codecs import codec_name
 from ._engine import Detection, detect
@@ -10,11 +11,11 @@ from ._undetected import UndetectedError
 
 Path = Union[str, bytes, 'os.PathLike[str]', 'os.PathLike[bytes]']
 
-# With a mark: these codecs take it away, also after a seek to the start.
-_MARKED = {'utf-8': 'utf-8-sig', 'utf-16-le': 'utf-16'}
+# The byte-order mark of an encoding, and the codec that takes it away, also after a seek to the start.
+_MARKED = {'utf-8': (codecs.BOM_UTF8, 'utf-8-sig'), 'utf-16-le': (codecs.BOM_UTF16_LE, 'utf-16')}
 
 
-def _detect_stream(file: BinaryIO) -> Tuple[Detection, BinaryIO]:
+def _detect_stream(file: io.BufferedReader) -> Tuple[Detection, io.BufferedReader]:
     """What is in the file, and the file, or what was read from it if it is one that can be read only once."""
     try:
         with mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as content:
@@ -44,16 +45,17 @@ def open(
     Raise UndetectedError if no encoding was detected, and what the built-in open raises."""
     if mode not in ('r', 'rt'):
         raise ValueError(f"mode must be 'r' or 'rt', not {mode!r}; the built-in open writes files and reads bytes")
-    file: BinaryIO = io.open(path, 'rb')
+    file = io.open(path, 'rb')
     try:
         if encoding is None:
             detection, file = _detect_stream(file)
             if detection.encoding is None:
                 raise UndetectedError(f'the encoding could not be detected: {os.fsdecode(path)!r}')
-            encoding = _MARKED.get(detection.encoding, '') if detection.bom else codec_name(detection.encoding)
-        else:
-            encoding = codec_name(encoding)
-        return io.TextIOWrapper(file, encoding, errors, newline)
+            encoding = detection.encoding
+        name = codec_name(encoding)
+        if name in _MARKED and file.peek(3).startswith(_MARKED[name][0]):
+            name = _MARKED[name][1]
+        return io.TextIOWrapper(file, name, errors, newline)
     except BaseException:
         file.close()
         raise
