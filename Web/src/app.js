@@ -244,7 +244,9 @@ function renderTools(open) {
   byId('save-all').disabled = state.collecting > 0 || state.done < entries.length || !entries.some(isSavable);
   const leftOut = entries.filter((entry) => entry.result?.encoding === null).length;
   const lossy = entries.filter((entry) => (entry.result?.losses?.count ?? 0) > 0).length;
+  const guessed = entries.filter((entry) => isOpen(entry) && isSavable(entry)).length;
   byId('caveat').textContent = [
+    guessed > 0 ? words().guessed(count(guessed)) : '',
     leftOut > 0 ? words().leftOut(count(leftOut)) : '',
     lossy > 0 ? words().lossyFiles(count(lossy)) : '',
   ].join(' ').trim();

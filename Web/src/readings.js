@@ -25,7 +25,12 @@ async function readPieces(file, report, take) {
   }
 }
 
+// The detector does not know UTF-16BE, but browsers decode it, and its mark leaves no doubt.
+const UTF16BE = Object.freeze({ encoding: 'utf-16be', confident: true });
+
 async function detectFile(codetrans, file, report) {
+  const mark = await readBytes(file, 0, 2);
+  if (mark[0] === 0xfe && mark[1] === 0xff) return UTF16BE;
   const detector = codetrans.detector();
   await readPieces(file, report, (piece) => detector.push(piece));
   return detector.answer();

@@ -205,6 +205,7 @@ class Page(unittest.TestCase):
                 if badge in shown:
                     self.assertEqual(shown[badge], content.decode(codec, 'replace'))
         self.assertEqual(self.by_id('show-open').text, 'To decide (2)')
+        self.assertEqual(self.by_id('caveat').text, '2 close calls are saved as detected.')
         self.shoot('close-light-en')
         row = self.row('name.txt')
         row.find_element(By.CSS_SELECTOR, 'input[value=gb18030]').click()
@@ -218,6 +219,13 @@ class Page(unittest.TestCase):
         Select(self.row('song.txt').find_element(By.TAG_NAME, 'select')).select_by_index(0)
         self.wait_until_idle()
         self.assertEqual(self.by_id('show-open').text, 'To decide (1)')
+
+    def test_knows_the_mark_of_the_other_byte_order(self):
+        text = '另一种字节顺序，带有标记。\n'
+        self.give([write('big.txt', b'\xfe\xff' + text.encode('utf-16be'))])
+        self.assertEqual(self.text(self.row('big.txt'), '.badge'), 'UTF-16 BE')
+        self.row('big.txt').find_element(By.CSS_SELECTOR, '.actions button').click()
+        self.assertEqual(read(self.downloaded('big.txt')), text.encode())
 
     def test_says_what_would_be_lost_and_where(self):
         line = '这是一行中文，后面还有一行。'.encode('gb18030')
