@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <new>
 
 #include "Commands.h"
@@ -327,9 +328,8 @@ std::vector<std::string> Arguments(int argc, char** argv)
     return arguments;
 }
 
-int Run(int argc, char** argv)
+int Run(CLI::App& app, int argc, char** argv)
 {
-    CLI::App app{"Detects the encoding of Chinese text and converts it.", "codetrans"};
     CommandLine line;
     app.require_subcommand(1);
     app.fallthrough();
@@ -380,10 +380,16 @@ int Run(int argc, char** argv)
 }
 }  // namespace
 
-int RunCommandLine(int argc, char** argv)
+int RunCommandLine(int argc, char** argv, bool endsProcess)
 {
     try {
-        return Run(argc, argv);
+        auto app =
+            std::make_unique<CLI::App>("Detects the encoding of Chinese text and converts it.", "codetrans");
+        const int status = Run(*app, argc, argv);
+        // Taking it apart takes longer than reading a short file. A pointer stays, so that it is no leak.
+        [[maybe_unused]] static CLI::App* volatile s_kept = nullptr;
+        if (endsProcess) s_kept = app.release();
+        return status;
     } catch (const std::bad_alloc&) {
         std::cerr << "codetrans: out of memory\n";
         return FAILED;

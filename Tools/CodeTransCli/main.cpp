@@ -15,5 +15,5 @@ int main(int argc, char** argv)
     mallopt(M_TRIM_THRESHOLD, 32 << 20);
     // A file that grows too large is an error of writing, and not the end of the process.
     signal(SIGXFSZ, SIG_IGN);
-    return RunCommandLine(argc, argv);
+    return RunCommandLine(argc, argv, true);
 }
