@@ -51,12 +51,10 @@ constexpr unsigned long FAST_WIDES = 16;
 Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst);
 Progress PlainUtf16ToGbk(const char* src, unsigned long count, char* dst);
 
-// The locale's GBK by code less 0x8000: code units, 0 where there is none, and UTF-8 sequences, whose bits
-// 0-23 are the bytes, first one lowest; above them there is 0 for three bytes, TWO for two, and all is NONE
-// for none.
+// The locale's GBK as UTF-8 sequences, by code less 0x8000. Lowest byte first, an entry is the first byte, 0,
+// the second byte, and the third or 0 if there are two; it is 0 where GBK has no such code. So each byte of
+// the code has half of the entry to itself, in which 0 is no byte.
 struct LocaleGbk {
-    static constexpr uint32_t TWO = 0x80000000, NONE = 0xC0000000;
-    unsigned short units[0x8000];
     uint32_t sequences[0x8000];
 };
 

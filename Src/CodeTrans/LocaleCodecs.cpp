@@ -75,14 +75,12 @@ struct GbkTable {
     // In the locale to compare with.
     GbkTable()
     {
-        std::fill(std::begin(gbk.sequences), std::end(gbk.sequences), LocaleGbk::NONE);
         std::string bytes;
         std::wstring wide;
         for (unsigned unit = 1; unit < 0x10000; ++unit) {
             const unsigned code = CodeTable[unit];
             if (unit >= 0x80 && code < FIRST_CODE) continue;
             if (unit >= 0x80) {
-                gbk.units[code - FIRST_CODE] = static_cast<unsigned short>(unit);
                 gbk.sequences[code - FIRST_CODE] = Sequence(unit);
                 bytes += static_cast<char>(code >> 8);
             }
@@ -99,9 +97,8 @@ struct GbkTable {
     static uint32_t Sequence(unsigned unit)
     {
         unsigned char utf8[6] = {};
-        const int length = unicode_to_utf8_one(unit, utf8, sizeof utf8);
-        const uint32_t bytes = utf8[0] | utf8[1] * 0x100U | utf8[2] * 0x10000U;
-        return length == 2 ? bytes | LocaleGbk::TWO : bytes;
+        unicode_to_utf8_one(unit, utf8, sizeof utf8);
+        return utf8[0] | utf8[1] * 0x10000U | utf8[2] * 0x1000000U;
     }
 };
 

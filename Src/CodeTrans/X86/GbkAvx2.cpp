@@ -179,20 +179,22 @@ struct GbkToUtf8Conversion {
         const __m128i indices = _mm_and_si128(codes, _mm_set1_epi16(0x7FFF));
         const __m128i first = LookUp4(sequences, static_cast<uint64_t>(_mm_cvtsi128_si64(indices)));
         const __m128i second = LookUp4(sequences, static_cast<uint64_t>(_mm_extract_epi64(indices, 1)));
-        const __m128i three = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -128, -128, -128, -128);
+        const __m128i three = _mm_setr_epi8(0, 2, 3, 4, 6, 7, 8, 10, 11, 12, 14, 15, -128, -128, -128, -128);
         Store16(out, _mm_shuffle_epi8(first, three));
         Store16(out + 12, _mm_shuffle_epi8(second, three));
-        const int others = _mm_movemask_ps(_mm_castsi128_ps(first)) |
-                           _mm_movemask_ps(_mm_castsi128_ps(second)) << 4 | 1 << HANZI;
-        return _tzcnt_u32(static_cast<unsigned>(others));
+        // A third byte is one of 80 and above.
+        const int ofThree =
+            _mm_movemask_ps(_mm_castsi128_ps(first)) | _mm_movemask_ps(_mm_castsi128_ps(second)) << 4;
+        return _tzcnt_u32(~static_cast<unsigned>(ofThree));
     }
     TARGET_AVX2 void Ascii(__m128i bytes, unsigned char* out) const { Store16(out, bytes); }
     bool Other(const unsigned char* src, unsigned long size, unsigned char* out, Progress& at) const
     {
         if (size - at.read < 2) return false;
         const uint32_t sequence = sequences[(src[at.read] & 0x7FU) << 8 | src[at.read + 1]];
-        if (sequence == LocaleGbk::NONE) return false;
-        memcpy(out + at.written, &sequence, 2);
+        if (sequence == 0) return false;
+        out[at.written] = static_cast<unsigned char>(sequence);
+        out[at.written + 1] = static_cast<unsigned char>(sequence >> 16);
         at.read += 2;
         at.written += 2;
         return true;

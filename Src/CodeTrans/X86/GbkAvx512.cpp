@@ -1,10 +1,10 @@
-// To and from GBK and Big5, whose codes are looked up, with AVX-512.
+// Between GBK or Big5, whose codes are looked up, and UTF-16, with AVX-512.
 //
-// From pairs, in blocks of 64 bytes:
+// To UTF-16, in blocks of 64 bytes:
 //
 //     leads = the first, third ... byte of each run of bytes of 80 and above
 //     indices = lead bytes compressed beside their trail bytes compressed
-//     look up the indices, eight at a time
+//     look up the indices, sixteen at a time
 //     spread the code units found to the places of their lead bytes among the characters of the block
 //
 // To GBK, in blocks of 32 code units: those that are not ASCII are compressed, looked up, and spread to where
@@ -17,99 +17,26 @@ namespace fast::avx512
 {
 namespace
 {
-// The first `count` of 32 look-ups; more if that is cheaper.
-TARGET_AVX512 __m512i LookUp32(const unsigned short* table, __m512i indices, unsigned count)
+// The first `count` of 32 look-ups, then anything.
+TARGET_AVX512 __m512i LookUp32(const unsigned short* table, __m512i indices, unsigned long count)
 {
-    const __m512i first = _mm512_castsi128_si512(LookUp8(table, _mm512_castsi512_si128(indices)));
-    if (count <= 8) return first;
-    const __m512i two = _mm512_inserti32x4(first, LookUp8(table, _mm512_extracti32x4_epi32(indices, 1)), 1);
-    if (count <= 16) return two;
-    const __m512i three = _mm512_inserti32x4(two, LookUp8(table, _mm512_extracti32x4_epi32(indices, 2)), 2);
-    return _mm512_inserti32x4(three, LookUp8(table, _mm512_extracti32x4_epi32(indices, 3)), 3);
+    const uint64_t which = First(count);
+    const auto lookUp = [&](__m256i half, uint64_t used) TARGET_AVX512 {
+        return _mm512_cvtepi32_epi16(
+            LookUp16(table, _mm512_cvtepu16_epi32(half), static_cast<__mmask16>(used)));
+    };
+    const __m512i lower = _mm512_castsi256_si512(lookUp(_mm512_castsi512_si256(indices), which));
+    if (count <= 16) return lower;
+    return _mm512_inserti64x4(lower, lookUp(_mm512_extracti64x4_epi64(indices, 1), which >> 16), 1);
 }
 
-// The lead bytes among bytes of which `high` are 80 and above, the first not a trail byte: in each run of
-// high bytes the first, the third and so on.
-constexpr uint64_t LeadBytes(uint64_t high)
+// As PairIndex: (trail - 40) * 128 + the seven lower bits of the lead byte, row 0 for trails below 40.
+TARGET_AVX512 __m512i PairIndices(__m512i lead, __m512i trail)
 {
-    constexpr uint64_t EVEN = 0x5555555555555555;
-    const uint64_t first = high & ~(high << 1);
-    // The addition carries through the runs that begin at even places and clears them.
-    const uint64_t inEvenRuns = high & ~(high + (first & EVEN));
-    return (inEvenRuns & EVEN) | (high & ~inEvenRuns & ~EVEN);
+    const __m512i row = _mm512_subs_epu16(trail, _mm512_set1_epi16(0x40));
+    return _mm512_or_si512(_mm512_slli_epi16(row, 7), _mm512_and_si512(lead, _mm512_set1_epi16(0x7F)));
 }
-
-// By a mapping table of the model, or by the locale's code units, which hold no zero for what they know.
-struct ModelTable {
-    static constexpr bool KNOWS_ALL = true;
-    // As PairIndex: (trail - 40) * 128 + the seven lower bits of the lead byte, row 0 for trails below 40.
-    static TARGET_AVX512 __m512i Indices(__m512i lead, __m512i trail)
-    {
-        const __m512i row = _mm512_subs_epu16(trail, _mm512_set1_epi16(0x40));
-        return _mm512_or_si512(_mm512_slli_epi16(row, 7), _mm512_and_si512(lead, _mm512_set1_epi16(0x7F)));
-    }
-};
-
-struct LocaleTable {
-    static constexpr bool KNOWS_ALL = false;
-    static TARGET_AVX512 __m512i Indices(__m512i lead, __m512i trail)
-    {
-        const __m512i codes = _mm512_or_si512(_mm512_slli_epi16(lead, 8), trail);
-        return _mm512_and_si512(codes, _mm512_set1_epi16(0x7FFF));
-    }
-};
-
-// Pairs and ASCII to 32 code units at a time, which `put` takes with their number. Returns the bytes read: up
-// to a lone lead byte at the end or a block with a pair that the table does not know.
-template <typename Table, typename Put>
-TARGET_AVX512 inline unsigned long ForUnitsOfPairs(const unsigned short* table, const unsigned char* src,
-                                                   unsigned long size, Put put)
-{
-    unsigned long read = 0;
-    uint64_t carry = 0;  // the block begins with a trail byte
-    for (; read < size; read += BLOCK) {
-        const unsigned long left = size - read;
-        const uint64_t within = First(left);
-        const __m512i bytes = LoadBytes(src + read, within);
-        const uint64_t high = _mm512_movepi8_mask(bytes);
-        if ((high | carry) == 0) {
-            put(LowerUnits(bytes), std::min(left, 32UL));
-            if (left > 32) put(UpperUnits(bytes), std::min(left, BLOCK) - 32);
-            if (left <= BLOCK) return size;
-            continue;
-        }
-        uint64_t leads = LeadBytes(high & ~carry);
-        const uint64_t cut = left <= BLOCK ? leads & uint64_t{1} << (left - 1) : 0;
-        leads &= ~cut;
-        const uint64_t trails = leads << 1 | carry;
-        const uint64_t starts = within & ~trails & ~cut;
-        const __m512i following = LoadBytes(src + read + 1, First(left - 1));
-        const __m512i lead = LowerUnits(_mm512_maskz_compress_epi8(leads, bytes));
-        const __m512i trail = LowerUnits(_mm512_maskz_compress_epi8(leads, following));
-        const auto pairs = static_cast<unsigned>(std::popcount(leads));
-        const __m512i found = LookUp32(table, Table::Indices(lead, trail), pairs);
-        if (!Table::KNOWS_ALL && (_mm512_testn_epi16_mask(found, found) & First(pairs)) != 0) break;
-
-        // Each character in its place, then the pairs' code units instead of their lead bytes.
-        const __m512i characters = _mm512_maskz_compress_epi8(starts, bytes);
-        const uint64_t isPair = _pext_u64(leads, starts);
-        const auto lower = static_cast<__mmask32>(isPair), upper = static_cast<__mmask32>(isPair >> 32);
-        const auto count = static_cast<unsigned long>(std::popcount(starts));
-        put(_mm512_mask_expand_epi16(LowerUnits(characters), lower, found), std::min(count, 32UL));
-        if (count > 32) {
-            alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
-                                                                11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
-                                                                22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
-            const auto used = static_cast<short>(std::popcount(static_cast<uint32_t>(lower)));
-            const __m512i places = _mm512_add_epi16(_mm512_load_si512(PLACES), _mm512_set1_epi16(used));
-            const __m512i rest = _mm512_permutexvar_epi16(places, found);
-            put(_mm512_mask_expand_epi16(UpperUnits(characters), upper, rest), count - 32);
-        }
-        if (left <= BLOCK) return size - (cut != 0);
-        carry = leads >> 63;
-    }
-    return read + carry;
-}
+static_assert(MAPPING_ENTRIES % 2 == 0 && std::size(CodeTable) % 2 == 0, "LookUp16 wants whole pairs");
 
 // The first `count` of 32 codes as GBK: ASCII, and two bytes, high byte first, where `twoBytes`.
 TARGET_AVX512 unsigned long StoreGbk(__m512i codes, __mmask32 twoBytes, unsigned long count,
@@ -127,7 +54,7 @@ TARGET_AVX512 __m512i GbkCodes(__m512i units, __mmask32 twoBytes)
 {
     // Look up what is not ASCII, side by side, and put it back where it came from.
     const __m512i indices = _mm512_maskz_compress_epi16(twoBytes, units);
-    const __m512i found = LookUp32(CodeTable, indices, static_cast<unsigned>(std::popcount(twoBytes)));
+    const __m512i found = LookUp32(CodeTable, indices, static_cast<unsigned long>(std::popcount(twoBytes)));
     return _mm512_mask_expand_epi16(units, twoBytes, found);
 }
 
@@ -137,69 +64,54 @@ TARGET_AVX512 Progress PairsToUtf16(const unsigned short* table, const unsigned 
                                     unsigned char* out)
 {
     Progress at;
-    at.read =
-        ForUnitsOfPairs<ModelTable>(table, src, size, [&](__m512i units, unsigned long count) TARGET_AVX512 {
-            _mm512_mask_storeu_epi16(out + at.written, static_cast<__mmask32>(First(count)), units);
-            at.written += 2 * count;
-        });
-    return at;
-}
-
-TARGET_AVX512 Progress GbkToUtf8(const unsigned short* units, const unsigned char* src, unsigned long size,
-                                 unsigned char* out)
-{
-    Progress at;
-    at.read =
-        ForUnitsOfPairs<LocaleTable>(units, src, size, [&](__m512i block, unsigned long count) TARGET_AVX512 {
-            if (NotAscii(block) == 0) {
-                _mm256_mask_storeu_epi8(out + at.written, static_cast<__mmask32>(First(count)),
-                                        _mm512_cvtepi16_epi8(block));
-                at.written += count;
-                return;
-            }
-            const __m512i lower = _mm512_cvtepu16_epi32(_mm512_castsi512_si256(block));
-            at.written += StoreUtf8(lower, count, out + at.written);
-            if (count <= 16) return;
-            const __m512i upper = _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(block, 1));
-            at.written += StoreUtf8(upper, count - 16, out + at.written);
-        });
-    return at;
-}
-
-// In two stages a window, each of which runs further ahead than both could in one loop.
-TARGET_AVX512 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out)
-{
-    constexpr unsigned long WINDOW = 1024;
-    alignas(64) uint16_t units[WINDOW + 32];
-    Progress at;
-    while (at.read < size) {
-        unsigned long decoded = 0;
-        const auto store = [&](__m512i block, unsigned long count) TARGET_AVX512 {
-            if (decoded >= WINDOW) return false;
-            _mm512_storeu_si512(units + decoded, block);
-            decoded += count;
-            return true;
-        };
-        const unsigned long read = ForUnitsOfUtf8(src + at.read, size - at.read, store);
-        unsigned long written = at.written;
-        for (unsigned long i = 0; i < decoded; i += 32) {
-            const unsigned long count = std::min(decoded - i, 32UL);
-            const auto used = static_cast<__mmask32>(First(count));
-            const __m512i block = _mm512_loadu_si512(units + i);
-            if ((_mm512_testn_epi16_mask(block, block) & used) != 0) return at;
-            const __mmask32 twoBytes = NotAscii(block) & used;
-            if (twoBytes == 0) {
-                _mm256_mask_storeu_epi8(out + written, used, _mm512_cvtepi16_epi8(block));
-                written += count;
-                continue;
-            }
-            const __m512i codes = GbkCodes(block, twoBytes);
-            if ((twoBytes & ~_mm512_movepi16_mask(codes)) != 0) return at;
-            written += StoreGbk(codes, twoBytes, count, out + written);
+    const auto put = [&](__m512i units, unsigned long count) TARGET_AVX512 {
+        _mm512_mask_storeu_epi16(out + at.written, static_cast<__mmask32>(First(count)), units);
+        at.written += 2 * count;
+    };
+    uint64_t carry = 0;  // the block begins with a trail byte
+    for (; at.read < size; at.read += BLOCK) {
+        const unsigned long left = size - at.read;
+        const uint64_t within = First(left);
+        const __m512i bytes = LoadBytes(src + at.read, within);
+        const uint64_t high = _mm512_movepi8_mask(bytes);
+        if ((high | carry) == 0) {
+            put(LowerUnits(bytes), std::min(left, 32UL));
+            if (left > 32) put(UpperUnits(bytes), std::min(left, BLOCK) - 32);
+            continue;
         }
-        at.read += read;
-        at.written = written;
+        uint64_t leads = LeadBytes(high, carry);
+        const uint64_t cut = left <= BLOCK ? leads & uint64_t{1} << (left - 1) : 0;
+        leads &= ~cut;
+        const uint64_t trails = leads << 1 | carry;
+        const uint64_t starts = within & ~trails & ~cut;
+        const __m512i following = LoadBytes(src + at.read + 1, First(left - 1));
+        const __m512i lead = LowerUnits(_mm512_maskz_compress_epi8(leads, bytes));
+        const __m512i trail = LowerUnits(_mm512_maskz_compress_epi8(leads, following));
+        const auto pairs = static_cast<unsigned long>(std::popcount(leads));
+        const __m512i found = LookUp32(table, PairIndices(lead, trail), pairs);
+
+        // Each character in its place, then the pairs' code units instead of their lead bytes.
+        const __m512i characters = _mm512_maskz_compress_epi8(starts, bytes);
+        const uint64_t isPair = _pext_u64(leads, starts);
+        const auto lower = static_cast<__mmask32>(isPair), upper = static_cast<__mmask32>(isPair >> 32);
+        const auto count = static_cast<unsigned long>(std::popcount(starts));
+        put(_mm512_mask_expand_epi16(LowerUnits(characters), lower, found), std::min(count, 32UL));
+        if (count > 32) {
+            alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
+                                                                11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
+                                                                22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
+            const auto used = static_cast<short>(std::popcount(static_cast<uint32_t>(lower)));
+            const __m512i places = _mm512_add_epi16(_mm512_load_si512(PLACES), _mm512_set1_epi16(used));
+            const __m512i rest = _mm512_permutexvar_epi16(places, found);
+            put(_mm512_mask_expand_epi16(UpperUnits(characters), upper, rest), count - 32);
+        }
+        if (left <= BLOCK) {
+            at.read = size - (cut != 0);
+            return at;
+        }
+        carry = leads >> 63;
     }
+    at.read = size;
     return at;
 }
 

@@ -43,7 +43,7 @@ namespace avx512
 {
 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
                       unsigned char* out);
-Progress GbkToUtf8(const unsigned short* units, const unsigned char* src, unsigned long size,
+Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned long size,
                    unsigned char* out);
 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 Progress Utf8ToWide(const unsigned char* src, unsigned long size, unsigned char* out);
