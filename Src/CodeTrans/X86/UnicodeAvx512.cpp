@@ -94,6 +94,12 @@ TARGET_AVX512 Progress Utf8ToWide(const unsigned char* src, unsigned long size, 
         const uint64_t within = First(left);
         const __m512i bytes = LoadBytes(from, within);
         const uint64_t high = _mm512_movepi8_mask(bytes);
+        if ((high | carry) == 0 && left >= BLOCK) {
+            for (unsigned i = 0; i < BLOCK; i += 16)
+                _mm512_storeu_si512(out + at.written + 4 * i, _mm512_cvtepu8_epi32(Load16(from + i)));
+            at += {BLOCK, 4 * BLOCK};
+            continue;
+        }
         if ((high | carry) == 0) {
             put(LowerUnits(bytes), std::min(taken, 32UL));
             if (taken > 32) put(UpperUnits(bytes), taken - 32);
