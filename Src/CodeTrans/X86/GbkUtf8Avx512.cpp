@@ -84,17 +84,18 @@ struct GbkWindow {
 
 TARGET_AVX512 void ListPairs(const unsigned char* src, GbkWindow& window)
 {
-    unsigned long listed = 0;
+    unsigned long listed = 0, i = 0;
     uint64_t carry = 0;  // the block begins with a trail byte
-    for (unsigned long i = 0; i < window.size; i += BLOCK) {
-        const uint64_t within = First(window.size - i);
-        const __m512i bytes = LoadBytes(src + i, within);
+    const auto list = [&](__m512i bytes, uint64_t within) TARGET_AVX512 {
         const uint64_t leads = LeadBytes(_mm512_movepi8_mask(bytes), carry);
         const uint64_t ofPairs = (leads | leads << 1 | carry) & within;
         window.masks[i / BLOCK] = ofPairs;
         Append(bytes, ofPairs, window.pairs, listed);
         carry = leads >> 63;
-    }
+    };
+    const unsigned long size = window.size;
+    for (; i + BLOCK <= size; i += BLOCK) list(_mm512_loadu_si512(src + i), ~uint64_t{0});
+    if (i < size) list(LoadBytes(src + i, First(size - i)), First(size - i));
     // A pair that the window's end cuts is left to the next, or for good.
     window.size -= listed % 2;
     window.hanzi = listed / 2;
@@ -137,19 +138,16 @@ TARGET_AVX512 unsigned long StoreSequences(const unsigned char* src, const GbkWi
     unsigned char* const begin = out;
     unsigned long i = 0;
     for (; i + BLOCK + 32 <= window.size; i += BLOCK) {
-        const __m512i bytes = _mm512_loadu_si512(src + i);
         const uint64_t ofPairs = window.masks[i / BLOCK];
         if (ofPairs == 0) {
-            _mm512_storeu_si512(out, bytes);
+            _mm512_storeu_si512(out, _mm512_loadu_si512(src + i));
             out += BLOCK;
             continue;
         }
         for (const unsigned half : {0U, 32U}) {
-            const __m256i bytesOfHalf =
-                half == 0 ? _mm512_castsi512_si256(bytes) : _mm512_extracti64x4_epi64(bytes, 1);
-            const __m512i units =
-                WithSequences(bytesOfHalf, static_cast<uint32_t>(ofPairs >> half), _mm512_loadu_si512(list));
-            list += std::popcount(static_cast<uint32_t>(ofPairs >> half));
+            const auto ofHalf = static_cast<uint32_t>(ofPairs >> half);
+            const __m512i units = WithSequences(Load32(src + i + half), ofHalf, _mm512_loadu_si512(list));
+            list += std::popcount(ofHalf);
             const uint64_t keep = _mm512_test_epi8_mask(units, units);
             _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(keep, units));
             out += std::popcount(keep);
