@@ -76,11 +76,15 @@ TARGET_AVX512 void Append(__m512i block, uint64_t which, unsigned char* list, un
 // GBK to UTF-8.
 
 struct GbkWindow {
+    alignas(64) unsigned char pairs[WINDOW + BLOCK];     // the hanzi, side by side
+    alignas(64) uint32_t sequences[WINDOW / 2 + LANES];  // what they become
     Masks masks;
-    alignas(64) unsigned char pairs[WINDOW + BLOCK];     // the hanzi, side by side; a vector is stored behind
-    alignas(64) uint32_t sequences[WINDOW / 2 + BLOCK];  // what they become; two vectors are loaded behind
-    unsigned long size, hanzi;                           // bytes of source, and hanzi in them
+    unsigned long size, hanzi;  // bytes of source, and hanzi in them
 };
+
+// Whole vectors are stored to the lists, and loaded from them, up to and behind the last hanzi.
+static_assert(sizeof GbkWindow::pairs >= WINDOW + BLOCK);
+static_assert(sizeof GbkWindow::sequences >= WINDOW * sizeof(uint16_t) + sizeof(__m512i));
 
 TARGET_AVX512 void ListPairs(const unsigned char* src, GbkWindow& window)
 {
@@ -202,10 +206,10 @@ TARGET_AVX512 Progress GbkBlockToUtf8(const uint32_t* table, const unsigned char
 // UTF-8 to GBK.
 
 struct Utf8Window {
-    Masks masks;                                                         // the bytes that become a code's two
-    Masks dropped;                                                       // the third bytes
     alignas(64) unsigned char triples[WINDOW + WINDOW / 2 + 2 * BLOCK];  // the hanzi as three bytes each
     alignas(64) unsigned char codes[WINDOW + 2 * BLOCK];                 // what they become, two bytes each
+    Masks masks;                                                         // the bytes that become a code's two
+    Masks dropped;                                                       // the third bytes
     unsigned long size, hanzi;
     bool isPlain;  // else it ends before something else than characters of up to three bytes
 };
