@@ -172,16 +172,6 @@ private:
             return phrase != nullptr && (entry & IS_SILENT) == 0;
         }
 
-        // Whether the context before the pair is at hand, knows it and completes no phrase by it.
-        bool IsPlain(unsigned pair) const
-        {
-            const PairEntry before = pair > at ? Entry(pair - 1) : 0;
-            if ((before & COMPLETES_SILENT_PHRASE) != 0) return false;
-            const unsigned here = pair > at ? ContextOf(before) : context;
-            const unsigned char* const bytes = text + 2 * pair;
-            return table.contexts[here].known.Has(*bytes) && FindPhrase(table, here, PairAt(bytes)) == nullptr;
-        }
-
         // Over pairs that needed no look. Behind one that completes no silent phrase the context is its own.
         void PassTo(unsigned to)
         {
@@ -244,7 +234,7 @@ private:
         while (count < most) {
             const PairEntry entry = run.Entry(count);
             if (entry == 0) break;
-            if (NeedsLook(before, entry) != 0 && !run.IsPlain(count)) {
+            if (NeedsLook(before, entry) != 0) {
                 const bool goesOn = run.PassLook(count, most);
                 count = run.at;
                 if (!goesOn) break;
