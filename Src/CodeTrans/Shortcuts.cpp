@@ -464,8 +464,7 @@ private:
         }
         m_made.contexts[UNKNOWN_CONTEXT].classes = ANY_CLASS;
         ForEachPhrase([&](uint32_t key, uint32_t entry) {
-            if ((entry & IS_SILENT) != 0)
-                m_made.pairs[key & 0xFFFF] |= s_scratch.classesOf[ContextOf(entry)];
+            if ((entry & IS_SILENT) != 0) m_made.pairs[key & 0xFFFF] |= s_scratch.classesOf[ContextOf(entry)];
         });
     }
 

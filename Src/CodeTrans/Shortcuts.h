@@ -97,8 +97,8 @@ constexpr unsigned PairOf(unsigned char first, unsigned char second)
     return first | static_cast<unsigned>(second) << 8;
 }
 
-// Pairs that lead elsewhere from a context than from the rest state, in a hash table. A bucket fills a line of
-// the cache, so that all its keys are compared at once; what it has no room for stands in the next one.
+// Pairs that lead elsewhere from a context than from the rest state, in a hash table. A bucket fills a line
+// of the cache, so that all its keys are compared at once; what it has no room for stands in the next one.
 struct alignas(64) PhraseBucket {
     static constexpr unsigned SIZE = 8;
     uint32_t keys[SIZE];     // PhraseKey, or 0 behind the last

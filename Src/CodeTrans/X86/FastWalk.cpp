@@ -7,6 +7,8 @@
 //             while pairs follow: append what each adds
 //                 where the filter says that a pair needs a look: pass over the pairs up to it
 //                     phrase by phrase, which gives the context before it, and take it by this context
+//             over a single character of ASCII between these, if it leads where it leads from the rest
+//                 state: append what the rest state's row has for it
 //             from hub to hub, until pairs serve: append what the hub's row has for the byte, and skip
 //                 ASCII where two bytes of it lead back to the hub and add nothing
 //             byte by byte, until there is a hub: step as the plain walk does
@@ -195,8 +197,8 @@ private:
         }
     };
 
-    // Pairs, as long as one of the table follows another, and single characters of ASCII between them. Returns
-    // where it got to.
+    // Pairs, as long as one of the table follows another, and single characters of ASCII between them.
+    // Returns where it got to.
     const unsigned char* WalkPairs(const unsigned char* text, const unsigned char* end, int& state,
                                    int*& values) const
     {
@@ -213,7 +215,8 @@ private:
         return text;
     }
 
-    // Over one character of ASCII that leads where it leads from the rest state. Returns whether there was one.
+    // Over one character of ASCII that leads where it leads from the rest state. Returns whether there was
+    // one.
     bool StepOnAscii(unsigned& context, const unsigned char*& text, const unsigned char* end, int& state,
                      int*& values) const
     {
@@ -247,12 +250,25 @@ private:
         run.PassTo(count);
     }
 
-    // Sixes, as long as one follows another, and half a one before and behind. Returns where it got to.
+    // Sixes, as long as one follows another, and single characters of ASCII between them. Returns where it
+    // got to.
     TARGET_AVX2 const unsigned char* WalkSixes(const unsigned char* text, const unsigned char* end,
                                                int& state, int*& values) const
     {
+        unsigned context = REST;
+        do {
+            if (end - text < 3 || !IsThree(text)) return text;
+            text = PassSixes(text, end, state, values);
+            context = m_pShortcuts->contextOf[state];
+        } while (StepOnAscii(context, text, end, state, values));
+        return text;
+    }
+
+    // Sixes, and half a one before and behind; three bytes of one follow. Returns where it got to.
+    TARGET_AVX2 const unsigned char* PassSixes(const unsigned char* text, const unsigned char* end,
+                                               int& state, int*& values) const
+    {
         const Shortcuts& table = *m_pShortcuts;
-        if (end - text < 3 || !IsThree(text)) return text;
         const Context& context = table.contexts[table.contextOf[state]];
         bool mayFollow = context.servesSixes;
         if (context.third != NO_THIRD) {
