@@ -99,11 +99,14 @@ public:
             m_made.contextOf[i] =
                 hub != NO_HUB ? m_made.hubContexts[hub] : KnownContextOf(static_cast<int>(i));
         }
+        for (unsigned hub = 1; hub <= m_nHubs; ++hub)
+            for (HubEntry& entry : m_made.hubs[hub]) entry.context = m_made.contextOf[entry.node];
     }
 
 private:
     static constexpr unsigned short UNSET = 0xFFFF;
     static constexpr unsigned FEW = 64;  // phrases of a context
+    static constexpr unsigned MOST_PHRASES = PHRASE_BUCKETS * PhraseBucket::SIZE / 4 * 3;
 
     // -----------------------------------------------------------------------------------------------------
     // Hubs
@@ -170,7 +173,7 @@ private:
                 int state = m_hubs[hub];
                 const int entered = StepOn(state, byte);
                 m_made.hubs[hub][byte] = {state, entered != NO_NODE ? Value(entered) : TRIE_VALUE_NONE,
-                                          m_made.hubOf[state]};
+                                          m_made.hubOf[state], UNKNOWN_CONTEXT};
             }
     }
 
@@ -281,11 +284,18 @@ private:
 
     void JudgeContexts()
     {
-        std::fill_n(m_made.phrases, PHRASE_SLOTS, Phrase{});
+        std::fill_n(m_made.phrases, PHRASE_BUCKETS, PhraseBucket{});
         m_nPhrases = 0;
         std::fill_n(s_scratch.phrasesOf, MOST_CONTEXTS, 0U);
-        for (unsigned context = REST; context < m_nContexts; ++context) JudgeChildren(context);
+        unsigned judged = REST;
+        while (judged < m_nContexts) JudgeChildren(judged++);
+        // A single character of ASCII stands before many pairs; what is left of the numbers is for these.
+        for (unsigned byte = 0; byte < 0x80; ++byte) {
+            ContextOfState(m_made.hubs[m_made.hubOf[m_made.rest]][byte].node);
+            while (judged < m_nContexts) JudgeChildren(judged++);
+        }
         m_made.contexts[UNKNOWN_CONTEXT] = {};
+        m_made.contexts[UNKNOWN_CONTEXT].own.AddAll();
         m_made.contexts[UNKNOWN_CONTEXT].parent = UNKNOWN_CONTEXT;
         m_made.contexts[UNKNOWN_CONTEXT].third = NO_THIRD;
         for (unsigned context = REST; context < m_nContexts; ++context)
@@ -293,7 +303,10 @@ private:
         for (unsigned context = REST + 1; context < m_nContexts; ++context)
             if (s_scratch.failsToRest[context]) InheritBytes(m_made.contexts[context]);
         for (unsigned context = REST; context < m_nContexts; ++context)
-            if (!s_scratch.failsToRest[context]) m_made.contexts[context].parent = REST;
+            if (!s_scratch.failsToRest[context]) {
+                m_made.contexts[context].own.AddAll();
+                m_made.contexts[context].parent = REST;
+            }
     }
 
     // The bytes on which the context's state has a child, and those of them that lead to where they lead from
@@ -346,12 +359,13 @@ private:
             const unsigned pair = PairOf(static_cast<unsigned char>(byte), static_cast<unsigned char>(next));
             if (node == NO_NODE || m_made.pairs[pair] == 0) continue;
             const unsigned behind = ContextOfState(node);
-            if (!HasPlainValue(node) || behind == UNKNOWN_CONTEXT || m_nPhrases == PHRASE_SLOTS / 4 * 3)
-                return false;
-            const uint32_t key = PhraseKey(context, pair);
-            unsigned slot = PhraseSlot(key);
-            while (m_made.phrases[slot].key != 0) slot = (slot + 1) % PHRASE_SLOTS;
-            m_made.phrases[slot] = {key, behind << FIRST_CONTEXT_BIT | static_cast<unsigned>(Value(node))};
+            if (!HasPlainValue(node) || behind == UNKNOWN_CONTEXT || m_nPhrases == MOST_PHRASES) return false;
+            unsigned bucket = PhraseBucketOf(PhraseKey(context, pair));
+            while (m_made.phrases[bucket].IsFull()) bucket = (bucket + 1) % PHRASE_BUCKETS;
+            PhraseBucket& phrases = m_made.phrases[bucket];
+            const auto at = std::find(phrases.keys, phrases.keys + PhraseBucket::SIZE, 0) - phrases.keys;
+            phrases.keys[at] = PhraseKey(context, pair);
+            phrases.entries[at] = behind << FIRST_CONTEXT_BIT | static_cast<unsigned>(Value(node));
             ++m_nPhrases;
             ++s_scratch.phrasesOf[context];
         }
@@ -399,28 +413,35 @@ private:
     }
 
     // Phrases of contexts with many of them are never silent: nearly every pair would complete one.
-    bool IsSilent(const Phrase& phrase) const
+    bool IsSilent(uint32_t key, uint32_t entry) const
     {
-        return ValueOf(phrase.entry) == ValueOf(m_made.pairs[phrase.key & 0xFFFF]) &&
-               s_scratch.phrasesOf[phrase.key >> 16] <= FEW;
+        return ValueOf(entry) == ValueOf(m_made.pairs[key & 0xFFFF]) && s_scratch.phrasesOf[key >> 16] <= FEW;
+    }
+
+    // Calls `visit` with the key and the entry of each phrase.
+    template <class Visit>
+    void ForEachPhrase(const Visit& visit)
+    {
+        for (PhraseBucket& bucket : m_made.phrases)
+            for (unsigned i = 0; i < PhraseBucket::SIZE && bucket.keys[i] != 0; ++i)
+                visit(bucket.keys[i], bucket.entries[i]);
     }
 
     void FillClasses()
     {
         std::fill_n(s_scratch.completes, 0x10000, false);
         std::fill_n(s_scratch.classesOf, MOST_CONTEXTS, PairEntry{0});
-        for (Phrase& phrase : m_made.phrases) {
-            if (phrase.key == 0) continue;
-            if (IsSilent(phrase)) {
-                phrase.entry |= IS_SILENT;
-                m_made.pairs[phrase.key & 0xFFFF] |= COMPLETES_SILENT_PHRASE;
-            } else if (s_scratch.phrasesOf[phrase.key >> 16] <= FEW)
-                s_scratch.completes[phrase.key & 0xFFFF] = true;
-        }
-        for (const Phrase& phrase : m_made.phrases)
-            if (phrase.key != 0 && (phrase.entry & IS_SILENT) == 0)
-                s_scratch.classesOf[phrase.key >> 16] |= PairEntry{1}
-                                                         << (FIRST_CLASS_BIT + ClassOf(phrase.key & 0xFFFF));
+        ForEachPhrase([&](uint32_t key, uint32_t& entry) {
+            if (IsSilent(key, entry)) {
+                entry |= IS_SILENT;
+                m_made.pairs[key & 0xFFFF] |= COMPLETES_SILENT_PHRASE;
+            } else if (s_scratch.phrasesOf[key >> 16] <= FEW)
+                s_scratch.completes[key & 0xFFFF] = true;
+        });
+        ForEachPhrase([&](uint32_t key, uint32_t entry) {
+            if ((entry & IS_SILENT) == 0)
+                s_scratch.classesOf[key >> 16] |= PairEntry{1} << (FIRST_CLASS_BIT + ClassOf(key & 0xFFFF));
+        });
         for (unsigned context = REST + 1; context < m_nContexts; ++context) {
             PairEntry& classes = s_scratch.classesOf[context];
             for (unsigned from = m_made.contexts[context].parent; from != REST;
@@ -442,9 +463,9 @@ private:
             m_made.contexts[context].servesSixes = ServesSixes(context);
         }
         m_made.contexts[UNKNOWN_CONTEXT].classes = ANY_CLASS;
-        for (const Phrase& phrase : m_made.phrases)
-            if ((phrase.entry & IS_SILENT) != 0)
-                m_made.pairs[phrase.key & 0xFFFF] |= s_scratch.classesOf[ContextOf(phrase.entry)];
+        ForEachPhrase([&](uint32_t key, uint32_t entry) {
+            if ((entry & IS_SILENT) != 0) m_made.pairs[key & 0xFFFF] |= s_scratch.classesOf[ContextOf(entry)];
+        });
     }
 
     // -----------------------------------------------------------------------------------------------------

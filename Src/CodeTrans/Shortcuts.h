@@ -43,8 +43,9 @@ constexpr unsigned MOST_HUBS = 250;
 constexpr unsigned short NO_HUB = 0;  // hubs count from 1
 
 struct HubEntry {
-    int node, value;     // where a byte leads from the hub, and what it adds
-    unsigned short hub;  // the hub that the node acts as, or NO_HUB
+    int node, value;         // where a byte leads from the hub, and what it adds
+    unsigned short hub;      // the hub that the node acts as, or NO_HUB
+    unsigned short context;  // of the node
 };
 
 // Which bytes any two of lead back to a hub and add nothing: none, those of ASCII that are printed, or those
@@ -96,10 +97,14 @@ constexpr unsigned PairOf(unsigned char first, unsigned char second)
     return first | static_cast<unsigned>(second) << 8;
 }
 
-// A pair that leads elsewhere from a context than from the rest state, in a hash table.
-struct Phrase {
-    uint32_t key;    // PhraseKey, or 0 for an empty slot
-    uint32_t entry;  // as in a PairEntry; bit 19 is set if the phrase is silent
+// Pairs that lead elsewhere from a context than from the rest state, in a hash table. A bucket fills a line
+// of the cache, so that all its keys are compared at once; what it has no room for stands in the next one.
+struct alignas(64) PhraseBucket {
+    static constexpr unsigned SIZE = 8;
+    uint32_t keys[SIZE];     // PhraseKey, or 0 behind the last
+    uint32_t entries[SIZE];  // as in a PairEntry; bit 19 is set if the phrase is silent
+
+    bool IsFull() const { return keys[SIZE - 1] != 0; }
 };
 constexpr uint32_t IS_SILENT = 1 << 19;
 
@@ -108,12 +113,12 @@ constexpr uint32_t PhraseKey(unsigned context, unsigned pair)
     return context << 16 | pair;
 }
 
-constexpr unsigned PHRASE_SLOT_BITS = 15, PHRASE_SLOTS = 1 << PHRASE_SLOT_BITS;
+constexpr unsigned PHRASE_BUCKET_BITS = 12, PHRASE_BUCKETS = 1 << PHRASE_BUCKET_BITS;
 
-// The first slot of a key; those behind it follow.
-constexpr unsigned PhraseSlot(uint32_t key)
+// The first bucket of a key; those behind it follow.
+constexpr unsigned PhraseBucketOf(uint32_t key)
 {
-    return key * 0x9E3779B1U >> (32 - PHRASE_SLOT_BITS);
+    return key * 0x9E3779B1U >> (32 - PHRASE_BUCKET_BITS);
 }
 
 // A set of bytes.
@@ -122,6 +127,10 @@ struct ByteSet {
 
     bool Has(unsigned char byte) const { return (words[byte / 32] >> byte % 32 & 1) != 0; }
     void Add(unsigned byte) { words[byte / 32] |= 1U << byte % 32; }
+    void AddAll()
+    {
+        for (uint32_t& word : words) word = UINT32_MAX;
+    }
 };
 
 constexpr unsigned char NO_THIRD = 0x40;
@@ -130,7 +139,7 @@ constexpr unsigned char NO_THIRD = 0x40;
 // phrases are those of the parent.
 struct Context {
     ByteSet known;      // the bytes with which a pair may begin
-    ByteSet own;        // the bytes that its state has a child on
+    ByteSet own;        // the bytes that its state has a child on; all, if it never fails to the rest state
     PairEntry classes;  // of the pairs that need a look behind it, as in a PairEntry
     unsigned parent;    // the context of the state that it fails to
     int state;
@@ -172,24 +181,19 @@ struct Shortcuts {
     PairEntry pairs[0x10000];                       // by PairOf
     unsigned short contextOf[MOST_SHORTCUT_NODES];  // of any state
     Context contexts[MOST_CONTEXTS];
-    Phrase phrases[PHRASE_SLOTS];
+    PhraseBucket phrases[PHRASE_BUCKETS];
 
     FirstOfSix firstsOfSix[0x10000];
     int behindThird[0x40];    // what the state behind c acts as, by the low six bits of c
     int middlesOfSix[0x400];  // what d adds behind c, by their low six and four bits, with PRESENT
     SecondOfSix secondsOfSix[0x10000];
 
-    // The phrase that the pair completes in the context, which knows its first byte, or null.
-    const Phrase* FindPhrase(unsigned context, unsigned pair) const
+    // Where the byte leads from the context, if that is where it leads from the rest state, or null.
+    const HubEntry* FindStepAsAtRest(unsigned context, unsigned char byte) const
     {
-        for (; context != REST; context = contexts[context].parent) {
-            const uint32_t key = PhraseKey(context, pair);
-            unsigned slot = PhraseSlot(key);
-            while (phrases[slot].key != key && phrases[slot].key != 0) slot = (slot + 1) % PHRASE_SLOTS;
-            if (phrases[slot].key == key) return &phrases[slot];
-            if (contexts[context].own.Has(static_cast<unsigned char>(pair))) break;
-        }
-        return nullptr;
+        for (; context != REST; context = contexts[context].parent)
+            if (contexts[context].own.Has(byte)) return nullptr;
+        return &hubs[hubOf[rest]][byte];
     }
 };
 

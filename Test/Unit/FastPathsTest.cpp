@@ -289,6 +289,37 @@ TEST_F(FastWalking, SeesWhatALetterAdds)
     }
 }
 
+// Behind the pair of two zeros, phrases whose keys share a quarter of the buckets, and more than these hold.
+TEST_F(FastWalking, FindsPhrasesThatStandInTheNextBucket)
+{
+    constexpr int FIRSTS = 0x100, SECONDS = 0x200, THIRDS = SECONDS + 0x10000, FOURTHS = THIRDS + 0x100,
+                  END = FOURTHS + 0x10000;
+    m_trie.assign(END, {END, -1, 0, TRIE_VALUE_NONE});
+    TrieNode* const nodes = m_trie.data();
+    nodes[0].nBase = FIRSTS;
+    nodes[SECONDS].nBase = THIRDS;
+    for (int a = 0; a < 0x100; ++a) {
+        nodes[FIRSTS + a] = {SECONDS + a * 0x100, 0, 0, TRIE_VALUE_NONE};
+        nodes[THIRDS + a] = {FOURTHS + a * 0x100, SECONDS, FIRSTS + a, TRIE_VALUE_NONE};
+        for (int b = 0; b < 0x100; ++b) {
+            const int pair = a * 0x100 + b;
+            TrieNode& second = nodes[SECONDS + pair];
+            second.nCheck = FIRSTS + a;
+            second.nValue = PackTrieValue(0, {1, 0, 0, 0});
+            const unsigned key = PairOf(static_cast<unsigned char>(a), static_cast<unsigned char>(b));
+            if (PhraseBucketOf(key) % 8 < 2)
+                nodes[FOURTHS + pair] = {END, THIRDS + a, SECONDS + pair, PackTrieValue(0, {2, 0, 0, 0})};
+        }
+    }
+    EXPECT_NE(MakeShortcuts(nodes, END), nullptr);
+    for (int a = 0; a < 0x100; ++a) {
+        std::string text;
+        for (int b = 0; b < 0x100; ++b) text += {'\0', '\0', static_cast<char>(a), static_cast<char>(b)};
+        ASSERT_NO_FATAL_FAILURE(CompareWalks(nodes, END, text));
+    }
+    DropShortcuts();
+}
+
 TEST_F(FastWalking, AddsUpTheSameOnTheShippedModel)
 {
     const auto nodeCount = static_cast<unsigned>(CodeTrans_TrieNodeCount());

@@ -7,6 +7,8 @@
 //             while pairs follow: append what each adds
 //                 where the filter says that a pair needs a look: pass over the pairs up to it
 //                     phrase by phrase, which gives the context before it, and take it by this context
+//             over a single character of ASCII between these, if it leads where it leads from the rest
+//                 state: append what the rest state's row has for it
 //             from hub to hub, until pairs serve: append what the hub's row has for the byte, and skip
 //                 ASCII where two bytes of it lead back to the hub and add nothing
 //             byte by byte, until there is a hub: step as the plain walk does
@@ -39,6 +41,23 @@ TARGET_AVX2 unsigned QuietBytesAt(const unsigned char* text, Quiet quiet)
     const __m256i breaks = _mm256_or_si256(is('\t'), _mm256_or_si256(is('\n'), is('\r')));
     const unsigned others = quiet == Quiet::TEXT ? Mask(breaks) : 0;
     return static_cast<unsigned>(std::countr_one(Mask(printed) | others));
+}
+
+// The entry of the phrase that the pair completes in the context, which knows its first byte, or null.
+TARGET_AVX2 const uint32_t* FindPhrase(const Shortcuts& table, unsigned context, unsigned pair)
+{
+    for (; context != REST; context = table.contexts[context].parent) {
+        const uint32_t key = PhraseKey(context, pair);
+        const __m256i keys = _mm256_set1_epi32(static_cast<int>(key));
+        for (unsigned bucket = PhraseBucketOf(key);; bucket = (bucket + 1) % PHRASE_BUCKETS) {
+            const PhraseBucket& phrases = table.phrases[bucket];
+            const unsigned found = Mask(_mm256_cmpeq_epi32(Load32(phrases.keys), keys));
+            if (found != 0) return &phrases.entries[std::countr_zero(found) / 4];
+            if (!phrases.IsFull()) break;
+        }
+        if (table.contexts[context].own.Has(static_cast<unsigned char>(pair))) break;
+    }
+    return nullptr;
 }
 
 // A walk that stops and goes on.
@@ -148,8 +167,8 @@ private:
         // Over one pair. Returns whether it completes a phrase that is not silent.
         bool Pass()
         {
-            const Phrase* const phrase = table.FindPhrase(context, PairAt(text + 2 * at));
-            const PairEntry entry = phrase != nullptr ? phrase->entry : Entry(at);
+            const uint32_t* const phrase = FindPhrase(table, context, PairAt(text + 2 * at));
+            const PairEntry entry = phrase != nullptr ? *phrase : Entry(at);
             values[at++] = ValueOf(entry);
             context = ContextOf(entry);
             return phrase != nullptr && (entry & IS_SILENT) == 0;
@@ -178,18 +197,45 @@ private:
         }
     };
 
-    // Pairs, as long as one of the table follows another. Returns where it got to.
+    // Pairs, as long as one of the table follows another, and single characters of ASCII between them.
+    // Returns where it got to.
     const unsigned char* WalkPairs(const unsigned char* text, const unsigned char* end, int& state,
                                    int*& values) const
     {
-        const Shortcuts& table = *m_pShortcuts;
-        const auto most = static_cast<unsigned>((end - text) / 2);
-        int* const row = values;
-        PairRun run{table, text, row, table.contextOf[state]};
-        PairEntry before = table.contexts[run.context].classes;
+        unsigned context = m_pShortcuts->contextOf[state];
+        do {
+            PairRun run{*m_pShortcuts, text, values, context};
+            PassPairs(run, static_cast<unsigned>((end - text) / 2));
+            // The node of the last pair is far from what else is at hand; the context's state acts the same.
+            context = run.context;
+            state = context != UNKNOWN_CONTEXT ? m_pShortcuts->contexts[context].state : run.LastNode(*this);
+            values += run.at;
+            text += 2 * run.at;
+        } while (StepOnAscii(context, text, end, state, values) && PairsServe(context, text, end));
+        return text;
+    }
+
+    // Over one character of ASCII that leads where it leads from the rest state. Returns whether there was
+    // one.
+    bool StepOnAscii(unsigned& context, const unsigned char*& text, const unsigned char* end, int& state,
+                     int*& values) const
+    {
+        if (text == end || *text >= 0x80) return false;
+        const HubEntry* const entry = m_pShortcuts->FindStepAsAtRest(context, *text);
+        if (entry == nullptr) return false;
+        Append(values, entry->value);
+        state = entry->node;
+        context = entry->context;
+        ++text;
+        return true;
+    }
+
+    static void PassPairs(PairRun& run, unsigned most)
+    {
+        PairEntry before = run.table.contexts[run.context].classes;
         unsigned count = 0;
         while (count < most) {
-            const PairEntry entry = table.pairs[PairAt(text + 2 * count)];
+            const PairEntry entry = run.Entry(count);
             if (entry == 0) break;
             if (NeedsLook(before, entry) != 0) {
                 const bool goesOn = run.PassLook(count, most);
@@ -197,24 +243,32 @@ private:
                 if (!goesOn) break;
                 before = run.Entry(count - 1);
             } else {
-                row[count++] = ValueOf(entry);
+                run.values[count++] = ValueOf(entry);
                 before = entry;
             }
         }
         run.PassTo(count);
-
-        // The node of the last pair is far from what else is at hand; the context's state acts the same.
-        state = run.context != UNKNOWN_CONTEXT ? table.contexts[run.context].state : run.LastNode(*this);
-        values += count;
-        return text + 2 * count;
     }
 
-    // Sixes, as long as one follows another, and half a one before and behind. Returns where it got to.
+    // Sixes, as long as one follows another, and single characters of ASCII between them. Returns where it
+    // got to.
     TARGET_AVX2 const unsigned char* WalkSixes(const unsigned char* text, const unsigned char* end,
                                                int& state, int*& values) const
     {
+        unsigned context = REST;
+        do {
+            if (end - text < 3 || !IsThree(text)) return text;
+            text = PassSixes(text, end, state, values);
+            context = m_pShortcuts->contextOf[state];
+        } while (StepOnAscii(context, text, end, state, values));
+        return text;
+    }
+
+    // Sixes, and half a one before and behind; three bytes of one follow. Returns where it got to.
+    TARGET_AVX2 const unsigned char* PassSixes(const unsigned char* text, const unsigned char* end,
+                                               int& state, int*& values) const
+    {
         const Shortcuts& table = *m_pShortcuts;
-        if (end - text < 3 || !IsThree(text)) return text;
         const Context& context = table.contexts[table.contextOf[state]];
         bool mayFollow = context.servesSixes;
         if (context.third != NO_THIRD) {
@@ -227,7 +281,7 @@ private:
             text += 3;
         } else if (!mayFollow)
             mayFollow = context.known.Has(text[0]) &&
-                        table.FindPhrase(table.contextOf[state], PairAt(text)) == nullptr;
+                        FindPhrase(table, table.contextOf[state], PairAt(text)) == nullptr;
         for (; mayFollow && end - text >= 6; text += 6) {
             const uint64_t bytes = LoadSix(text);
             if ((bytes & 0xC0C0F0C0C0F0) != 0x8080E08080E0) break;

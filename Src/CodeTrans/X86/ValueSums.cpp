@@ -38,18 +38,29 @@ static_assert(IsExact(DIVISION_BY_25, 25, 1 << 14));
 static_assert(IsExact(DIVISION_BY_20, 20, 656) && 0x3FFFF / 400 == 655 && DIVISION_BY_20.shift == 16);
 static_assert(MOST_VALUES / 8 * (655 / 20) < 1 << 15, "sums of lanes");
 
-// The sum of the 16-bit lanes at even places and of those at odd places.
-TARGET_AVX2 int SumEven(__m256i lanes)
+// The sums of four vectors' lanes of 32 bits.
+TARGET_AVX2 __m128i SumsOf(__m256i a, __m256i b, __m256i c, __m256i d)
 {
-    const __m256i halves = _mm256_and_si256(lanes, _mm256_set1_epi32(0xFFFF));
-    __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(halves), _mm256_extracti128_si256(halves, 1));
-    sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0x4E));
-    return _mm_cvtsi128_si32(_mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0xB1)));
+    const __m256i halves = _mm256_hadd_epi32(_mm256_hadd_epi32(a, b), _mm256_hadd_epi32(c, d));
+    return _mm_add_epi32(_mm256_castsi256_si128(halves), _mm256_extracti128_si256(halves, 1));
 }
 
-TARGET_AVX2 int SumOdd(__m256i lanes)
+// One number for each encoding.
+struct FourSums {
+    alignas(16) int gbk;
+    int big5, unicode, utf8;
+};
+
+// From lanes of 16 bits: in `first` GBK's at even places and UTF-16LE's at odd ones, in `second` Big5's and
+// UTF-8's.
+TARGET_AVX2 FourSums SumDigits(__m256i first, __m256i second)
 {
-    return SumEven(_mm256_srli_epi32(lanes, 16));
+    const __m256i even = _mm256_set1_epi32(1), odd = _mm256_set1_epi32(1 << 16);
+    FourSums sums;
+    _mm_store_si128(reinterpret_cast<__m128i*>(&sums),
+                    SumsOf(_mm256_madd_epi16(first, even), _mm256_madd_epi16(second, even),
+                           _mm256_madd_epi16(first, odd), _mm256_madd_epi16(second, odd)));
+    return sums;
 }
 
 int FirstCode(const int* values, const int* end)
@@ -97,15 +108,17 @@ TARGET_AVX2 void AddValues(int* values, int* end, Scores& scores)
         scores.decidedCode = FirstCode(values, end);
         return;
     }
-    scores.sumGbk += static_cast<unsigned>(SumEven(ones) - 9 * count);
-    scores.sumBig5 += static_cast<unsigned>(SumEven(tens) - 9 * count);
-    scores.sumUnicode += static_cast<unsigned>(SumOdd(ones) - 9 * count);
-    scores.sumUtf8 += static_cast<unsigned>(SumOdd(tens) - 9 * count);
-    scores.positiveGbk += SumEven(positiveOnes);
-    scores.positiveBig5 += SumEven(positiveTens);
-    scores.positiveUnicode += SumOdd(positiveOnes);
-    scores.positiveUtf8 += SumOdd(positiveTens);
-    scores.nonPositiveUnicode += count - SumEven(none) - SumOdd(positiveOnes);
+    const FourSums digits = SumDigits(ones, tens), positive = SumDigits(positiveOnes, positiveTens);
+    const int silent = _mm_cvtsi128_si32(SumsOf(none, none, none, none));
+    scores.sumGbk += static_cast<unsigned>(digits.gbk - 9 * count);
+    scores.sumBig5 += static_cast<unsigned>(digits.big5 - 9 * count);
+    scores.sumUnicode += static_cast<unsigned>(digits.unicode - 9 * count);
+    scores.sumUtf8 += static_cast<unsigned>(digits.utf8 - 9 * count);
+    scores.positiveGbk += positive.gbk;
+    scores.positiveBig5 += positive.big5;
+    scores.positiveUnicode += positive.unicode;
+    scores.positiveUtf8 += positive.utf8;
+    scores.nonPositiveUnicode += count - silent - positive.unicode;
 }
 
 TARGET_AVX2 int CountHighBytes(const unsigned char* text, unsigned long size)
