@@ -88,27 +88,25 @@ void AddOwnPairs(States& states, const Recipe& recipe)
         states[{.region = After(1), .path = OneByte(byte)}].value = GivenBack(recipe.heldBack);
 }
 
-// From the third pair on by single bytes: which pair it is, not what it is made of.
+// From the third pair on by single bytes: which pair it is, not what it is made of. The first byte of the
+// fourth pair takes all: what takes is positive for the other encodings, and two such states would decide a
+// line of Latin letters with few accents.
 void AddCountedText(States& states, int pairs, unsigned byte, const Recipe& recipe)
 {
-    const bool last = pairs == 3, again = pairs == 4;
-    const int more = again || MayBeHigh(byte) ? 0 : recipe.takenByStranger;
-    const int units = more + (last ? recipe.mostOfPair : 0);
+    const int all = 2 * recipe.mostOfPair;
     states[{.region = After(pairs), .path = OneByte(byte)}] = {
-        .value = last ? Taken(recipe.mostOfPair) : TRIE_VALUE_NONE, .onward = Within(pairs)};
+        .value = pairs == 3 ? Taken(all) : TRIE_VALUE_NONE, .onward = Within(pairs)};
     states[{.region = Within(pairs), .path = OneByte(byte)}] = {
-        .value = units > 0 ? Taken(units) : TRIE_VALUE_NONE, .onward = After(std::min(pairs + 1, 4))};
+        .value = pairs == 2 && !MayBeHigh(byte) ? Taken(recipe.takenByStranger) : TRIE_VALUE_NONE,
+        .onward = After(std::min(pairs + 1, 4))};
 }
 
 // A byte that is no text gives back what was taken.
 void AddEndOfCount(States& states, int pairs, unsigned byte, const Recipe& recipe)
 {
-    const int takenBefore = pairs == 4 ? 2 * recipe.mostOfPair : 0;
-    const int takenWithin = pairs == 3 ? recipe.mostOfPair : takenBefore;
-    if (takenBefore > 0)
-        states[{.region = After(pairs), .path = OneByte(byte)}].value = GivenBack(takenBefore);
-    if (takenWithin > 0)
-        states[{.region = Within(pairs), .path = OneByte(byte)}].value = GivenBack(takenWithin);
+    const int all = 2 * recipe.mostOfPair;
+    if (pairs == 4) states[{.region = After(pairs), .path = OneByte(byte)}].value = GivenBack(all);
+    if (pairs >= 3) states[{.region = Within(pairs), .path = OneByte(byte)}].value = GivenBack(all);
     // The high byte of a unit of UTF-16LE leaves for where it is followed as that.
     if (IsLeadAndHighByte(byte)) AddState(states, Within(pairs), OneByte(byte));
     if (byte < 0x80) states[{.region = Within(pairs), .path = OneByte(byte)}].onward = REGION_MAIN;
@@ -168,9 +166,8 @@ void AddHanziInCount(States& states, const Recipe& recipe)
             for (unsigned high = 0x4E; high < 0x7F; ++high) {
                 const std::string pair = TwoBytes(low, high);
                 if (IsTextPair(pair)) continue;
-                const int value = pairs == 2   ? states.at({.region = REGION_MAIN, .path = pair}).value
-                                  : pairs == 3 ? GivenBack(recipe.mostOfPair)
-                                               : GivenBack(2 * recipe.mostOfPair);
+                const int value = pairs == 2 ? states.at({.region = REGION_MAIN, .path = pair}).value
+                                             : GivenBack(2 * recipe.mostOfPair);
                 AddState(states, After(pairs), pair);
                 states[{.region = After(pairs), .path = pair}] = {.value = value, .onward = REGION_MAIN};
             }

@@ -77,8 +77,8 @@ bool IsHighSurrogateInUse(unsigned low)
     return (low >= 0x3C && low <= 0x3E) || low == 0x35 || (low >= 0x40 && low <= 0x73);
 }
 
-// Units that no text has: control characters and what is no character. Sound and tables of numbers are full
-// of them.
+// Units that no text in UTF-16LE has: control characters, what is no character, and those with their bytes in
+// the other order. Sound and tables of numbers are full of them.
 void AddStrangeUnits(States& states)
 {
     const State away{.value = COUNTS_AGAINST_UNICODE, .onward = REGION_FOREIGN};
@@ -87,6 +87,10 @@ void AddStrangeUnits(States& states)
             AddState(states, REGION_MAIN, TwoBytes(code, 0));
             states[{.region = REGION_MAIN, .path = TwoBytes(code, 0)}] = away;
         }
+    for (const unsigned high : {0x0AU, 0x0DU, 0x20U}) {  // line ends and blanks in UTF-16BE
+        AddState(states, REGION_MAIN, TwoBytes(0, high));
+        states[{.region = REGION_MAIN, .path = TwoBytes(0, high)}] = away;
+    }
     for (unsigned low = 0xF0; low < 0x100; ++low) {
         if (low == 0xFD) continue;  // stands for what could not be converted
         AddState(states, REGION_MAIN, TwoBytes(low, 0xFF));

@@ -58,21 +58,31 @@ std::string BytesOf(uint32_t number)
     return number < 0x10000 ? pair : TwoBytes(number >> 24, number >> 16 & 0xFF) + pair;
 }
 
+// The last byte of a character of UTF-8 and all of the next, or its last two and the start of the next: text
+// that begins within a character is read like this to its end.
+bool IsWithinUtf8(const std::string& bytes)
+{
+    return IsUtf8Tail(ByteAt(bytes, 0)) && (StartsWithUtf8Character(bytes.substr(1)) ||
+                                            (IsUtf8Tail(ByteAt(bytes, 1)) && OpensUtf8(bytes.substr(2))));
+}
+
 // Two pairs that no other region follows, not both ASCII.
 bool IsSequence(const std::string& bytes)
 {
     return (ByteAt(bytes, 0) >= 0x80 || ByteAt(bytes, 2) >= 0x80) && !StartsWithUtf8Character(bytes) &&
-           !LeadAfterAscii(bytes.substr(0, 2)) && bytes[0] != '\n' && bytes[0] != '\r';
+           !IsWithinUtf8(bytes) && !LeadAfterAscii(bytes.substr(0, 2)) && bytes[0] != '\n' &&
+           bytes[0] != '\r';
 }
 
-// A pair that may be foreign by itself: nothing of UTF-8, and no hanzi that every font has.
+// A pair that may be foreign by itself: nothing of UTF-8, even where text begins within a character, and no
+// hanzi that every font has.
 bool MayBeForeign(const std::string& pair)
 {
     const unsigned lead = ByteAt(pair, 0), second = ByteAt(pair, 1);
     const bool isBig5Sign = lead == 0xC6 && second > 0xA0;  // of the ETEN extensions
     if (lead < 0x80) return second >= 0x80;                 // a unit of UTF-16LE, or of UTF-16BE
     return !IsGb2312Hanzi(lead, second) && !IsBig5FirstLevel(lead, second) && !isBig5Sign &&
-           !IsPartOfUtf8(pair);
+           !IsPartOfUtf8(pair) && !(IsUtf8Tail(lead) && IsUtf8LeadOfThree(second));
 }
 
 using Occurrences = std::unordered_map<uint32_t, double>;

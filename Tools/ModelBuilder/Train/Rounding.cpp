@@ -169,5 +169,7 @@ bool CRounding::IsInUse(const Feature& feature, size_t candidate) const
     const double share = feature.seen[candidate] / std::max(m_all[candidate], 1.0);
     const double foreign = m_foreign[ByteAt(feature.name->path, 0) << 8 | ByteAt(feature.name->path, 1)];
     const bool isOurs = candidate == CANDIDATE_UTF8 || candidate == CANDIDATE_UNICODE;
-    return share > m_recipe.leastInUse && (isOurs || share * m_recipe.foreignOdds > foreign);
+    const bool endsInAscii = ByteAt(feature.name->path, 1) < 0x80;
+    const double odds = endsInAscii ? m_recipe.foreignOddsOfAscii : m_recipe.foreignOdds;
+    return share > m_recipe.leastInUse && (isOurs || share * odds > foreign);
 }
