@@ -58,8 +58,9 @@ struct LocaleGbk {
     uint32_t sequences[0x8000];
 };
 
-// GBK to at most `room` bytes of UTF-8, a character cut where room ends, and UTF-8 to GBK. Both stop before a
-// character that `gbk` or CodeTable does not know in two bytes and at a zero.
+// GBK to at most `room` bytes of UTF-8, a character cut where room ends, and UTF-8 to GBK, of text without
+// zero bytes. Both stop before a character that is not ASCII in one byte and that `gbk` or CodeTable does not
+// know in two.
 Progress FastGbkToUtf8(const LocaleGbk& gbk, const char* src, unsigned long srcLen, char* dst,
                        unsigned long room);
 Progress FastUtf8ToGbk(const char* src, unsigned long srcLen, char* dst);

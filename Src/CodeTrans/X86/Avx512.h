@@ -1,14 +1,16 @@
-// What the AVX-512 forms share: masked loads and stores, lead bytes and look-ups.
+// What the AVX-512 forms share: masked loads and stores, lead bytes, the masks of UTF-8 and look-ups.
 //
-// They need AVX-512 with VBMI2 and work on blocks of 64 bytes. Compressing keeps the bytes that count. Masked
-// loads and stores reach exactly from the first character to the last, so that there is no scratch between
-// the caller's buffers, and no remainder to treat apart.
+// They need AVX-512 with VBMI2 and work on blocks of 64 bytes. Compressing keeps the bytes that count. At the
+// end of the source and of the output, masked loads and stores reach exactly to the last character, so the
+// output needs no scratch on its way to the caller's buffer. Where enough of both is left, whole vectors are
+// loaded and stored, which is faster.
 #ifndef CODETRANS_X86_AVX512_H
 #define CODETRANS_X86_AVX512_H
 
 #include <algorithm>
 #include <bit>
 
+#include "Utf8Block.h"
 #include "Vectors.h"
 
 #define TARGET_AVX512                                                                \
@@ -56,9 +58,14 @@ inline TARGET_AVX512 __m512i UpperUnits(__m512i bytes)
     return _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1));
 }
 
-inline TARGET_AVX512 __mmask32 NotAscii(__m512i units)
+// The numbers from `first` on, in units of 16 bits: the indices for a permutation that moves the unit
+// `first` to the beginning.
+inline TARGET_AVX512 __m512i PlacesFrom(unsigned first)
 {
-    return _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x80));
+    alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
+                                                        11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
+                                                        22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
+    return _mm512_add_epi16(_mm512_load_si512(PLACES), _mm512_set1_epi16(static_cast<short>(first)));
 }
 
 // The lead bytes among bytes of which `high` are 80 and above: in each run of high bytes the first, the third
@@ -75,6 +82,20 @@ constexpr uint64_t LeadBytes(uint64_t high, uint64_t carry)
     return leads ^ (runAtBegin & (0 - carry));
 }
 
+// The bytes of a block of UTF-8 from 80, C0, E0 and F0 on (Utf8Block.h).
+struct Utf8Masks {
+    uint64_t high, twos, threes, fours;
+
+    TARGET_AVX512 explicit Utf8Masks(__m512i bytes)
+        : high(_mm512_movepi8_mask(bytes)),
+          twos(_mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)))),
+          threes(_mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xE0)))),
+          fours(_mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0))))
+    {
+    }
+    Utf8Block<uint64_t> Block(uint64_t carry) const { return {high, twos, threes, fours, carry}; }
+};
+
 // Look-ups of the 16 indices that `which` marks, by gathering, which takes a quarter of the time of loading
 // the entries one by one. The table has an even number of entries. The pair of entries that holds the one
 // looked for is gathered, so that nothing beyond the table is read, and shifted:
@@ -86,7 +107,6 @@ inline TARGET_AVX512 __m512i LookUp16(const unsigned short* table, __m512i indic
     const __m512i shifts = _mm512_slli_epi32(_mm512_and_si512(indices, _mm512_set1_epi32(1)), 4);
     return _mm512_srlv_epi32(found, shifts);
 }
-
 }  // namespace fast::avx512
 
 #endif  // CODETRANS_X86_AVX512_H

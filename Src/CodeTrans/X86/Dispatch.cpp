@@ -1,6 +1,6 @@
 // The fast forms for x86-64: which kernel does the work, and what keeps it within the source and the result.
 //
-// The kernels for AVX-512 load and store by masks and stay within both by themselves. The kernels for AVX2
+// The kernels for AVX-512 stay within both by themselves. The kernels for AVX2
 // read and write whole vectors. They read the source itself while enough of it is left behind, then a copy.
 // They write into place where what they write behind their output is certain to be overwritten, else to
 // scratch.

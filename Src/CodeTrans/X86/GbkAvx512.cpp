@@ -57,7 +57,6 @@ TARGET_AVX512 __m512i GbkCodes(__m512i units, __mmask32 twoBytes)
     const __m512i found = LookUp32(CodeTable, indices, static_cast<unsigned long>(std::popcount(twoBytes)));
     return _mm512_mask_expand_epi16(units, twoBytes, found);
 }
-
 }  // namespace
 
 TARGET_AVX512 Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, unsigned long size,
@@ -97,12 +96,8 @@ TARGET_AVX512 Progress PairsToUtf16(const unsigned short* table, const unsigned 
         const auto count = static_cast<unsigned long>(std::popcount(starts));
         put(_mm512_mask_expand_epi16(LowerUnits(characters), lower, found), std::min(count, 32UL));
         if (count > 32) {
-            alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
-                                                                11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
-                                                                22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
-            const auto used = static_cast<short>(std::popcount(static_cast<uint32_t>(lower)));
-            const __m512i places = _mm512_add_epi16(_mm512_load_si512(PLACES), _mm512_set1_epi16(used));
-            const __m512i rest = _mm512_permutexvar_epi16(places, found);
+            const auto used = static_cast<unsigned>(std::popcount(static_cast<uint32_t>(lower)));
+            const __m512i rest = _mm512_permutexvar_epi16(PlacesFrom(used), found);
             put(_mm512_mask_expand_epi16(UpperUnits(characters), upper, rest), count - 32);
         }
         if (left <= BLOCK) {
@@ -122,7 +117,7 @@ TARGET_AVX512 Progress Utf16ToGbk(const char* src, unsigned long count, unsigned
         const unsigned long taken = std::min(count - at.read, 32UL);
         const auto used = static_cast<__mmask32>(First(taken));
         const __m512i units = _mm512_maskz_loadu_epi16(used, src + 2 * at.read);
-        const __mmask32 twoBytes = NotAscii(units);
+        const __mmask32 twoBytes = _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x80));
         if (twoBytes == 0) {
             _mm256_mask_storeu_epi8(out + at.written, used, _mm512_cvtepi16_epi8(units));
             at.written += taken;

@@ -1,12 +1,15 @@
 // Between GBK and UTF-8, with AVX-512.
 //
-// Nothing here branches on where hanzi and ASCII alternate. The text is converted in windows, each of which
-// starts with a character, by three passes:
+// No branch depends on where hanzi and ASCII alternate within a block, since such branches are often
+// mispredicted. The text is converted in windows, each of which starts with a character. While it is ASCII,
+// it is copied; then three passes convert a window:
 //
-//     while the text is ASCII: copy it
-//     for each block of 64 bytes: note in a mask which bytes belong to hanzi, and append these to a list
+//     for each block of 64 bytes: append the bytes of its hanzi to a list, and note in a mask where the new
+//         bytes belong
 //     for each 16 hanzi of the list: look up their new bytes, and append these to another list
-//     for each block: put the new bytes, in their order, where the mask has the old ones, and store it
+//     for each block: put the new bytes, in their order, where the mask says, and store it
+//
+// Hanzi stands for every character that is not ASCII.
 //
 //     GBK to UTF-8     61 D6 D0 62           a 中 b
 //     mask              .  1  1  .
@@ -14,19 +17,19 @@
 //     new bytes        61 00, E4 00, B8 AD, 62 00, of which those are kept that are not 0
 //
 //     UTF-8 to GBK     61 E4 B8 AD 62        a 中 b
-//     mask              .  1  1  .  .        the last of three bytes is dropped
+//     mask              .  1  1  .  .
+//     dropped           .  .  .  1  .        the last of three bytes
 //     list             E4 B8 AD              becomes D6 D0
 //     new bytes        61 D6 D0 62
 //
-// The passes have no loop-carried work but the places in the lists, and a list has no gaps where a hanzi lies
-// across two blocks. The source must not contain zeros.
+// From block to block, a pass carries only its places in the lists and what a character has in the next
+// block. A list has no gaps where a hanzi lies across two blocks. The source must not contain zeros.
 #include <array>
 
 #include "Avx512.h"
 #include "Bytes.h"
 #include "Kernels.h"
 #include "STLCodeTrans.h"
-#include "Utf8Block.h"
 
 namespace fast::avx512
 {
@@ -114,13 +117,18 @@ TARGET_AVX512 __m512i SequencesOf(const uint32_t* table, __m256i pairs, __mmask1
     return _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), which, indices, table, 4);
 }
 
+TARGET_AVX512 unsigned UnknownSequences(__m512i sequences, __mmask16 which)
+{
+    return _mm512_testn_epi32_mask(sequences, sequences) & which;
+}
+
 // The number of hanzi up to one that the table does not know, or of all.
 TARGET_AVX512 unsigned long LookUpSequences(const uint32_t* table, GbkWindow& window)
 {
     for (unsigned long i = 0; i < window.hanzi; i += LANES) {
         const auto used = static_cast<__mmask16>(First(window.hanzi - i));
         const __m512i found = SequencesOf(table, Load32(window.pairs + 2 * i), used);
-        const unsigned unknown = _mm512_testn_epi32_mask(found, found) & used;
+        const unsigned unknown = UnknownSequences(found, used);
         _mm512_store_si512(window.sequences + i, found);
         if (unknown != 0) return i + _tzcnt_u32(unknown);
     }
@@ -168,35 +176,30 @@ TARGET_AVX512 unsigned long StoreSequences(const unsigned char* src, const GbkWi
     return static_cast<unsigned long>(out - begin);
 }
 
-// A text of a block at most in one go, if the table knows all of it: else nothing. In registers, since a list
-// that is loaded at another place than it was stored at lets a short text wait for longer than all else.
+// A text of a block at most in one go, if the table knows all of it: else nothing. The lists stay in
+// registers. In memory they would be loaded at other places than they were just stored at, and to wait for
+// these stores would take a short text longer than all the rest.
 TARGET_AVX512 Progress GbkBlockToUtf8(const uint32_t* table, const unsigned char* src, unsigned long size,
                                       unsigned char* out)
 {
-    alignas(64) static constexpr uint16_t PLACES[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
-                                                        11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
-                                                        22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
     const __m512i bytes = LoadBytes(src, First(size));
     const uint64_t leads = LeadBytes(_mm512_movepi8_mask(bytes), 0);
     if ((leads & uint64_t{1} << (size - 1)) != 0) return {};
     const uint64_t ofPairs = leads | leads << 1;
     const uint64_t used = First(static_cast<unsigned long>(std::popcount(leads)));
     const __m512i pairs = _mm512_maskz_compress_epi8(ofPairs, bytes);
-    const auto usedLow = static_cast<__mmask16>(used), usedHigh = static_cast<__mmask16>(used >> 16);
-    const __m512i low = SequencesOf(table, _mm512_castsi512_si256(pairs), usedLow);
-    const __m512i high =
-        usedHigh != 0 ? SequencesOf(table, _mm512_extracti64x4_epi64(pairs, 1), usedHigh) : low;
-    if ((_mm512_testn_epi32_mask(low, low) & usedLow) != 0 ||
-        (_mm512_testn_epi32_mask(high, high) & usedHigh) != 0)
-        return {};
-    const __m512i first = WithSequences(_mm512_castsi512_si256(bytes), static_cast<uint32_t>(ofPairs), low);
+    const auto usedLower = static_cast<__mmask16>(used), usedUpper = static_cast<__mmask16>(used >> LANES);
+    const __m512i lower = SequencesOf(table, _mm512_castsi512_si256(pairs), usedLower);
+    const __m512i upper =
+        usedUpper != 0 ? SequencesOf(table, _mm512_extracti64x4_epi64(pairs, 1), usedUpper) : lower;
+    if ((UnknownSequences(lower, usedLower) | UnknownSequences(upper, usedUpper)) != 0) return {};
+    const __m512i first = WithSequences(_mm512_castsi512_si256(bytes), static_cast<uint32_t>(ofPairs), lower);
     unsigned long written = StoreKept(first, _mm512_test_epi8_mask(first, first), out);
     if (size > 32) {
-        const auto listed = static_cast<short>(std::popcount(static_cast<uint32_t>(ofPairs)));
-        const __m512i places = _mm512_add_epi16(_mm512_load_si512(PLACES), _mm512_set1_epi16(listed));
+        const auto listed = static_cast<unsigned>(std::popcount(static_cast<uint32_t>(ofPairs)));
+        const __m512i rest = _mm512_permutex2var_epi16(lower, PlacesFrom(listed), upper);
         const __m512i second =
-            WithSequences(_mm512_extracti64x4_epi64(bytes, 1), static_cast<uint32_t>(ofPairs >> 32),
-                          _mm512_permutex2var_epi16(low, places, high));
+            WithSequences(_mm512_extracti64x4_epi64(bytes, 1), static_cast<uint32_t>(ofPairs >> 32), rest);
         written += StoreKept(second, _mm512_test_epi8_mask(second, second), out + written);
     }
     return {size, written};
@@ -242,24 +245,21 @@ TARGET_AVX512 void ListTriples(const unsigned char* src, unsigned long left, Utf
     window.isPlain = true;
     for (; i < window.size; i += BLOCK) {
         const __m512i bytes = LoadBytes(src + i, First(window.size - i));
-        const uint64_t high = _mm512_movepi8_mask(bytes);
-        const uint64_t twos = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
-        const uint64_t threes = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xE0)));
-        const uint64_t fours = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0)));
-        const Utf8Block<uint64_t> block(high, twos, threes, fours, carry);
+        const Utf8Masks masks(bytes);
+        const Utf8Block<uint64_t> block = masks.Block(carry);
         if (!block.IsPlain() || block.IsCut(left - i)) {
             window.isPlain = false;
             break;
         }
-        if (twos == threes)
-            Append(bytes, high, window.triples, listed);
+        if (masks.twos == masks.threes)
+            Append(bytes, masks.high, window.triples, listed);
         else
-            AppendTwos(bytes, high, twos & ~threes, window.triples, listed);
-        const uint64_t dropped = threes << 2 | third;
-        window.masks[i / BLOCK] = high & ~dropped;
+            AppendTwos(bytes, masks.high, masks.twos & ~masks.threes, window.triples, listed);
+        const uint64_t dropped = masks.threes << 2 | third;
+        window.masks[i / BLOCK] = masks.high & ~dropped;
         window.dropped[i / BLOCK] = dropped;
         carry = block.Carry();
-        third = threes >> 62;
+        third = masks.threes >> 62;
     }
     // The last character's bytes from behind, as they come.
     const auto behind = static_cast<unsigned long>(std::popcount(carry));
@@ -346,22 +346,19 @@ TARGET_AVX512 unsigned long StoreCodes(const unsigned char* src, const Utf8Windo
 TARGET_AVX512 Progress Utf8BlockToGbk(const unsigned char* src, unsigned long size, unsigned char* out)
 {
     const __m512i bytes = LoadBytes(src, First(size));
-    const uint64_t high = _mm512_movepi8_mask(bytes);
-    const uint64_t twos = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
-    const uint64_t threes = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xE0)));
-    const uint64_t fours = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0)));
-    const Utf8Block<uint64_t> block(high, twos, threes, fours, 0);
-    if (!block.IsPlain() || block.IsCut(size) || twos != threes) return {};
-    const __m512i triples = _mm512_maskz_compress_epi8(high, bytes);
-    const uint64_t used = First(static_cast<unsigned long>(std::popcount(threes)));
-    const auto usedLow = static_cast<__mmask16>(used), usedHigh = static_cast<__mmask16>(used >> LANES);
-    const __m512i low = CodesOf(triples, 0, usedLow);
-    const __m512i high16 = usedHigh != 0 ? CodesOf(triples, 3 * LANES, usedHigh) : low;
-    if (UnknownCodes(low, usedLow) != 0 || UnknownCodes(high16, usedHigh) != 0) return {};
+    const Utf8Masks masks(bytes);
+    const Utf8Block<uint64_t> block = masks.Block(0);
+    if (!block.IsPlain() || block.IsCut(size) || masks.twos != masks.threes) return {};
+    const __m512i triples = _mm512_maskz_compress_epi8(masks.high, bytes);
+    const uint64_t used = First(static_cast<unsigned long>(std::popcount(masks.threes)));
+    const auto usedLower = static_cast<__mmask16>(used), usedUpper = static_cast<__mmask16>(used >> LANES);
+    const __m512i lower = CodesOf(triples, 0, usedLower);
+    const __m512i upper = usedUpper != 0 ? CodesOf(triples, 3 * LANES, usedUpper) : lower;
+    if ((UnknownCodes(lower, usedLower) | UnknownCodes(upper, usedUpper)) != 0) return {};
     const __m512i list =
-        _mm512_inserti64x4(_mm512_castsi256_si512(CodesAsBytes(low)), CodesAsBytes(high16), 1);
-    const uint64_t dropped = threes << 2;
-    const __m512i replaced = _mm512_mask_expand_epi8(bytes, high & ~dropped, list);
+        _mm512_inserti64x4(_mm512_castsi256_si512(CodesAsBytes(lower)), CodesAsBytes(upper), 1);
+    const uint64_t dropped = masks.threes << 2;
+    const __m512i replaced = _mm512_mask_expand_epi8(bytes, masks.high & ~dropped, list);
     return {size, StoreKept(replaced, First(size) & ~dropped, out)};
 }
 
@@ -387,13 +384,14 @@ TARGET_AVX512 Progress GbkToUtf8(const uint32_t* sequences, const unsigned char*
                                  unsigned char* out)
 {
     Progress at;
-    if (size - 1 < BLOCK) at = GbkBlockToUtf8(sequences, src, size, out);
+    if (size != 0 && size <= BLOCK) at = GbkBlockToUtf8(sequences, src, size, out);
     GbkWindow window;
     while (at.read < size) {
         CopyAscii(src, size, out, at);
         window.size = std::min(size - at.read, WINDOW);
         ListPairs(src + at.read, window);
         const unsigned long known = LookUpSequences(sequences, window);
+        // Of a lone lead byte at the end of the text, ListPairs leaves a window of no bytes.
         const bool isWhole = known == window.hanzi && window.size != 0;
         if (known < window.hanzi) window.size = PlaceOfBit(window.masks, 2 * known);
         at.written += StoreSequences(src + at.read, window, out + at.written);
@@ -406,7 +404,7 @@ TARGET_AVX512 Progress GbkToUtf8(const uint32_t* sequences, const unsigned char*
 TARGET_AVX512 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out)
 {
     Progress at;
-    if (size - 1 < BLOCK) at = Utf8BlockToGbk(src, size, out);
+    if (size != 0 && size <= BLOCK) at = Utf8BlockToGbk(src, size, out);
     Utf8Window window;
     while (at.read < size) {
         CopyAscii(src, size, out, at);

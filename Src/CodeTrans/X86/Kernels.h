@@ -1,5 +1,5 @@
 // The vector kernels of the fast forms. Invariant of every one: the output up to `written` is what the plain
-// form makes of the source up to `read`.
+// form makes of the source up to `read`. The source of those between GBK and UTF-8 holds no zero bytes.
 #ifndef CODETRANS_X86_KERNELS_H
 #define CODETRANS_X86_KERNELS_H
 
@@ -24,8 +24,8 @@ Progress PairsToUtf16(const unsigned short* table, const unsigned char* src, uns
 Progress GbkToUtf8(const uint32_t* sequences, const unsigned char* src, unsigned long size,
                    unsigned char* out);
 
-// By CodeTable, continuation bytes taken as they come (NextWide); stops at a zero, at what GBK lacks and at
-// the euro sign.
+// By CodeTable, continuation bytes taken as they come (NextWide); stops at what GBK lacks, at the euro sign
+// and at a zero or another ASCII character of two or three bytes.
 Progress Utf8ToGbk(const unsigned char* src, unsigned long size, unsigned char* out);
 
 // Continuation bytes taken as they come. May stop at bytes that begin no character, within three of the end.

@@ -9,7 +9,6 @@
 #include "Avx512.h"
 #include "Bytes.h"
 #include "Kernels.h"
-#include "Utf8Block.h"
 
 namespace fast::avx512
 {
@@ -106,10 +105,7 @@ TARGET_AVX512 Progress Utf8ToWide(const unsigned char* src, unsigned long size, 
             at.read += taken;
             continue;
         }
-        const uint64_t twos = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
-        const uint64_t threes = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xE0)));
-        const uint64_t fours = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0)));
-        const Utf8Block<uint64_t> block(high, twos, threes, fours, carry);
+        const Utf8Block<uint64_t> block = Utf8Masks(bytes).Block(carry);
         if (!block.IsPlain() || block.IsCut(left)) {
             const unsigned long end = at.read + taken;
             at.read += static_cast<unsigned long>(std::popcount(carry));
@@ -135,7 +131,6 @@ TARGET_AVX512 Progress Utf8ToWide(const unsigned char* src, unsigned long size, 
         at.read += taken;
         carry = block.Carry();
     }
-    at.read += static_cast<unsigned long>(std::popcount(carry));
     return at;
 }
 
