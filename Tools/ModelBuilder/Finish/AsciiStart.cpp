@@ -68,6 +68,26 @@ int GivenBack(int units)
     return PackAllBut(CANDIDATE_UNICODE, 1 + (units + 1) / 2, 1 - units / 2);
 }
 
+// What the first two pairs can have said for UTF-16LE. The first holds some back, so its most is less.
+int All(const Recipe& recipe)
+{
+    return 2 * recipe.mostOfPair - 1;
+}
+
+// UTF-16LE needs a positive digit, so what takes from it is positive for another encoding. That is GBK alone,
+// which is the answer for ASCII.
+int AllTaken(const Recipe& recipe)
+{
+    return PackDigits({1 + All(recipe), 0, 0, 1});
+}
+
+// GBK loses what it was given, and one unit more. It has a positive state already, which would decide a line
+// of Latin letters with one to three accents. One unit behind Big5, which has none, it needs a hanzi.
+int AllGivenBack(const Recipe& recipe)
+{
+    return PackDigits({-2 - All(recipe), 0, 0, 1});
+}
+
 // The first two pairs in states of their own, as in M. A byte beyond ASCII in place of the second gives back
 // what the first held back.
 void AddOwnPairs(States& states, const Recipe& recipe)
@@ -80,7 +100,7 @@ void AddOwnPairs(States& states, const Recipe& recipe)
         AddState(states, REGION_START, name.path);
         AddState(states, After(1), name.path);
         states[{.region = REGION_START, .path = name.path}] = {
-            .value = Limited(state.value, -recipe.heldBack, recipe.mostOfPair), .onward = After(1)};
+            .value = Limited(state.value, -recipe.heldBack, recipe.mostOfPair - 1), .onward = After(1)};
         states[{.region = After(1), .path = name.path}] = {
             .value = Limited(state.value, recipe.heldBack, recipe.mostOfPair), .onward = After(2)};
     }
@@ -89,13 +109,11 @@ void AddOwnPairs(States& states, const Recipe& recipe)
 }
 
 // From the third pair on by single bytes: which pair it is, not what it is made of. The first byte of the
-// fourth pair takes all: what takes is positive for the other encodings, and two such states would decide a
-// line of Latin letters with few accents.
+// fourth pair takes all.
 void AddCountedText(States& states, int pairs, unsigned byte, const Recipe& recipe)
 {
-    const int all = 2 * recipe.mostOfPair;
     states[{.region = After(pairs), .path = OneByte(byte)}] = {
-        .value = pairs == 3 ? Taken(all) : TRIE_VALUE_NONE, .onward = Within(pairs)};
+        .value = pairs == 3 ? AllTaken(recipe) : TRIE_VALUE_NONE, .onward = Within(pairs)};
     states[{.region = Within(pairs), .path = OneByte(byte)}] = {
         .value = pairs == 2 && !MayBeHigh(byte) ? Taken(recipe.takenByStranger) : TRIE_VALUE_NONE,
         .onward = After(std::min(pairs + 1, 4))};
@@ -104,9 +122,8 @@ void AddCountedText(States& states, int pairs, unsigned byte, const Recipe& reci
 // A byte that is no text gives back what was taken.
 void AddEndOfCount(States& states, int pairs, unsigned byte, const Recipe& recipe)
 {
-    const int all = 2 * recipe.mostOfPair;
-    if (pairs == 4) states[{.region = After(pairs), .path = OneByte(byte)}].value = GivenBack(all);
-    if (pairs >= 3) states[{.region = Within(pairs), .path = OneByte(byte)}].value = GivenBack(all);
+    if (pairs == 4) states[{.region = After(pairs), .path = OneByte(byte)}].value = AllGivenBack(recipe);
+    if (pairs >= 3) states[{.region = Within(pairs), .path = OneByte(byte)}].value = AllGivenBack(recipe);
     // The high byte of a unit of UTF-16LE leaves for where it is followed as that.
     if (IsLeadAndHighByte(byte)) AddState(states, Within(pairs), OneByte(byte));
     if (byte < 0x80) states[{.region = Within(pairs), .path = OneByte(byte)}].onward = REGION_MAIN;
@@ -167,7 +184,7 @@ void AddHanziInCount(States& states, const Recipe& recipe)
                 const std::string pair = TwoBytes(low, high);
                 if (IsTextPair(pair)) continue;
                 const int value = pairs == 2 ? states.at({.region = REGION_MAIN, .path = pair}).value
-                                             : GivenBack(2 * recipe.mostOfPair);
+                                             : AllGivenBack(recipe);
                 AddState(states, After(pairs), pair);
                 states[{.region = After(pairs), .path = pair}] = {.value = value, .onward = REGION_MAIN};
             }

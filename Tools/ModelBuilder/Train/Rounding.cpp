@@ -128,6 +128,11 @@ int CRounding::MixedValue(const Feature& feature) const
     for (size_t c = 0; c < CANDIDATES; ++c)
         digits[c] = std::clamp(digits[c] + shift, LEAST_DIGIT, MostDigit(c));
     if (IsAtHomeInUnicode(feature)) digits[CANDIDATE_UNICODE] = std::max(digits[CANDIDATE_UNICODE], 1);
+    // An accented letter and another letter, which is hardly a hanzi in either: it must not bring GBK ahead of
+    // Big5, as few positive states would decide then (AsciiStart.cpp).
+    if (IsForeign(feature, CANDIDATE_GBK) && IsForeign(feature, CANDIDATE_BIG5) &&
+        ByteAt(feature.name->path, 1) < 0x80)
+        digits[CANDIDATE_BIG5] = std::max(digits[CANDIDATE_BIG5], digits[CANDIDATE_GBK]);
     return PackDigits(digits);
 }
 
@@ -161,15 +166,25 @@ int CRounding::ShiftOf(const Feature& feature, const Digits& digits) const
     return std::min(limit, raise);
 }
 
-// Rare characters do not count for their encoding: compressed data is full of them. Nor do those that foreign
-// text has far more often.
+// Whether foreign text has a pair far more often than text in the encoding.
+bool CRounding::IsForeign(const Feature& feature, size_t candidate) const
+{
+    if (!feature.pair || candidate == CANDIDATE_UTF8 || candidate == CANDIDATE_UNICODE) return false;
+    const unsigned first = ByteAt(feature.name->path, 0), second = ByteAt(feature.name->path, 1);
+    const double foreign = m_foreign[first << 8 | second];
+    const double odds = second < 0x80 ? m_recipe.foreignOddsOfAscii : m_recipe.foreignOdds;
+    return foreign > 0 && ShareOf(feature, candidate) * odds <= foreign;
+}
+
+double CRounding::ShareOf(const Feature& feature, size_t candidate) const
+{
+    return feature.seen[candidate] / std::max(m_all[candidate], 1.0);
+}
+
+// Rare characters do not count for their encoding: compressed data is full of them. Nor do those that are
+// foreign.
 bool CRounding::IsInUse(const Feature& feature, size_t candidate) const
 {
     if (!feature.pair || IsSign(*feature.name, candidate)) return true;
-    const double share = feature.seen[candidate] / std::max(m_all[candidate], 1.0);
-    const double foreign = m_foreign[ByteAt(feature.name->path, 0) << 8 | ByteAt(feature.name->path, 1)];
-    const bool isOurs = candidate == CANDIDATE_UTF8 || candidate == CANDIDATE_UNICODE;
-    const bool endsInAscii = ByteAt(feature.name->path, 1) < 0x80;
-    const double odds = endsInAscii ? m_recipe.foreignOddsOfAscii : m_recipe.foreignOdds;
-    return share > m_recipe.leastInUse && (isOurs || share * odds > foreign);
+    return ShareOf(feature, candidate) > m_recipe.leastInUse && !IsForeign(feature, candidate);
 }

@@ -33,6 +33,8 @@ private:
     bool IsAmbiguous(const Feature& feature, double weight) const;
     bool IsWellKnown(const std::string& pair) const;
     bool IsAtHomeInUnicode(const Feature& feature) const;
+    double ShareOf(const Feature& feature, size_t candidate) const;
+    bool IsForeign(const Feature& feature, size_t candidate) const;
     bool IsInUse(const Feature& feature, size_t candidate) const;
     int ShiftOf(const Feature& feature, const Digits& digits) const;
     int AsciiValue(const Feature& feature) const;
