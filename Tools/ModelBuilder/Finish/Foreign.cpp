@@ -180,7 +180,7 @@ void AddAsciiBetween(States& states)
 
 void AddForeignStates(States& states, const Ingredients& from, const CSampleSource& source)
 {
-    AddForeignSequences(states, from, source);
+    const std::vector<uint32_t> sequences = AddForeignPairs(states, from, source);
     AddBroken(states);
     AddZeros(states);
     AddHighInUtf8(states);
@@ -188,4 +188,5 @@ void AddForeignStates(States& states, const Ingredients& from, const CSampleSour
     AddStrangeUnits(states);
     AddWayBack(states, from);
     AddAsciiBetween(states);
+    AddForeignSequences(states, sequences, from, source);
 }

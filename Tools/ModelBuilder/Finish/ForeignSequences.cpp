@@ -1,10 +1,13 @@
-// Counted in drawn text of every foreign class, and against drawn text of ours.
+// Counted in drawn text of every foreign class, and against drawn text of ours; then chosen by what they
+// mend.
 #include "ForeignSequences.h"
 
 #include <algorithm>
 #include <functional>
 #include <iostream>
+#include <queue>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "Automaton.h"
 #include "Characters.h"
@@ -12,9 +15,10 @@
 
 namespace
 {
-constexpr uint64_t FOREIGN_SEED = 100, OWN_SEED = 7;  // any numbers do
+constexpr uint64_t FOREIGN_SEED = 100, OWN_SEED = 7, MISTAKE_SEED = 500;  // any numbers do
 
-// Reads a text through the automaton and reports each pair, and each two in a row, as one number.
+// Reads a text through the automaton and reports each pair, and each two in a row, as one number, with the
+// position of its last byte.
 class CPairReader
 {
 public:
@@ -27,7 +31,8 @@ public:
         }
     }
 
-    // `function(pair, sequence)`: the latter has the pair before on top, and is 0 where that is none.
+    // `function(pair, sequence, position)`: the sequence has the pair before on top, and is 0 where that is
+    // none.
     template <typename Function>
     void Read(const std::string& bytes, Function function) const
     {
@@ -35,11 +40,13 @@ public:
         m_automaton.ForEachStep(bytes, [&](int node, size_t i) {
             if (!m_isPair[static_cast<size_t>(node)] || i == 0) return;
             const bool inSequence = last > 0 && i == last + 2;
-            function(PairAt(bytes, i - 1),
-                     inSequence ? PairAt(bytes, i - 3) << 16 | PairAt(bytes, i - 1) : 0);
+            function(PairAt(bytes, i - 1), inSequence ? PairAt(bytes, i - 3) << 16 | PairAt(bytes, i - 1) : 0,
+                     i);
             last = i;
         });
     }
+
+    const CAutomaton& Automaton() const { return m_automaton; }
 
 private:
     static uint32_t PairAt(const std::string& bytes, size_t at)
@@ -119,7 +126,7 @@ Occurrences ForeignShares(const CPairReader& reader, const Ingredients& from, co
         std::unordered_map<uint32_t, uint32_t> counts;
         double all = 0;
         for (size_t n = 0; n < from.recipe.foreignSamples; ++n)
-            reader.Read(kind.draw(random), [&](uint32_t pair, uint32_t sequence) {
+            reader.Read(kind.draw(random), [&](uint32_t pair, uint32_t sequence, size_t) {
                 ++all;
                 if (MayBeForeign(BytesOf(pair))) ++counts[pair];
                 if (sequence != 0 && IsSequence(BytesOf(sequence))) ++counts[sequence];
@@ -154,7 +161,7 @@ OwnCounts CountOwn(const CPairReader& reader, const Occurrences& foreign, const 
     OwnCounts own;
     CSampleStream stream(source, OWN_SEED, from.recipe.ownSamples);
     for (size_t n = 0; n < from.recipe.ownSamples; ++n)
-        reader.Read(stream.Next().bytes, [&](uint32_t pair, uint32_t sequence) {
+        reader.Read(stream.Next().bytes, [&](uint32_t pair, uint32_t sequence, size_t) {
             ++own.all, ++own.pairs[pair];
             if (foreign.contains(sequence)) ++own.sequences[sequence];
         });
@@ -173,15 +180,98 @@ void SendAway(States& states, const std::string& bytes)
     states[{.region = REGION_MAIN, .path = bytes}] = {.value = COUNTS_AGAINST_UNICODE,
                                                       .onward = REGION_FOREIGN};
 }
+// A piece of foreign text that is taken for text of ours, and the sequences of which any one would mend that.
+struct Mistake {
+    double weight;
+    std::vector<uint32_t> sequences;
+};
+
+// Where sending away comes too late: when as many states are positive for the answer as decide. UTF-16LE does
+// not bear a single state against it, wherever that is.
+size_t LatestPosition(const CAutomaton& automaton, const std::string& piece, int answer, int64_t highBytes)
+{
+    if (answer == ENCODE_UNICODE) return piece.size();
+    Scores scores;
+    size_t latest = piece.size();
+    automaton.ForEachStep(piece, [&](int node, size_t i) {
+        const int value = automaton.Nodes()[static_cast<size_t>(node)].nValue;
+        if (value == TRIE_VALUE_NONE || latest < piece.size()) return;
+        scores.Add(value);
+        const bool isDecided = answer == ENCODE_GBK    ? scores.positiveGbk > highBytes / 4
+                               : answer == ENCODE_BIG5 ? scores.positiveBig5 > highBytes / 4
+                                                       : scores.positiveUtf8 > highBytes / 6;
+        if (isDecided) latest = i;
+    });
+    return latest;
+}
+
+std::vector<Mistake> FindMistakes(const States& states, const std::unordered_set<uint32_t>& candidates,
+                                  const Ingredients& from, const CSampleSource& source, uint64_t seed)
+{
+    constexpr size_t PIECE = 64;
+    const CPairReader reader(states);
+    std::vector<Mistake> mistakes;
+    for (const ForeignKind& kind : ForeignKinds(from, source)) {
+        CRandom random(seed++);
+        for (size_t n = 0; n < from.recipe.mistakeSamples; ++n) {
+            const std::string text = kind.draw(random);
+            for (size_t begin = 0; begin + PIECE <= text.size(); begin += PIECE) {
+                const std::string piece = text.substr(begin, PIECE);
+                const Scores scores = reader.Automaton().ScoresOf(piece);
+                const int answer = Decide(scores);
+                if (answer == ENCODE_UNKNOWN || scores.highBytes == 0) continue;
+                const size_t latest = LatestPosition(reader.Automaton(), piece, answer, scores.highBytes);
+                Mistake mistake{.weight = kind.weight, .sequences = {}};
+                reader.Read(piece, [&](uint32_t, uint32_t sequence, size_t i) {
+                    if (i <= latest && candidates.contains(sequence)) mistake.sequences.push_back(sequence);
+                });
+                if (!mistake.sequences.empty()) mistakes.push_back(std::move(mistake));
+            }
+        }
+    }
+    return mistakes;
+}
+
+// Those that mend most, one after another, each by what the ones before it left: a greedy cover. A gain only
+// shrinks, so one that is looked at again and still leads is the largest.
+std::vector<uint32_t> MostUseful(const std::vector<Mistake>& mistakes, size_t most)
+{
+    std::unordered_map<uint32_t, std::vector<size_t>> mends;
+    for (size_t i = 0; i < mistakes.size(); ++i)
+        for (const uint32_t sequence : mistakes[i].sequences) mends[sequence].push_back(i);
+    std::vector<bool> isMended(mistakes.size());
+    const auto gainOf = [&](uint32_t sequence) {
+        double gain = 0;
+        for (const size_t i : mends[sequence])
+            if (!isMended[i]) gain += mistakes[i].weight;
+        return gain;
+    };
+    std::priority_queue<std::pair<double, uint32_t>> queue;
+    for (const auto& [sequence, list] : mends) queue.emplace(gainOf(sequence), sequence);
+    std::vector<uint32_t> chosen;
+    while (!queue.empty() && chosen.size() < most) {
+        const uint32_t sequence = queue.top().second;
+        queue.pop();
+        const double gain = gainOf(sequence);
+        if (gain == 0) continue;
+        if (!queue.empty() && gain < queue.top().first) {
+            queue.emplace(gain, sequence);
+            continue;
+        }
+        chosen.push_back(sequence);
+        for (const size_t i : mends[sequence]) isMended[i] = true;
+    }
+    return chosen;
+}
 }  // namespace
 
-void AddForeignSequences(States& states, const Ingredients& from, const CSampleSource& source)
+std::vector<uint32_t> AddForeignPairs(States& states, const Ingredients& from, const CSampleSource& source)
 {
     const CPairReader reader(states);
     const Occurrences foreign = ForeignShares(reader, from, source);
     const OwnCounts own = CountOwn(reader, foreign, from, source);
 
-    std::vector<std::pair<double, std::string>> order;  // the most frequent sequences first
+    std::vector<uint32_t> sequences;
     for (const auto& [number, share] : foreign) {
         const std::string bytes = BytesOf(number);
         if (bytes.size() == 2) {
@@ -189,12 +279,26 @@ void AddForeignSequences(States& states, const Ingredients& from, const CSampleS
         } else if (own.OfPair(number >> 16) < from.recipe.mostOfStart &&
                    share > from.recipe.sequenceOdds * own.OfSequence(number) &&
                    !states.contains({.region = REGION_MAIN, .path = bytes})) {
-            order.emplace_back(-share, bytes);
+            sequences.push_back(number);
         }
     }
-    std::sort(order.begin(), order.end());
-    std::cerr << order.size() << " sequences of foreign text, of which the " << from.recipe.sequences
-              << " most frequent are used\n";
-    if (order.size() > from.recipe.sequences) order.resize(from.recipe.sequences);
-    for (const auto& [share, bytes] : order) SendAway(states, bytes);
+    return sequences;
+}
+
+void AddForeignSequences(States& states, const std::vector<uint32_t>& sequences, const Ingredients& from,
+                         const CSampleSource& source)
+{
+    std::unordered_set<uint32_t> candidates(sequences.begin(), sequences.end());
+    const size_t rounds = from.recipe.sequenceRounds;
+    for (size_t round = 0; round < rounds; ++round) {
+        const std::vector<Mistake> mistakes =
+            FindMistakes(states, candidates, from, source, MISTAKE_SEED + 100 * round);
+        const std::vector<uint32_t> chosen = MostUseful(mistakes, from.recipe.sequences / rounds);
+        for (const uint32_t sequence : chosen) {
+            SendAway(states, BytesOf(sequence));
+            candidates.erase(sequence);
+        }
+        std::cerr << mistakes.size() << " pieces of foreign text that " << candidates.size() + chosen.size()
+                  << " sequences may mend, of which " << chosen.size() << " are used\n";
+    }
 }

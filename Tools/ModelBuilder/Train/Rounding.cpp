@@ -29,14 +29,22 @@ bool MayBeSign(const std::string& pair)
     return high < 0x34 || high >= 0xFE;
 }
 
-// Two bytes that words are made of, in languages that are not ours as well.
+// Two bytes that words are made of, or the start of a line, in languages that are not ours as well.
 bool IsWordLike(const std::string& path)
 {
     const auto isLower = [](unsigned byte) { return byte >= 'a' && byte <= 'z'; };
     const auto isUpper = [](unsigned byte) { return byte >= 'A' && byte <= 'Z'; };
     if (path.size() != 2) return false;
     const unsigned first = ByteAt(path, 0), second = ByteAt(path, 1);
-    return isLower(second) && (isLower(first) || isUpper(first) || first == ' ' || first == '\n');
+    if (first == '\n') return isLower(second) || isUpper(second) || second == '_';
+    return isLower(second) && (isLower(first) || isUpper(first) || first == ' ');
+}
+
+// A pair of the main region, or one that only follows ASCII, where it may be the end of one unit of UTF-16LE
+// and the start of another.
+bool IsPair(const Feature& feature)
+{
+    return feature.pair || (feature.name->region == REGION_UNIT && feature.name->path.size() == 2);
 }
 
 wchar_t UnitOf(const std::string& pair)
@@ -45,7 +53,8 @@ wchar_t UnitOf(const std::string& pair)
 }
 }  // namespace
 
-// By twos from the first byte beyond ASCII on, as the automaton reads what it does not know.
+// By twos from the first byte beyond ASCII on, as the automaton reads what it does not know. A blank and the
+// first byte of a word are counted as well: they may be a unit of UTF-16LE.
 ForeignPairs CountForeignPairs(const Ingredients& from, const CSampleSource& source)
 {
     constexpr uint64_t SEED = 300;  // any number does
@@ -58,6 +67,8 @@ ForeignPairs CountForeignPairs(const Ingredients& from, const CSampleSource& sou
         for (size_t n = 0; n < from.recipe.pairSamples; ++n) {
             const std::string bytes = source.DrawForeign(kind, random);
             for (size_t i = 0; i + 1 < bytes.size(); ++i) {
+                const bool startsWord = bytes[i] == ' ' && IsLeadAndHighByte(ByteAt(bytes, i + 1));
+                if (startsWord) ++counts[ByteAt(bytes, i) << 8 | ByteAt(bytes, i + 1)];
                 if (!IsLead(ByteAt(bytes, i)) || ByteAt(bytes, i + 1) < 0x40) continue;
                 ++counts[ByteAt(bytes, i) << 8 | ByteAt(bytes, i + 1)];
                 ++all, ++i;
@@ -128,8 +139,8 @@ int CRounding::MixedValue(const Feature& feature) const
     for (size_t c = 0; c < CANDIDATES; ++c)
         digits[c] = std::clamp(digits[c] + shift, LEAST_DIGIT, MostDigit(c));
     if (IsAtHomeInUnicode(feature)) digits[CANDIDATE_UNICODE] = std::max(digits[CANDIDATE_UNICODE], 1);
-    // An accented letter and another letter, which is hardly a hanzi in either: it must not bring GBK ahead of
-    // Big5, as few positive states would decide then (AsciiStart.cpp).
+    // An accented letter and another letter, which is hardly a hanzi in either: it must not bring GBK ahead
+    // of Big5, as few positive states would decide then (AsciiStart.cpp).
     if (IsForeign(feature, CANDIDATE_GBK) && IsForeign(feature, CANDIDATE_BIG5) &&
         ByteAt(feature.name->path, 1) < 0x80)
         digits[CANDIDATE_BIG5] = std::max(digits[CANDIDATE_BIG5], digits[CANDIDATE_GBK]);
@@ -169,7 +180,7 @@ int CRounding::ShiftOf(const Feature& feature, const Digits& digits) const
 // Whether foreign text has a pair far more often than text in the encoding.
 bool CRounding::IsForeign(const Feature& feature, size_t candidate) const
 {
-    if (!feature.pair || candidate == CANDIDATE_UTF8 || candidate == CANDIDATE_UNICODE) return false;
+    if (!IsPair(feature) || candidate == CANDIDATE_UTF8 || candidate == CANDIDATE_UNICODE) return false;
     const unsigned first = ByteAt(feature.name->path, 0), second = ByteAt(feature.name->path, 1);
     const double foreign = m_foreign[first << 8 | second];
     const double odds = second < 0x80 ? m_recipe.foreignOddsOfAscii : m_recipe.foreignOdds;
@@ -185,6 +196,7 @@ double CRounding::ShareOf(const Feature& feature, size_t candidate) const
 // foreign.
 bool CRounding::IsInUse(const Feature& feature, size_t candidate) const
 {
-    if (!feature.pair || IsSign(*feature.name, candidate)) return true;
-    return ShareOf(feature, candidate) > m_recipe.leastInUse && !IsForeign(feature, candidate);
+    if (IsPair(feature) && IsSign(*feature.name, candidate)) return true;
+    if (feature.pair && ShareOf(feature, candidate) <= m_recipe.leastInUse) return false;
+    return !IsForeign(feature, candidate);
 }

@@ -9,7 +9,8 @@
 
 #include "Regression.h"
 
-// The share of each pair (first byte high) in the foreign class that has it most.
+// The share of each pair (a high byte first, or a blank and a high byte) in the foreign class that has it
+// most.
 using ForeignPairs = std::vector<double>;
 ForeignPairs CountForeignPairs(const Ingredients& from, const CSampleSource& source);
 
