@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <functional>
 #include <iostream>
-#include <queue>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "Automaton.h"
 #include "Characters.h"
+#include "GreedyCover.h"
 #include "SampleStream.h"
 
 namespace
@@ -180,12 +180,6 @@ void SendAway(States& states, const std::string& bytes)
     states[{.region = REGION_MAIN, .path = bytes}] = {.value = COUNTS_AGAINST_UNICODE,
                                                       .onward = REGION_FOREIGN};
 }
-// A piece of foreign text that is taken for text of ours, and the sequences of which any one would mend that.
-struct Mistake {
-    double weight;
-    std::vector<uint32_t> sequences;
-};
-
 // Where sending away comes too late: when as many states are positive for the answer as decide. UTF-16LE does
 // not bear a single state against it, wherever that is.
 size_t LatestPosition(const CAutomaton& automaton, const std::string& piece, int answer, int64_t highBytes)
@@ -205,6 +199,21 @@ size_t LatestPosition(const CAutomaton& automaton, const std::string& piece, int
     return latest;
 }
 
+// A piece that is taken for text of ours, and the sequences of which any one would mend that; none otherwise.
+Mistake MistakeOf(const std::string& piece, const CPairReader& reader,
+                  const std::unordered_set<uint32_t>& candidates)
+{
+    Mistake mistake;
+    const Scores scores = reader.Automaton().ScoresOf(piece);
+    const int answer = Decide(scores);
+    if (answer == ENCODE_UNKNOWN || scores.highBytes == 0) return mistake;
+    const size_t latest = LatestPosition(reader.Automaton(), piece, answer, scores.highBytes);
+    reader.Read(piece, [&](uint32_t, uint32_t sequence, size_t i) {
+        if (i <= latest && candidates.contains(sequence)) mistake.remedies.push_back(sequence);
+    });
+    return mistake;
+}
+
 std::vector<Mistake> FindMistakes(const States& states, const std::unordered_set<uint32_t>& candidates,
                                   const Ingredients& from, const CSampleSource& source, uint64_t seed)
 {
@@ -216,52 +225,13 @@ std::vector<Mistake> FindMistakes(const States& states, const std::unordered_set
         for (size_t n = 0; n < from.recipe.mistakeSamples; ++n) {
             const std::string text = kind.draw(random);
             for (size_t begin = 0; begin + PIECE <= text.size(); begin += PIECE) {
-                const std::string piece = text.substr(begin, PIECE);
-                const Scores scores = reader.Automaton().ScoresOf(piece);
-                const int answer = Decide(scores);
-                if (answer == ENCODE_UNKNOWN || scores.highBytes == 0) continue;
-                const size_t latest = LatestPosition(reader.Automaton(), piece, answer, scores.highBytes);
-                Mistake mistake{.weight = kind.weight, .sequences = {}};
-                reader.Read(piece, [&](uint32_t, uint32_t sequence, size_t i) {
-                    if (i <= latest && candidates.contains(sequence)) mistake.sequences.push_back(sequence);
-                });
-                if (!mistake.sequences.empty()) mistakes.push_back(std::move(mistake));
+                Mistake mistake = MistakeOf(text.substr(begin, PIECE), reader, candidates);
+                mistake.weight = kind.weight;
+                if (!mistake.remedies.empty()) mistakes.push_back(std::move(mistake));
             }
         }
     }
     return mistakes;
-}
-
-// Those that mend most, one after another, each by what the ones before it left: a greedy cover. A gain only
-// shrinks, so one that is looked at again and still leads is the largest.
-std::vector<uint32_t> MostUseful(const std::vector<Mistake>& mistakes, size_t most)
-{
-    std::unordered_map<uint32_t, std::vector<size_t>> mends;
-    for (size_t i = 0; i < mistakes.size(); ++i)
-        for (const uint32_t sequence : mistakes[i].sequences) mends[sequence].push_back(i);
-    std::vector<bool> isMended(mistakes.size());
-    const auto gainOf = [&](uint32_t sequence) {
-        double gain = 0;
-        for (const size_t i : mends[sequence])
-            if (!isMended[i]) gain += mistakes[i].weight;
-        return gain;
-    };
-    std::priority_queue<std::pair<double, uint32_t>> queue;
-    for (const auto& [sequence, list] : mends) queue.emplace(gainOf(sequence), sequence);
-    std::vector<uint32_t> chosen;
-    while (!queue.empty() && chosen.size() < most) {
-        const uint32_t sequence = queue.top().second;
-        queue.pop();
-        const double gain = gainOf(sequence);
-        if (gain == 0) continue;
-        if (!queue.empty() && gain < queue.top().first) {
-            queue.emplace(gain, sequence);
-            continue;
-        }
-        chosen.push_back(sequence);
-        for (const size_t i : mends[sequence]) isMended[i] = true;
-    }
-    return chosen;
 }
 }  // namespace
 
@@ -293,7 +263,7 @@ void AddForeignSequences(States& states, const std::vector<uint32_t>& sequences,
     for (size_t round = 0; round < rounds; ++round) {
         const std::vector<Mistake> mistakes =
             FindMistakes(states, candidates, from, source, MISTAKE_SEED + 100 * round);
-        const std::vector<uint32_t> chosen = MostUseful(mistakes, from.recipe.sequences / rounds);
+        const std::vector<uint32_t> chosen = GreedyCover(mistakes, from.recipe.sequences / rounds);
         for (const uint32_t sequence : chosen) {
             SendAway(states, BytesOf(sequence));
             candidates.erase(sequence);
