@@ -15,6 +15,8 @@ Forms BestForms()
                            __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
                            __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2");
     return hasAvx512 ? Forms::AVX512 : Forms::AVX2;
+#elif defined(__aarch64__)
+    return Forms::NEON;
 #else
     return Forms::PLAIN;
 #endif
@@ -57,6 +59,7 @@ Progress FastUtf16ToGbk(const char* src, unsigned long count, char* dst)
     return PlainUtf16ToGbk(src, count, dst);
 }
 
+#if !defined(__aarch64__)
 Progress FastGbkToUtf8(const LocaleGbk&, const char*, unsigned long, char*, unsigned long)
 {
     return {};
@@ -66,6 +69,7 @@ Progress FastUtf8ToGbk(const char*, unsigned long, char*)
 {
     return {};
 }
+#endif
 
 void FastWalk(const TrieNode* trie, unsigned nodeCount, const char* text, unsigned long length,
               WalkPosition& position)

@@ -1,4 +1,5 @@
-// The vector forms of the engine's plain functions, for x86-64 processors with AVX2 or more.
+// The vector forms of the engine's plain functions, for x86-64 processors with AVX2 or more, and two of them
+// for AArch64.
 //
 // A plain function stays the definition of what it does. It asks its fast form first how far that gets and
 // goes on from there, so a fast form may stop anywhere between two characters, and one that does nothing is
@@ -21,8 +22,8 @@ struct Progress {
     }
 };
 
-// The forms that there are, better ones later. AVX512 is AVX-512 with VBMI2.
-enum class Forms { PLAIN, AVX2, AVX512 };
+// The forms that there are, for each kind of processor better ones later. AVX512 is AVX-512 with VBMI2.
+enum class Forms { PLAIN, AVX2, AVX512, NEON };
 
 Forms BestForms();   // that this processor can run
 Forms FormsInUse();  // the best, unless a test has chosen others

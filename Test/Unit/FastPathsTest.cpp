@@ -67,8 +67,8 @@ protected:
     static std::vector<Forms> FastForms()
     {
         if (BestForms() == Forms::AVX512) return {Forms::AVX2, Forms::AVX512};
-        if (BestForms() == Forms::AVX2) return {Forms::AVX2};
-        return {};
+        if (BestForms() == Forms::PLAIN) return {};
+        return {BestForms()};
     }
 
     LoadedModel m_model;
