@@ -116,6 +116,7 @@ std::vector<Input> MakeInputs(Form form, bool traditional)
     return {Pieces("prose", encoder, form, prose + prose + prose, WHOLE, 1),
             Pieces("mixed", encoder, form, mixed + mixed, WHOLE, 1),
             Pieces("mostly ASCII", encoder, form, ascii + ascii, WHOLE, 1),
+            Pieces("prose 16 KB", encoder, form, prose, 16384, 60),
             Pieces("prose 1 KB", encoder, form, prose, 1024, 200),
             Pieces("prose 64 B", encoder, form, prose, 64, 1000),
             Pieces("mixed 64 B", encoder, form, mixed, 64, 1000)};
