@@ -17,7 +17,7 @@ struct Input {
 constexpr size_t TERMINATOR = 4;
 
 // Prose, source code with about 9 % hanzi, and with 0.1 % (`traditional`: in Traditional characters): 1 MB of
-// each, and pieces of 16 KB, 1 KB and 64 bytes of the first two, cut between characters.
+// each, and pieces of the first two, cut between characters.
 std::vector<Input> MakeInputs(Form form, bool traditional);
 
 #endif  // BENCH_INPUTS_H
