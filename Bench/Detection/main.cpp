@@ -2,7 +2,7 @@
 //
 // Usage: DetectionJudge ROOT TEXTS OUTPUT [COUNT [JSCHARDET]]
 //   ROOT       folder that contains the model as Data/CodeTrans.model
-//   TEXTS      a folder that fetch-judge-texts wrote: its folder "choose" or "final"
+//   TEXTS      a folder that fetch-judge-texts wrote: its folder "choose", "former" or "final"
 //   OUTPUT     folder for accuracy.tsv, accuracy.svg and errors.txt (test, kind, answer, bytes)
 //   COUNT      samples per kind, encoding and length, 100 by default; +COUNT measures the library alone
 //   JSCHARDET  folder of the npm package, which is run by node

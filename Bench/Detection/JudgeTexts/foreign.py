@@ -9,12 +9,14 @@ from Texts.packages import files, put, read
 from JudgeTexts.world import PROGRAMS
 
 BINARIES = {"choose": "python3.11-minimal sound-theme-freedesktop fonts-liberation xfonts-75dpi ncurses-term".split(),
-            "final": "tcl8.6 libtcl8.6 sqlite3 gnome-audio fonts-freefont-ttf xfonts-100dpi libc-bin "
-                     "gnome-icon-theme".split()}
+            "former": "tcl8.6 libtcl8.6 sqlite3 gnome-audio fonts-freefont-ttf xfonts-100dpi libc-bin "
+                     "gnome-icon-theme".split(),
+            "final": "sox gdb perl-base fonts-linuxlibertine locales oxygen-icon-theme oxygen-sounds "
+                     "xfonts-75dpi-transcoded".split()}
 
 
 def ascii_kinds(folder):
-    """ascii/KIND.txt, the halves of each in one part and in the other."""
+    """ascii/KIND.txt, a third of each in every part."""
     english = b"\n".join(read(path) for path in files("/usr/share", "common-licenses/*")[:8])
     code = b"\n".join(read(path) for path in files(f"{folder}/npm", "lodash/package/*.js")[:200])
     table = b"\n".join(b"%d,%d.%02d,item %d,2023-%02d-%02d" %
@@ -28,8 +30,8 @@ def ascii_kinds(folder):
              "json": json.dumps(package | {"k": [[i, str(i * 3)] for i in range(9000)]}).encode()}
     for kind, data in kinds.items():
         data = bytes(byte for byte in data if byte < 0x80)[:400_000]
-        put(f"{folder}/choose/ascii/{kind}.txt", data[:len(data) // 2])
-        put(f"{folder}/final/ascii/{kind}.txt", data[len(data) // 2:])
+        for number, part in enumerate(BINARIES):
+            put(f"{folder}/{part}/ascii/{kind}.txt", data[len(data) * number // 3:len(data) * (number + 1) // 3])
 
 
 def binary_kinds(folder, part):
@@ -46,10 +48,10 @@ def binary_kinds(folder, part):
     debs = [path for name in names for path in files(f"{folder}/deb", f"{name}_*.deb")]
     kinds = {"programs": {"elf": binaries.programs(found("usr/bin/*", "usr/lib/**/*.so*"))},
              "bitmaps": binaries.pictures(found("**/*.png")),
-             "sound": binaries.sound(found("**/*.wav", "**/*.oga")),
+             "sound": binaries.sound(found("**/*.wav", "**/*.og[ag]")),
              "catalogues": {"tables": binaries.catalogue_tables(found("usr/share/locale/*/LC_MESSAGES/*.mo"))},
              "databases": {"sqlite": binaries.made_database(words[:6000]), **tables},
-             "fonts": {"outlines": binaries.pieces(found("**/*.ttf"), 60_000, 20_000, limit // 2),
+             "fonts": {"outlines": binaries.pieces(found("**/*.[to]tf"), 60_000, 20_000, limit // 2),
                        "bitmap": fonts[:limit // 2]},
              "archives": {"gzip": binaries.pieces(found("**/*.gz"), 3000, 0, limit // 2),
                           "deb": binaries.pieces(debs, 3000, 1000, limit // 4),
@@ -59,8 +61,8 @@ def binary_kinds(folder, part):
             if data:
                 put(f"{folder}/{part}/binary/{kind}/{source}.bin", data)
     for kind, paths in {"programs": found("usr/bin/*", "usr/lib/**/*.so*"), "bitmaps": found("**/*.png"),
-                        "fonts": found("**/*.ttf"), "catalogues": found("usr/share/locale/*/LC_MESSAGES/*.mo"),
-                        "sound": found("**/*.wav", "**/*.oga"), "archives": found("**/*.gz")}.items():
+                        "fonts": found("**/*.[to]tf"), "catalogues": found("usr/share/locale/*/LC_MESSAGES/*.mo"),
+                        "sound": found("**/*.wav", "**/*.og[ag]"), "archives": found("**/*.gz")}.items():
         for number, path in enumerate(paths[::max(1, len(paths) // 40)]):
             put(f"{folder}/{part}/foreign/files/{kind}/{number:03}", read_raw(path)[:1_000_000])
 
@@ -71,7 +73,7 @@ def read_raw(path):
 
 
 def collect(folder):
-    packages.unpack_debian(folder, BINARIES["choose"] + BINARIES["final"])
+    packages.unpack_debian(folder, sum(BINARIES.values(), []))
     packages.unpack_npm(folder, ["lodash", "jschardet"])  # the second for the judge to compare with
     ascii_kinds(folder)
     for part in BINARIES:

@@ -39,7 +39,8 @@ HAN_RUN = re.compile("[\u3400-\u9fff]{4,}")
 
 
 def half(items, part):
-    return items[part == "final"::2]
+    """Half of the items for "choose", the other for "former"; "final" has all, in texts of its own."""
+    return items if part == "final" else items[part == "former"::2]
 
 
 def sign(draw, part, kind, emoji):
@@ -144,6 +145,10 @@ def lines_of(folder, part, script):
     return lines
 
 
+def plain(data):
+    return re.sub("<[^>]*>", "", data.decode("ascii", "ignore"))
+
+
 def world_lines(folder, part, language):
     return read(f"{folder}/{part}/world/lines/{language}.txt").decode().split("\n")
 
@@ -151,9 +156,10 @@ def world_lines(folder, part, language):
 def collect(folder):
     unpack_npm(folder, ["emojilib", "lodash"])
     english = {"choose": files("/usr/share", "common-licenses/*")[:8],
-               "final": files(f"{folder}/deb", "vim-runtime/usr/share/vim/vim*/doc/*.txt")[:40]}
+               "former": files(f"{folder}/deb", "vim-runtime/usr/share/vim/vim*/doc/*.txt")[:40],
+               "final": files(f"{folder}/deb", "debian-handbook/usr/share/doc/**/en-US/**/*.html")[:40]}
     for part, paths in english.items():
-        signs(folder, part, [line for path in paths for line in read(path).decode("ascii", "ignore").split("\n")])
+        signs(folder, part, [line for path in paths for line in plain(read(path)).split("\n")])
         hans, hant = lines_of(folder, part, "hans"), lines_of(folder, part, "hant")
         supplement(folder, part, hans, hant)
         forms(folder, part, hant, world_lines(folder, part, "ja"), world_lines(folder, part, "ko"))

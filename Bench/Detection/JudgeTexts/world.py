@@ -1,5 +1,5 @@
-"""The world's text for the judge: messages, help pages and vim's menus and tutors, by language. "choose" and "final"
-come from different programs; a line that both would hold is left out of "final"."""
+"""The world's text for the judge: messages, help pages and vim's menus and tutors, by language. The parts come from
+different programs; a line that several would hold is kept in the first of them."""
 import os
 import re
 
@@ -13,10 +13,17 @@ PROGRAMS = {
                "gnome-terminal-data gucharmap swell-foop gnome-klotski gnome-robots gnome-nibbles baobab "
                "gnome-calculator mate-calc-common gnome-disk-utility filezilla-common geany-common "
                "shotwell-common").split(),
-    "final": ("libgtk-3-common eog totem-common epiphany-browser-data digikam-data synaptic marble-data "
+    "former": ("libgtk-3-common eog totem-common epiphany-browser-data digikam-data synaptic marble-data "
               "transmission-common aisleriot file-roller engrampa-common seahorse brasero-common gnome-system-monitor "
               "mate-system-monitor-common gnome-chess quadrapassel gnome-mines gnome-sudoku hitori gnome-tetravex "
-              "cheese-common simple-scan meld gramps bluefish-data xfdesktop4-data lxterminal").split()}
+              "cheese-common simple-scan meld gramps bluefish-data xfdesktop4-data lxterminal").split(),
+    "final": ("claws-mail-i18n hexchat-common gthumb-data gnome-weather gnome-clocks gnome-contacts gnome-maps gnome-music "
+              "gnome-photos gnome-software-common gnome-characters gnome-logs remmina-common tilix-common guake parole "
+              "ristretto xfburn mousepad homebank-data bleachbit gnome-shell-common mutter-common gnome-session-common "
+              "gnome-settings-daemon-common gnome-keyring network-manager-gnome network-manager anjuta-common "
+              "devhelp-common deja-dup dconf-editor ghex glade gnote planner-data konsole ark kcalc shared-mime-info "
+              "gnome-menus software-properties-common vinagre gnome-nettool polari tellico-data konversation-data "
+              "ktorrent-data darktable sylpheed-i18n geeqie-common freeciv-data debian-handbook").split()}
 LINES = 2000  # of a language, for each part
 LEAST = 60  # a language with fewer lines is left out
 BYTES = 200_000  # of a legacy encoding
@@ -34,7 +41,9 @@ def lines_of(folder, kind, sign, language, part, seen):
 
 def help_pages(folder, language, part):
     for program in PROGRAMS[part]:
-        for path in packages.files(f"{folder}/deb/{program}", f"usr/share/help/{language}/**/*.page")[:12]:
+        for path in packages.files(
+                f"{folder}/deb/{program}", f"usr/share/help/{language}/**/*.page",
+                f"usr/share/doc/{program}/html/{language}-*/*.html")[:12]:
             yield packages.read(path)
 
 
@@ -49,7 +58,7 @@ def message_files(folder, language, part):
 
 def world(folder):
     """lines/LANGUAGE.txt and files/LANGUAGE/NUMBER below world/; gives the lines for the legacy encodings."""
-    kept = {"choose": {}, "final": {}}
+    kept = {part: {} for part in PROGRAMS}
     for kind, sign, language in LANGUAGES:
         seen = set()
         for part in PROGRAMS:
@@ -85,7 +94,7 @@ def vim_files(folder):
         name = os.path.basename(path)
         language = re.split(r"[._]", name)[1]
         suffix = re.sub(r"\.vim$", "", name).rsplit(".", 1)[-1]
-        part = ("choose", "final")[ord(language[-1]) % 2]
+        part = ("choose", "former")[ord(language[-1]) % 2]
         if "zh" in name or "chinese" in name or packages.read(path).isascii():
             continue
         if suffix == "euc":
@@ -111,7 +120,7 @@ def legacy(folder, kept):
 
 
 def collect(folder):
-    packages.unpack_debian(folder, PROGRAMS["choose"] + PROGRAMS["final"] + ["vim-runtime"])
+    packages.unpack_debian(folder, sum(PROGRAMS.values(), []) + ["vim-runtime"])
     kept = world(folder)
     for part in PROGRAMS:
         other_files(folder, part)
