@@ -89,7 +89,7 @@ def handbook(folder, locale):
 
 
 def games(folder, locale, language):
-    """The texts of three games; those of one are lines of NAME :TEXT."""
+    """The texts of three games. One of them keeps its texts in a binary file: there, a string ends at a control byte."""
     yield from catalogue_lines(folder, locale, ["freeciv-data", "minetest-data"])
     path = f"{folder}/deb/openttd-data/usr/share/games/openttd/lang/{language}_chinese.lng"
     for found in re.finditer(r"[^\0\n\x80-\x9f]*[\u3400-\u9fff][^\0\n\x80-\x9f]*", read(path).decode("utf-8", "ignore")):
